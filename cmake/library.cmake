@@ -1,0 +1,28 @@
+# The library's code, once: linked into libfacmsg.so, and into the tests that reach below its interface.
+add_library(facmsg_objects OBJECT
+    service/server_lib.cpp
+    service/server_test.cpp
+    service/registration.cpp
+    packet/receive.cpp
+    packet/transmit.cpp
+    packet/port_link.cpp
+    port_tests/port_scan.cpp
+    port_tests/port_test.cpp
+    port_tests/packet_test.cpp)
+target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
+target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
+    -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong)
+if(NOT FACMSG_SANITIZE)
+    target_compile_definitions(facmsg_objects PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+endif()
+
+# Linked as C: nothing but libc is needed at run time.
+add_library(facmsg SHARED $<TARGET_OBJECTS:facmsg_objects>)
+target_include_directories(facmsg PUBLIC include)
+target_link_options(facmsg PRIVATE
+    -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+if(NOT FACMSG_SANITIZE)
+    target_link_options(facmsg PRIVATE -Wl,-z,defs)
+endif()
+set_target_properties(facmsg PROPERTIES
+    LINKER_LANGUAGE C SOVERSION 0 LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/facmsg.map)

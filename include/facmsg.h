@@ -1,0 +1,100 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * facmsg: the factory-test service of a managed Ethernet switch, as a library inside the switch's main process.
+ *
+ * The host registers its driver functions once; the library then serves factory-test requests on a local Unix socket
+ * from a thread of its own until the process ends. The host also hands it every frame that the CPU receives. Test tools
+ * in other processes use facmsg_client_send().
+ *
+ * Functions return 0 for success and -1 for failure unless said otherwise.
+ */
+#ifndef FACMSG_H
+#define FACMSG_H
+
+#include "facmsg_driver.h"
+#include "facmsg_protocol.h"
+
+#define FACMSG_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- The host's side ---------------------------------------------------------------------------------------------- */
+
+/* Registers driver functions and, the first time it succeeds, starts the service.
+ *
+ * Every filled slot of *table is copied into the library's own table where that slot is still empty; a slot that is
+ * filled there already keeps its first function, and an error line names it. So several callers may each bring a part.
+ * There is no way to replace or remove a function, nor to stop the service. The table is only read during the call and
+ * may lie at any address.
+ *
+ * Returns -1 when table is null, or when the server thread cannot be started; a later call tries again.
+ * Call it from the host's start-up, from one thread at a time. */
+FACMSG_API int vexa_ssa_regitser_interface(const struct vexa_diag_drv *table);
+
+/* Registers a table that holds the host's frame-transmit function alone (slot send_packet); otherwise the same. */
+FACMSG_API int vexa_tx_packet_init(int (*send_packet)(const struct pack_info *info, const uint8_t *frame,
+                                                      uint32_t length));
+
+/* The library's own table, for looking at. It only ever grows; only registration writes it. */
+FACMSG_API extern struct vexa_diag_drv facmsg_vexa_diag_drv;
+
+/* To be called for every frame that the CPU receives, with the receiving port's phy id in *info and the frame from its
+ * destination MAC on. Counts test frames per port and keeps the latest FPGA reply; ignores everything else, and also
+ * null pointers and frames too short to have a type. Does not keep the pointers, allocate, lock or log.
+ * May be called from any number of threads at once. */
+FACMSG_API void vexa_recv_packet(const struct pack_info *info, const uint8_t *frame, uint32_t length);
+
+/* Writes the number of test frames counted for a port since load to *count; 0 for a port that never received one. Counts
+ * wrap at 2^32 and are never reset: take differences. Always returns 0. Any thread. */
+FACMSG_API int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count);
+
+/* The latest FPGA reply frame: 128 bytes, zero behind the frame's end. Lives as long as the process. The receiving
+ * thread may overwrite it at any time. */
+FACMSG_API uint8_t *get_fpga_data(void);
+
+/* The log level, 0 at load: above 0 error lines go to standard output, above 1 trace lines as well. The host may read
+ * and write it at any time (as one 32-bit access); request FACMSG_MSG_DEBUG sets it. */
+FACMSG_API extern int32_t facmsg_dbg;
+
+/* ---- Both sides of the exchange ------------------------------------------------------------------------------------ */
+
+/* Writes one frame to a connected socket in one piece. payload may be null only when payload_size is 0; it stays the
+ * caller's. Returns -1 when the frame could not be written whole; a peer that has gone raises no signal. Any thread. */
+FACMSG_API int facmsg_send(int fd, uint32_t type, uint32_t payload_size, const void *payload);
+
+/* Sends one request to the service and waits for the reply of the same size, which replaces the payload.
+ *
+ * attempts says how often to try reading, 100 ms before each; a try blocks until the service answers or closes the
+ * connection, so 1 is enough for a service that is alive, however long its test takes. The reply's type is not examined.
+ * Returns -1 when the service cannot be reached, or sends no reply or a shorter one; payload is then untouched.
+ * Must run in the service's working directory. Any thread. */
+FACMSG_API int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int attempts);
+
+/* ---- Request handlers ------------------------------------------------------------------------------------------------
+ *
+ * Each takes a connected socket and a request in a buffer of FACMSG_BUFFER_SIZE bytes, runs it, writes the reply over the
+ * request's payload and sends it. They return what facmsg_send() returns. The service calls them on its own thread; a
+ * direct call must not overlap a request. */
+
+/* Runs the handler for request->header.srv_type, or answers FACMSG_REPLY_UNKNOWN. Returns -1, sending nothing, when
+ * request is null. */
+FACMSG_API int facmsg_lib_test_main(int fd, struct facmsg_request *request);
+
+FACMSG_API int facmsg_msg_debug_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_poe_debug_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_port_debug_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_enter_factory_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_packet_test_fun(int fd, struct facmsg_request *request);
+
+/* ---- Helpers ------------------------------------------------------------------------------------------------------- */
+
+/* Writes value into the first count entries of states; none when count is not above 0. */
+FACMSG_API void platform_set_port_status(uint32_t *states, int count, uint32_t value);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
