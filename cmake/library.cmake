@@ -1,6 +1,7 @@
 # The library's code, once: linked into libfacmsg.so, and into the tests that reach below its interface.
 add_library(facmsg_objects OBJECT
     service/server_lib.cpp
+    service/message.cpp
     service/server_test.cpp
     service/registration.cpp
     packet/receive.cpp

@@ -20,7 +20,8 @@
 extern "C" {
 #endif
 
-/* ---- The host's side ---------------------------------------------------------------------------------------------- */
+/* ---- The host's side ----------------------------------------------------------------------------------------------
+ */
 
 /* Registers driver functions and, the first time it succeeds, starts the service.
  *
@@ -46,8 +47,8 @@ FACMSG_API extern struct vexa_diag_drv facmsg_vexa_diag_drv;
  * May be called from any number of threads at once. */
 FACMSG_API void vexa_recv_packet(const struct pack_info *info, const uint8_t *frame, uint32_t length);
 
-/* Writes the number of test frames counted for a port since load to *count; 0 for a port that never received one. Counts
- * wrap at 2^32 and are never reset: take differences. Always returns 0. Any thread. */
+/* Writes the number of test frames counted for a port since load to *count; 0 for a port that never received one.
+ * Counts wrap at 2^32 and are never reset: take differences. Always returns 0. Any thread. */
 FACMSG_API int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count);
 
 /* The latest FPGA reply frame: 128 bytes, zero behind the frame's end. Lives as long as the process. The receiving
@@ -58,7 +59,8 @@ FACMSG_API uint8_t *get_fpga_data(void);
  * and write it at any time (as one 32-bit access); request FACMSG_MSG_DEBUG sets it. */
 FACMSG_API extern int32_t facmsg_dbg;
 
-/* ---- Both sides of the exchange ------------------------------------------------------------------------------------ */
+/* ---- Both sides of the exchange ------------------------------------------------------------------------------------
+ */
 
 /* Writes one frame to a connected socket in one piece. payload may be null only when payload_size is 0; it stays the
  * caller's. Returns -1 when the frame could not be written whole; a peer that has gone raises no signal. Any thread. */
@@ -67,16 +69,17 @@ FACMSG_API int facmsg_send(int fd, uint32_t type, uint32_t payload_size, const v
 /* Sends one request to the service and waits for the reply of the same size, which replaces the payload.
  *
  * attempts says how often to try reading, 100 ms before each; a try blocks until the service answers or closes the
- * connection, so 1 is enough for a service that is alive, however long its test takes. The reply's type is not examined.
- * Returns -1 when the service cannot be reached, or sends no reply or a shorter one; payload is then untouched.
- * Must run in the service's working directory. Any thread. */
+ * connection, so 1 is enough for a service that is alive, however long its test takes. The reply's type is not
+ * examined. Returns -1 when the service cannot be reached, or sends no reply or a shorter one; payload is then
+ * untouched. Must run in the service's working directory. Any thread. */
 FACMSG_API int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int attempts);
 
-/* ---- Request handlers ------------------------------------------------------------------------------------------------
+/* ---- Request handlers
+ * ------------------------------------------------------------------------------------------------
  *
- * Each takes a connected socket and a request in a buffer of FACMSG_BUFFER_SIZE bytes, runs it, writes the reply over the
- * request's payload and sends it. They return what facmsg_send() returns. The service calls them on its own thread; a
- * direct call must not overlap a request. */
+ * Each takes a connected socket and a request in a buffer of FACMSG_BUFFER_SIZE bytes, runs it, writes the reply over
+ * the request's payload and sends it. They return what facmsg_send() returns. The service calls them on its own thread;
+ * a direct call must not overlap a request. */
 
 /* Runs the handler for request->header.srv_type, or answers FACMSG_REPLY_UNKNOWN. Returns -1, sending nothing, when
  * request is null. */
@@ -88,7 +91,8 @@ FACMSG_API int facmsg_port_debug_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_enter_factory_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_packet_test_fun(int fd, struct facmsg_request *request);
 
-/* ---- Helpers ------------------------------------------------------------------------------------------------------- */
+/* ---- Helpers -------------------------------------------------------------------------------------------------------
+ */
 
 /* Writes value into the first count entries of states; none when count is not above 0. */
 FACMSG_API void platform_set_port_status(uint32_t *states, int count, uint32_t value);

@@ -86,7 +86,8 @@ struct vexa_diag_drv {
 
     /* 147: switches a port's PoE output: enable 1 on, 0 off. */
     int (*poe_set_port_enable)(uint32_t port, uint32_t enable);
-    /* 148: reads a port's PoE power state: low 16 bits the state number (1 is the only good one), high 16 bits detail. */
+    /* 148: reads a port's PoE power state: low 16 bits the state number (1 is the only good one), high 16 bits detail.
+     */
     int (*poe_get_power_state)(uint32_t port, uint32_t *power_state);
     /* 149: reads whether a port is in overload (flag 1) and a word of information that comes with it. */
     int (*poe_get_overload)(uint32_t port, uint8_t *overload, uint32_t *info);

@@ -21,10 +21,10 @@ inline bool log_enabled(int32_t level)
 }
 
 /* One line of the log, in the name of the operation op. Costs one comparison when the level is off. */
-#define log_as(op, level, text, ...)                                                                             \
-    do {                                                                                                         \
-        if (log_enabled(level))                                                                                  \
-            printf("[FACTORY <%s>:<%s->%d>] " text, op, __FILE_NAME__, __LINE__ __VA_OPT__(, ) __VA_ARGS__);     \
+#define log_as(op, level, text, ...)                                                                         \
+    do {                                                                                                     \
+        if (log_enabled(level))                                                                              \
+            printf("[FACTORY <%s>:<%s->%d>] " text, op, __FILE_NAME__, __LINE__ __VA_OPT__(, ) __VA_ARGS__); \
     } while (0)
 #define log_error(text, ...) log_as(__func__, LOG_ERROR, text __VA_OPT__(, ) __VA_ARGS__)
 #define log_trace(text, ...) log_as(__func__, LOG_TRACE, text __VA_OPT__(, ) __VA_ARGS__)
@@ -48,6 +48,12 @@ template <class... P, class... A> int call(int (*drv::*member)(P...), A... argum
     return function ? function(arguments...) : -1;
 }
 
+/* Whether the host provides all of these. */
+template <class... F> bool slots_filled(F... members)
+{
+    return (... && (slot(members) != nullptr));
+}
+
 /* A slot as the log shows it with %p. */
 template <class F> void *slot_address(F drv::*member)
 {
@@ -61,6 +67,12 @@ template <class Record> Record *payload_of(facmsg_request *request)
 {
     static_assert(sizeof(Record) <= FACMSG_MAX_PAYLOAD);
     return reinterpret_cast<Record *>(request + 1);
+}
+
+/* Sends a whole record as the reply. */
+template <class Record> int send_reply(int fd, uint32_t type, const Record *record)
+{
+    return facmsg_send(fd, type, sizeof(Record), record);
 }
 
 /* ---- Shared by all port tests; touched only by the thread that runs a test ---- */

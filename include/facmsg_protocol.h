@@ -20,9 +20,9 @@ extern "C" {
 #define FACMSG_SOCKET_PATH "tmp/.factory_ssa_socket"
 
 enum {
-    FACMSG_MAX_PORTS = 256,      /* ports are numbered 1 to 256; every per-port array has this many entries */
-    FACMSG_BUFFER_SIZE = 8096,   /* one request with its header */
-    FACMSG_MAX_PAYLOAD = 8088    /* larger payloads are answered FACMSG_REPLY_INCOMPLETE unread */
+    FACMSG_MAX_PORTS = 256,    /* ports are numbered 1 to 256; every per-port array has this many entries */
+    FACMSG_BUFFER_SIZE = 8096, /* one request with its header */
+    FACMSG_MAX_PAYLOAD = 8088  /* larger payloads are answered FACMSG_REPLY_INCOMPLETE unread */
 };
 
 struct facmsg_header {
@@ -51,16 +51,16 @@ enum facmsg_request_type {
     FACMSG_ENTER_FACTORY = 10,      /* factory mode */
     FACMSG_FPGA_WRITE = 11,
     FACMSG_FPGA_READ = 12,
-    FACMSG_PORT_HPOE = 13,          /* high-power PoE ports, then PoE ports */
-    FACMSG_PBOX_HPOE = 14,          /* high-power PoE ports in a test box; answered with type 13 */
+    FACMSG_PORT_HPOE = 13, /* high-power PoE ports, then PoE ports */
+    FACMSG_PBOX_HPOE = 14, /* high-power PoE ports in a test box; answered with type 13 */
     FACMSG_POE_MCU_UPGRADE = 15,
     FACMSG_POE_MCU_VERSION = 16,
     FACMSG_POE_VOP = 17,
-    FACMSG_PBOX_PACKET_TEST = 20,   /* the packet test of the high-power ports in a test box */
-    FACMSG_ESS_FLOW = 23,           /* traffic stress in port pairs */
-    FACMSG_ESS_BC_FLOW = 24,        /* traffic stress by broadcast */
-    FACMSG_ESS_SERPENTINE = 25,     /* traffic stress through a chain of all ports */
-    FACMSG_ESS_SFI_PRBS = 26        /* PRBS run on the fiber ports */
+    FACMSG_PBOX_PACKET_TEST = 20, /* the packet test of the high-power ports in a test box */
+    FACMSG_ESS_FLOW = 23,         /* traffic stress in port pairs */
+    FACMSG_ESS_BC_FLOW = 24,      /* traffic stress by broadcast */
+    FACMSG_ESS_SERPENTINE = 25,   /* traffic stress through a chain of all ports */
+    FACMSG_ESS_SFI_PRBS = 26      /* PRBS run on the fiber ports */
 };
 
 /* Reply types that answer a request that no handler took; both come without a payload. */
@@ -72,7 +72,7 @@ enum facmsg_reply_type {
 /* A word of port_results: the port number in the upper half, its code in the lower. */
 #define FACMSG_PORT_RESULT(port, code) (((uint32_t)(port) << 16) | (uint32_t)(code))
 #define FACMSG_RESULT_PORT(word) ((uint32_t)(word) >> 16)
-#define FACMSG_RESULT_CODE(word) ((uint32_t)(word) & 0xFFFFu)
+#define FACMSG_RESULT_CODE(word) ((uint32_t)(word)&0xFFFFu)
 
 /* Per-port codes that the port tests share. */
 enum facmsg_port_code {

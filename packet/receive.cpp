@@ -1,0 +1,128 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The receive hook. It runs on the host's threads, for every frame the CPU receives: no lock, no allocation, no log.
+ *
+ * A row belongs to one port for good. Rows are claimed in order, each with one compare-and-swap of the port together
+ * with its used flag. An open-addressed index leads from a port to its row in constant time; a row enters it right
+ * after it was claimed, and until then is found by looking through the rows.
+ */
+#include "receive.h"
+
+#include <atomic>
+#include <cstring>
+
+#include "facmsg_internal.h"
+
+namespace
+{
+
+constexpr uint32_t INDEX_BITS = 9; /* twice the rows: a search ends after a step or two */
+constexpr uint32_t INDEX_SIZE = 1u << INDEX_BITS;
+constexpr uint64_t ROW_USED = uint64_t{1} << 32;
+constexpr uint32_t NO_ROW = COUNTED_PORTS;
+
+/* On a cache line of its own, so that threads counting different ports do not slow each other down. */
+struct alignas(64) port_count {
+    std::atomic<uint32_t> frames;
+};
+
+struct {
+    std::atomic<uint64_t> index[INDEX_SIZE];   /* 0, or the row plus 1 in the upper half and its port in the lower */
+    std::atomic<uint64_t> rows[COUNTED_PORTS]; /* 0, or ROW_USED and the port in the lower half */
+    std::atomic<uint32_t> indexed;             /* rows that have entered the index */
+    port_count counts[COUNTED_PORTS];
+} vexa_recv_counters;
+
+uint32_t fpga_reply_buf[FPGA_REPLY_SIZE / sizeof(uint32_t)];
+
+/* Multiplicative hashing: phy ids in a row spread over the index without meeting. */
+uint32_t index_home(uint32_t port)
+{
+    return (port * 0x9E3779B1u) >> (32 - INDEX_BITS);
+}
+
+uint32_t find_row(uint32_t port)
+{
+    for (uint32_t at = index_home(port);; at = (at + 1) % INDEX_SIZE) {
+        const uint64_t entry = vexa_recv_counters.index[at].load(std::memory_order_acquire);
+        if (entry == 0)
+            return NO_ROW;
+        if (static_cast<uint32_t>(entry) == port)
+            return static_cast<uint32_t>(entry >> 32) - 1;
+    }
+}
+
+void enter_into_index(uint32_t port, uint32_t row)
+{
+    const uint64_t entry = uint64_t{row + 1} << 32 | port;
+    for (uint32_t at = index_home(port);; at = (at + 1) % INDEX_SIZE) {
+        uint64_t empty = 0;
+        if (vexa_recv_counters.index[at].compare_exchange_strong(empty, entry, std::memory_order_acq_rel))
+            break;
+    }
+    vexa_recv_counters.indexed.fetch_add(1, std::memory_order_release);
+}
+
+/* The port's row if another thread is claiming it just now, else the next free one; NO_ROW when all are taken. */
+uint32_t claim_row(uint32_t port)
+{
+    if (vexa_recv_counters.indexed.load(std::memory_order_acquire) == COUNTED_PORTS)
+        return NO_ROW;
+    for (uint32_t row = 0; row < COUNTED_PORTS; row++) {
+        uint64_t owner = 0;
+        if (vexa_recv_counters.rows[row].compare_exchange_strong(owner, ROW_USED | port, std::memory_order_acq_rel)) {
+            enter_into_index(port, row);
+            return row;
+        }
+        if (owner == (ROW_USED | port))
+            return row;
+    }
+    return NO_ROW;
+}
+
+void vexa_recv_packet_count(uint32_t port)
+{
+    uint32_t row = find_row(port);
+    if (row == NO_ROW)
+        row = claim_row(port);
+    if (row != NO_ROW)
+        vexa_recv_counters.counts[row].frames.fetch_add(1, std::memory_order_relaxed);
+}
+
+void keep_fpga_reply(const uint8_t *frame, uint32_t length)
+{
+    uint32_t reply[FPGA_REPLY_SIZE / sizeof(uint32_t)] = {};
+    memcpy(reply, frame, length < FPGA_REPLY_SIZE ? length : FPGA_REPLY_SIZE);
+    for (size_t word = 0; word < std::size(reply); word++)
+        std::atomic_ref(fpga_reply_buf[word]).store(reply[word], std::memory_order_relaxed);
+}
+
+} // namespace
+
+void vexa_recv_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
+{
+    constexpr uint32_t ETHERNET_HEADER_LENGTH = 14;
+    if (info == nullptr || frame == nullptr || length < ETHERNET_HEADER_LENGTH)
+        return;
+    switch (frame[12] << 8 | frame[13]) {
+    case 0xF0F0: /* test frame */
+    case 0x8906: /* counted like one */
+        vexa_recv_packet_count(info->phy_id);
+        break;
+    case 0xFFF9: /* FPGA reply */
+        keep_fpga_reply(frame, length);
+        break;
+    }
+}
+
+int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count)
+{
+    const uint32_t row = find_row(phy_id);
+    *count = row == NO_ROW ? 0 : vexa_recv_counters.counts[row].frames.load(std::memory_order_relaxed);
+    return 0;
+}
+
+uint8_t *get_fpga_data()
+{
+    return reinterpret_cast<uint8_t *>(fpga_reply_buf);
+}

@@ -1,0 +1,29 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Which ports a test runs on: every test asks ports 1 to 256 for their abilities and lists those that match.
+ */
+#ifndef PORT_TESTS_PORT_SCAN_H
+#define PORT_TESTS_PORT_SCAN_H
+
+#include "facmsg_internal.h"
+
+/* Reads a port's abilities into its row of g_port_ability; a port that cannot be asked can do nothing. */
+const port_ability_row &read_port_ability(uint32_t unit, uint32_t port, log_level failure_level,
+                                          const char *op = __builtin_FUNCTION());
+
+/* Refills g_port_ability and lists in g_test_ports, ascending, the ports whose abilities match. Returns their number.
+ */
+template <class Matches>
+uint32_t list_ports(uint32_t unit, log_level failure_level, Matches matches, const char *op = __builtin_FUNCTION())
+{
+    uint32_t count = 0;
+    for (uint32_t port = 1; port <= FACMSG_MAX_PORTS; port++)
+        if (matches(read_port_ability(unit, port, failure_level, op)))
+            g_test_ports[count++] = port;
+    return count;
+}
+
+/* Completes the reply's words: the port number beside each code. */
+void add_port_numbers(uint32_t *port_results, uint32_t port_count);
+
+#endif
