@@ -1,0 +1,78 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The library's client call blocks until the service answers, so it runs on a thread of its own, which wakes the
+ * waiting thread by a signal: then one wait covers the reply, an interruption and the next tick.
+ */
+#include "exchange.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <memory>
+#include <thread>
+
+#include "facmsg.h"
+
+namespace station
+{
+
+/* Shared with the sending thread, which outlives the exchange when that is interrupted. */
+struct transfer {
+    request sent;
+    int status = -1;
+    std::atomic<bool> done = false;
+};
+
+/* Blocks the signals that end the waiting, for this thread and the threads it starts. */
+struct scoped_signal_block {
+    sigset_t waited;
+    sigset_t previous;
+
+    scoped_signal_block()
+    {
+        sigemptyset(&waited);
+        for (const int number : {SIGINT, SIGTERM, SIGUSR1})
+            sigaddset(&waited, number);
+        pthread_sigmask(SIG_BLOCK, &waited, &previous);
+    }
+    ~scoped_signal_block()
+    {
+        pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    }
+    scoped_signal_block(const scoped_signal_block &) = delete;
+    scoped_signal_block &operator=(const scoped_signal_block &) = delete;
+};
+
+static std::thread start_sending(const std::shared_ptr<transfer> &job)
+{
+    return std::thread([job, waiter = pthread_self()] {
+        std::vector<uint8_t> &payload = job->sent.payload;
+        job->status = facmsg_client_send(job->sent.type, static_cast<uint32_t>(payload.size()), payload.data(), 1);
+        job->done = true;
+        pthread_kill(waiter, SIGUSR1);
+    });
+}
+
+exchange_end exchange(request &sent, const std::function<void(int)> &tick)
+{
+    constexpr timespec tick_interval{0, 200'000'000};
+    const scoped_signal_block signals;
+    const auto job = std::make_shared<transfer>();
+    job->sent = sent;
+    const auto start = std::chrono::steady_clock::now();
+    std::thread sender = start_sending(job);
+    while (!job->done) {
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        tick(static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(elapsed).count()));
+        const int number = sigtimedwait(&signals.waited, nullptr, &tick_interval);
+        if (number == SIGINT || number == SIGTERM) {
+            sender.detach();
+            return exchange_end::interrupted;
+        }
+    }
+    sender.join();
+    sent.payload = job->sent.payload;
+    return job->status == 0 ? exchange_end::replied : exchange_end::failed;
+}
+
+} // namespace station

@@ -1,0 +1,67 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What the station prints for programs. Members that do not apply are left out.
+ */
+#include <algorithm>
+
+#include "report.h"
+
+namespace station
+{
+
+using nlohmann::ordered_json;
+
+/* "--any-speed" is any_speed, "LEVEL" is level. */
+static std::string member_name(const option &field)
+{
+    std::string name = field.name;
+    name.erase(0, name.find_first_not_of('-'));
+    std::ranges::transform(name, name.begin(), [](char letter) {
+        return letter == '-' ? '_' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    return name;
+}
+
+static ordered_json request_members(const command &row, const request &sent)
+{
+    ordered_json members{{"name", row.name}, {"type", sent.type}, {"payload_bytes", sent.payload.size()}};
+    for (const option &field : row.options) {
+        if (!is_payload_word(field))
+            continue;
+        const uint32_t word = word_at(sent.payload, field.offset);
+        if (field.least < 0)
+            members[member_name(field)] = static_cast<int32_t>(word);
+        else
+            members[member_name(field)] = word;
+    }
+    return members;
+}
+
+std::string json_report(const command &row, const request &sent, const outcome &unit)
+{
+    ordered_json report{{"request", request_members(row, sent)}};
+    if (unit.result)
+        report["result"] = *unit.result;
+    report["verdict"] = word_of(unit.judged);
+    report["exit_code"] = static_cast<int>(exit_code_of(unit.judged));
+    report[unit.judged == verdict::none ? "error" : "summary"] = unit.summary;
+    for (const auto &[name, value] : unit.members.items())
+        report[name] = value;
+    for (const port_outcome &port : unit.ports)
+        report["ports"].push_back(
+            {{"port", port.port}, {"code", port.code}, {"verdict", word_of(port.judged)}, {"reason", port.reason}});
+    return report.dump(2) + "\n";
+}
+
+std::string json_error(const command *row, exit_code code, const std::string &sentence)
+{
+    ordered_json report;
+    if (row != nullptr)
+        report["request"] = {{"name", row->name}};
+    report["verdict"] = word_of(verdict::none);
+    report["exit_code"] = static_cast<int>(code);
+    report["error"] = sentence;
+    return report.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+} // namespace station

@@ -1,0 +1,39 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The words and exit codes of verdicts.
+ */
+#include "outcome.h"
+
+namespace station
+{
+
+const char *word_of(verdict judged)
+{
+    switch (judged) {
+    case verdict::pass:
+        return "PASS";
+    case verdict::fail:
+        return "FAIL";
+    case verdict::unjudged:
+        return "NOT JUDGED";
+    case verdict::none:
+        break;
+    }
+    return "NO VERDICT";
+}
+
+exit_code exit_code_of(verdict judged)
+{
+    switch (judged) {
+    case verdict::pass:
+    case verdict::unjudged:
+        return exit_code::passed;
+    case verdict::fail:
+        return exit_code::failed;
+    case verdict::none:
+        break;
+    }
+    return exit_code::no_verdict;
+}
+
+} // namespace station
