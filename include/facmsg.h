@@ -20,8 +20,7 @@
 extern "C" {
 #endif
 
-/* ---- The host's side ----------------------------------------------------------------------------------------------
- */
+/* ---- The host's side ---- */
 
 /* Registers driver functions and, the first time it succeeds, starts the service.
  *
@@ -59,8 +58,7 @@ FACMSG_API uint8_t *get_fpga_data(void);
  * and write it at any time (as one 32-bit access); request FACMSG_MSG_DEBUG sets it. */
 FACMSG_API extern int32_t facmsg_dbg;
 
-/* ---- Both sides of the exchange ------------------------------------------------------------------------------------
- */
+/* ---- Both sides of the exchange ---- */
 
 /* Writes one frame to a connected socket in one piece. payload may be null only when payload_size is 0; it stays the
  * caller's. Returns -1 when the frame could not be written whole; a peer that has gone raises no signal. Any thread. */
@@ -74,10 +72,9 @@ FACMSG_API int facmsg_send(int fd, uint32_t type, uint32_t payload_size, const v
  * untouched. Must run in the service's working directory. Any thread. */
 FACMSG_API int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int attempts);
 
-/* ---- Request handlers
- * ------------------------------------------------------------------------------------------------
- *
- * Each takes a connected socket and a request in a buffer of FACMSG_BUFFER_SIZE bytes, runs it, writes the reply over
+/* ---- Request handlers ---- */
+
+/* Each takes a connected socket and a request in a buffer of FACMSG_BUFFER_SIZE bytes, runs it, writes the reply over
  * the request's payload and sends it. They return what facmsg_send() returns. The service calls them on its own thread;
  * a direct call must not overlap a request. */
 
@@ -91,8 +88,7 @@ FACMSG_API int facmsg_port_debug_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_enter_factory_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_packet_test_fun(int fd, struct facmsg_request *request);
 
-/* ---- Helpers -------------------------------------------------------------------------------------------------------
- */
+/* ---- Helpers ---- */
 
 /* Writes value into the first count entries of states; none when count is not above 0. */
 FACMSG_API void platform_set_port_status(uint32_t *states, int count, uint32_t value);

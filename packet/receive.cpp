@@ -8,7 +8,9 @@
  */
 #include "receive.h"
 
+#include <array>
 #include <atomic>
+#include <bit>
 #include <cstring>
 
 #include "facmsg_internal.h"
@@ -64,10 +66,8 @@ void enter_into_index(uint32_t port, uint32_t row)
 }
 
 /* The port's row if another thread is claiming it just now, else the next free one; NO_ROW when all are taken. */
-uint32_t claim_row(uint32_t port)
+[[gnu::noinline]] uint32_t claim_row(uint32_t port)
 {
-    if (vexa_recv_counters.indexed.load(std::memory_order_acquire) == COUNTED_PORTS)
-        return NO_ROW;
     for (uint32_t row = 0; row < COUNTED_PORTS; row++) {
         uint64_t owner = 0;
         if (vexa_recv_counters.rows[row].compare_exchange_strong(owner, ROW_USED | port, std::memory_order_acq_rel)) {
@@ -83,13 +83,13 @@ uint32_t claim_row(uint32_t port)
 void vexa_recv_packet_count(uint32_t port)
 {
     uint32_t row = find_row(port);
-    if (row == NO_ROW)
+    if (row == NO_ROW && vexa_recv_counters.indexed.load(std::memory_order_acquire) < COUNTED_PORTS)
         row = claim_row(port);
     if (row != NO_ROW)
         vexa_recv_counters.counts[row].frames.fetch_add(1, std::memory_order_relaxed);
 }
 
-void keep_fpga_reply(const uint8_t *frame, uint32_t length)
+[[gnu::noinline]] void keep_fpga_reply(const uint8_t *frame, uint32_t length)
 {
     uint32_t reply[FPGA_REPLY_SIZE / sizeof(uint32_t)] = {};
     memcpy(reply, frame, length < FPGA_REPLY_SIZE ? length : FPGA_REPLY_SIZE);
@@ -97,20 +97,30 @@ void keep_fpga_reply(const uint8_t *frame, uint32_t length)
         std::atomic_ref(fpga_reply_buf[word]).store(reply[word], std::memory_order_relaxed);
 }
 
+/* The type field of a frame, as its two bytes lie in memory. */
+constexpr uint16_t frame_type(uint8_t first, uint8_t second)
+{
+    return std::bit_cast<uint16_t>(std::array{first, second});
+}
+
 } // namespace
 
 void vexa_recv_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
 {
     constexpr uint32_t ETHERNET_HEADER_LENGTH = 14;
-    if (info == nullptr || frame == nullptr || length < ETHERNET_HEADER_LENGTH)
+    if (length < ETHERNET_HEADER_LENGTH || frame == nullptr)
         return;
-    switch (frame[12] << 8 | frame[13]) {
-    case 0xF0F0: /* test frame */
-    case 0x8906: /* counted like one */
-        vexa_recv_packet_count(info->phy_id);
+    uint16_t type;
+    memcpy(&type, frame + 12, sizeof(type));
+    switch (type) {
+    case frame_type(0xF0, 0xF0): /* test frame */
+    case frame_type(0x89, 0x06): /* counted like one */
+        if (info != nullptr)
+            vexa_recv_packet_count(info->phy_id);
         break;
-    case 0xFFF9: /* FPGA reply */
-        keep_fpga_reply(frame, length);
+    case frame_type(0xFF, 0xF9):
+        if (info != nullptr)
+            keep_fpga_reply(frame, length);
         break;
     }
 }

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -39,21 +38,14 @@ int facmsg_server_init()
     return 0;
 }
 
-/* Programs that the host starts must not hold our sockets open. */
-static void close_on_exec(int fd)
-{
-    fcntl(fd, F_SETFD, FD_CLOEXEC);
-}
-
 int factory_ssa_lib_socket_create()
 {
     unlink(FACMSG_SOCKET_PATH);
-    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0) {
         log_error("create socket fail, errno=%s\n", strerror(errno));
         return -1;
     }
-    close_on_exec(fd);
     fchmod(fd, S_IRUSR | S_IWUSR); /* bind gives the socket file this mode: only the owner may connect */
     const sockaddr_un address = service_address();
     if (bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0) {
@@ -71,12 +63,13 @@ int factory_ssa_lib_socket_create()
     return fd;
 }
 
+/* Programs that the host starts must not hold the service's sockets open, hence the SOCK_CLOEXEC here and above. */
 static int accept_client(int listener)
 {
     return uninterrupted([listener] {
         sockaddr_un peer = {};
         socklen_t length = sizeof(peer);
-        return accept(listener, reinterpret_cast<sockaddr *>(&peer), &length);
+        return accept4(listener, reinterpret_cast<sockaddr *>(&peer), &length, SOCK_CLOEXEC);
     });
 }
 
@@ -99,7 +92,6 @@ void *factory_ssa_lib_server_thread_func(void *)
             log_error("accept error, rv: %d\n", client.fd);
             continue;
         }
-        close_on_exec(client.fd);
         limit_read_time(client.fd);
         facmsg_server_recv(client.fd);
     }

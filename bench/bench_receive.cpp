@@ -1,0 +1,93 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The receive hook, against the least that could do its job: compare two bytes for a frame that does not count, add to
+ * an array indexed by port for one that does. Each is called through a function pointer, as the host calls the hook.
+ */
+#include <atomic>
+#include <benchmark/benchmark.h>
+#include <cstring>
+#include <facmsg.h>
+
+namespace
+{
+
+constexpr uint32_t PORTS = 256;
+constexpr uint32_t FRAME_LENGTH = 128;
+
+using hook = void (*)(const pack_info *info, const uint8_t *frame, uint32_t length);
+
+struct alignas(64) padded_count {
+    std::atomic<uint32_t> frames;
+};
+padded_count direct_counts[PORTS];
+uint32_t other_frames;
+
+[[gnu::noinline]] void compare_two_bytes(const pack_info *, const uint8_t *frame, uint32_t)
+{
+    if (frame[12] == 0xF0 && frame[13] == 0xF0)
+        other_frames++;
+}
+
+[[gnu::noinline]] void count_directly(const pack_info *info, const uint8_t *frame, uint32_t)
+{
+    if (frame[12] == 0xF0 && frame[13] == 0xF0)
+        direct_counts[info->phy_id % PORTS].frames.fetch_add(1, std::memory_order_relaxed);
+}
+
+struct test_frame {
+    uint8_t bytes[FRAME_LENGTH] = {};
+
+    test_frame(uint8_t type_high, uint8_t type_low)
+    {
+        bytes[12] = type_high;
+        bytes[13] = type_low;
+    }
+};
+const test_frame counted(0xF0, 0xF0);
+const test_frame ignored(0x08, 0x00);
+
+/* Phy ids 0 to 255 get rows 0 to 255. */
+void claim_all_rows()
+{
+    for (uint32_t port = 0; port < PORTS; port++) {
+        const pack_info info = {0, 0, port};
+        vexa_recv_packet(&info, counted.bytes, FRAME_LENGTH);
+    }
+}
+
+/* One frame from each of `ports` ports (a power of two) in turn, beginning with `first`. */
+void run(benchmark::State &state, hook receive, const test_frame &frame, uint32_t first, uint32_t ports)
+{
+    claim_all_rows();
+    benchmark::DoNotOptimize(receive);
+    uint32_t step = 0;
+    for (auto _ : state) {
+        const pack_info info = {0, 0, first + step};
+        receive(&info, frame.bytes, FRAME_LENGTH);
+        step = (step + 1) & (ports - 1);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+/* Each thread counts a port of its own. */
+void run_threads(benchmark::State &state)
+{
+    const auto port = static_cast<uint32_t>(state.thread_index());
+    const pack_info info = {0, 0, port};
+    for (auto _ : state)
+        vexa_recv_packet(&info, counted.bytes, FRAME_LENGTH);
+}
+
+} // namespace
+
+BENCHMARK_CAPTURE(run, ignored_baseline, compare_two_bytes, ignored, 0, 1);
+BENCHMARK_CAPTURE(run, ignored_hook, vexa_recv_packet, ignored, 0, 1);
+BENCHMARK_CAPTURE(run, counted_baseline, count_directly, counted, 0, PORTS);
+BENCHMARK_CAPTURE(run, counted_hook, vexa_recv_packet, counted, 0, PORTS);
+BENCHMARK_CAPTURE(run, row_0_hook, vexa_recv_packet, counted, 0, 1);
+BENCHMARK_CAPTURE(run, row_255_hook, vexa_recv_packet, counted, 255, 1);
+BENCHMARK_CAPTURE(run, unknown_baseline, compare_two_bytes, counted, 1000, PORTS);
+BENCHMARK_CAPTURE(run, unknown_hook, vexa_recv_packet, counted, 1000, PORTS);
+BENCHMARK(run_threads)->Threads(1)->Threads(2)->UseRealTime();
+
+BENCHMARK_MAIN();
