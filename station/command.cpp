@@ -28,8 +28,8 @@ std::string allowed_values(const option &field)
 {
     std::string names;
     for (const choice &known : field.choices)
-        names += fmt::format("{}, ", known.name);
-    return fmt::format("{}{} to {}", names, field.least, field.most);
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", known.name);
+    return fmt::format("{}{}{} to {}", names, names.empty() ? "" : " or ", field.least, field.most);
 }
 
 std::string name_of(std::span<const choice> choices, uint32_t code)

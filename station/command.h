@@ -60,7 +60,7 @@ struct option {
 
 /* How long a request takes, in seconds. */
 struct duration {
-    int typical_s;     /* on a healthy 28-port switch */
+    int typical_s;     /* on a healthy 28-port switch; 0: not known */
     int longest_s = 0; /* on a 52-port switch whose ports fail and are tried again; 0: no longer than typical */
 };
 

@@ -5,6 +5,7 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <deque>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -19,7 +20,8 @@ static void add_option(CLI::App &sub, request &sent, const option &field)
 {
     if (field.values == arity::flag) {
         sub.add_flag_callback(
-            field.name, [&] { field.set(sent, field, ""); }, field.help);
+               field.name, [&] { field.set(sent, field, ""); }, field.help)
+            ->disable_flag_override();
         return;
     }
     CLI::Option *added;
@@ -36,7 +38,8 @@ static void add_option(CLI::App &sub, request &sent, const option &field)
     if (added->get_positional())
         added->required(field.values == arity::one);
     else if (is_payload_word(field))
-        added->default_str(name_of(field.choices, static_cast<uint32_t>(field.initial)));
+        added->default_str(field.choices.empty() ? std::to_string(field.initial)
+                                                 : name_of(field.choices, static_cast<uint32_t>(field.initial)));
     if (field.values == arity::one)
         added->type_name(allowed_values(field));
 }
@@ -46,25 +49,47 @@ static void add_globals(CLI::App &app, settings &chosen)
     app.add_option("--directory", chosen.directory, "working directory of the host, where its socket is")
         ->type_name("DIR")
         ->capture_default_str();
-    app.add_flag("--json", chosen.json, "print one JSON object instead of a table");
-    app.add_flag("--no-progress", chosen.no_progress, "show no progress line");
+    app.add_flag("--json", chosen.json, "print one JSON object instead of a table")->disable_flag_override();
+    app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
+}
+
+static const command *find_row(const CLI::App &app)
+{
+    const auto subs = app.get_subcommands();
+    if (subs.empty())
+        return nullptr;
+    const auto named = [&](const command &row) { return subs.front()->get_name() == row.name; };
+    return std::ranges::find_if(commands(), named).base();
 }
 
 /* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
-[[noreturn]] static void refuse_extra(const std::string &found, const CLI::App &app, const CLI::App *sub)
+static std::string explain_extra(const std::string &found, const command *row)
 {
     std::vector<std::string> names;
     if (found.starts_with("-")) {
-        for (const CLI::App *owner : {sub, &app})
-            for (const CLI::Option *known : owner ? owner->get_options() : std::vector<const CLI::Option *>{})
-                names.push_back(known->get_name());
-        throw usage_error(fmt::format("unknown option '{}'{}", found, did_you_mean(found, names)));
+        names = {"--help", "--directory", "--json", "--no-progress"};
+        for (const option &field : row ? row->options : std::span<const option>{})
+            if (*field.name == '-')
+                names.emplace_back(field.name);
+        return fmt::format("unknown option '{}'{}", found, did_you_mean(found, names));
     }
-    if (sub != nullptr)
-        throw usage_error(fmt::format("{}: found '{}', but no more arguments are allowed", sub->get_name(), found));
-    for (const command &row : commands())
-        names.emplace_back(row.name);
-    throw usage_error(fmt::format("unknown subcommand '{}'{}", found, did_you_mean(found, names)));
+    if (row != nullptr)
+        return fmt::format("{}: found '{}', but no more arguments are allowed", row->name, found);
+    for (const command &known : commands())
+        names.emplace_back(known.name);
+    return fmt::format("unknown subcommand '{}'{}", found, did_you_mean(found, names));
+}
+
+/* An option of the row with too few or too many values; every other error explains itself. */
+static std::string explain_error(const std::string &what, const command *row)
+{
+    const std::string name = what.substr(0, what.find_first_of(": "));
+    if (what.ends_with("flag override"))
+        return fmt::format("--{}: takes no value", name);
+    for (const option &field : row ? row->options : std::span<const option>{})
+        if (name == field.name && field.values != arity::flag)
+            return fmt::format("{}: expected exactly one value, allowed: {}", name, allowed_values(field));
+    return what;
 }
 
 invocation read_command_line(int argc, char **argv)
@@ -73,6 +98,7 @@ invocation read_command_line(int argc, char **argv)
     CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
     app.fallthrough();
     app.allow_extras();
+    app.require_subcommand(0, 1);
     add_globals(app, call.chosen);
     std::deque<request> requests;
     for (const command &row : commands()) {
@@ -93,13 +119,13 @@ invocation read_command_line(int argc, char **argv)
         call.help = app.help();
         return call;
     } catch (const CLI::ParseError &error) {
-        throw usage_error(error.what());
+        throw usage_error(explain_error(error.what(), find_row(app)));
     }
-    const std::vector<std::string> extras = app.remaining(true);
-    const auto subs = app.get_subcommands();
+    std::vector<std::string> extras = app.remaining(true);
+    std::erase(extras, "--");
     if (!extras.empty())
-        refuse_extra(extras.front(), app, subs.empty() ? nullptr : subs.front());
-    if (subs.empty())
+        throw usage_error(explain_extra(extras.front(), find_row(app)));
+    if (call.row == nullptr)
         throw usage_error("no subcommand given; 'facmsg-station list' shows them all");
     return call;
 }

@@ -10,7 +10,7 @@ namespace station
 static const command table[] = {
     /* name, help, fixed type, type, payload bytes, options, {typical s, longest s}, decoder */
     {"packet",
-     "send 500 frames out of every matching port and count what comes back",
+     "loop 500 frames through every matching port",
      true,
      FACMSG_PACKET_TEST,
      sizeof(packet_test_record),
@@ -49,7 +49,7 @@ static const command table[] = {
      {},
      {1},
      decode_factory_mode},
-    {"raw", "send any request and show the reply in hexadecimal", false, 0, 0, raw_options, {20, 160}, decode_raw},
+    {"raw", "send any request, show the reply in hexadecimal", false, 0, 0, raw_options, {0}, decode_raw},
     {"list", "show this table", false, 0, 0, {}, {0}, nullptr},
 };
 

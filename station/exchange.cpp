@@ -16,6 +16,8 @@
 namespace station
 {
 
+constexpr int wake_up = SIGUSR1;
+
 /* Shared with the sending thread, which outlives the exchange when that is interrupted. */
 struct transfer {
     request sent;
@@ -23,7 +25,8 @@ struct transfer {
     std::atomic<bool> done = false;
 };
 
-/* Blocks the signals that end the waiting, for this thread and the threads it starts. */
+/* Blocks the signals that end the waiting, for this thread and the threads it starts. The wake-up signal stays blocked
+ * for good: it may come after the waiting has ended. */
 struct scoped_signal_block {
     sigset_t waited;
     sigset_t previous;
@@ -31,8 +34,10 @@ struct scoped_signal_block {
     scoped_signal_block()
     {
         sigemptyset(&waited);
-        for (const int number : {SIGINT, SIGTERM, SIGUSR1})
-            sigaddset(&waited, number);
+        sigaddset(&waited, wake_up);
+        pthread_sigmask(SIG_BLOCK, &waited, nullptr);
+        sigaddset(&waited, SIGINT);
+        sigaddset(&waited, SIGTERM);
         pthread_sigmask(SIG_BLOCK, &waited, &previous);
     }
     ~scoped_signal_block()
@@ -49,7 +54,7 @@ static std::thread start_sending(const std::shared_ptr<transfer> &job)
         std::vector<uint8_t> &payload = job->sent.payload;
         job->status = facmsg_client_send(job->sent.type, static_cast<uint32_t>(payload.size()), payload.data(), 1);
         job->done = true;
-        pthread_kill(waiter, SIGUSR1);
+        pthread_kill(waiter, wake_up);
     });
 }
 
@@ -60,15 +65,16 @@ exchange_end exchange(request &sent, const std::function<void(int)> &tick)
     const auto job = std::make_shared<transfer>();
     job->sent = sent;
     const auto start = std::chrono::steady_clock::now();
+    tick(0);
     std::thread sender = start_sending(job);
     while (!job->done) {
-        const auto elapsed = std::chrono::steady_clock::now() - start;
-        tick(static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(elapsed).count()));
         const int number = sigtimedwait(&signals.waited, nullptr, &tick_interval);
         if (number == SIGINT || number == SIGTERM) {
             sender.detach();
             return exchange_end::interrupted;
         }
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        tick(static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(elapsed).count()));
     }
     sender.join();
     sent.payload = job->sent.payload;

@@ -39,9 +39,9 @@ struct port_outcome {
 
 struct outcome {
     verdict judged = verdict::none;
-    std::string title = {};                        /* what was tested and how; empty when the summary says it all */
-    std::string summary = {};                      /* one line; for verdict::none the sentence that says why */
-    std::optional<uint32_t> result = std::nullopt; /* the reply's result or status word */
+    std::string title = {};                       /* what was tested and how; empty when the summary says it all */
+    std::string summary = {};                     /* one line; for verdict::none the sentence that says why */
+    std::optional<int64_t> result = std::nullopt; /* the reply's result or status word */
     std::vector<port_outcome> ports = {};
     std::string text = {};               /* more lines for people, each with its line end */
     nlohmann::ordered_json members = {}; /* more members of the JSON object */

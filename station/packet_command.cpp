@@ -21,17 +21,17 @@ static constexpr std::array<choice, 2> media{{{"copper", FACMSG_MEDIUM_COPPER}, 
 static constexpr std::array<option, 5> options{{
     {.name = "--unit", .help = "switch unit number", .offset = offsetof(packet_test_record, unit)},
     {.name = "--any-speed",
-     .help = "test the ports that take part at any speed, at the speed they have; no speed, duplex or medium is set",
+     .help = "test the ports that take part at any speed, at the speed they have",
      .values = arity::flag,
      .offset = offsetof(packet_test_record, any_speed)},
     {.name = "--speed",
-     .help = "speed name or code to test at",
+     .help = "speed to test at",
      .offset = offsetof(packet_test_record, speed),
      .initial = 3,
      .most = 255,
      .choices = speeds},
     {.name = "--duplex",
-     .help = "duplex code; the switch says what each means",
+     .help = "duplex code to test at",
      .offset = offsetof(packet_test_record, duplex),
      .initial = 2,
      .most = 2},
@@ -79,11 +79,10 @@ static std::string reason_of(uint32_t code, const packet_test_record &asked)
 /* The code is the link read before the change that another port refused. */
 static std::string untested_reason(uint32_t code)
 {
-    const char *before = code == FACMSG_PORT_OK        ? "its link was up"
-                         : code == FACMSG_PORT_NO_LINK ? "it had no link"
-                                                       : "its status could not be read";
-    return fmt::format("Not tested: no frame was sent, because another port refused its settings. Before that, {}.",
-                       before);
+    const char *before = code == FACMSG_PORT_OK        ? ""
+                         : code == FACMSG_PORT_NO_LINK ? " Before that it had no link."
+                                                       : " Before that its status could not be read.";
+    return fmt::format("Not tested: another port refused its settings.{}", before);
 }
 
 static bool is_known(uint32_t code)

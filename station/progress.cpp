@@ -17,8 +17,9 @@ void show_progress(const command &row, int elapsed_s)
 {
     const std::string longest =
         row.expected.longest_s > 0 ? fmt::format(", up to {} s if ports fail", row.expected.longest_s) : "";
-    fmt::print(stderr, "{}{}: {} s elapsed, about {} s expected{}", rewrite, row.name, elapsed_s,
-               row.expected.typical_s, longest);
+    const std::string typical = row.expected.typical_s > 0 ? fmt::format("about {} s expected", row.expected.typical_s)
+                                                           : "expected time unknown";
+    fmt::print(stderr, "{}{}: {} s elapsed, {}{}", rewrite, row.name, elapsed_s, typical, longest);
     std::fflush(stderr);
 }
 

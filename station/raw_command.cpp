@@ -39,7 +39,7 @@ static constexpr std::array<option, 3> options{{
     {.name = "TYPE", .help = "request type", .set = set_type},
     {.name = "HEX", .help = "payload in hexadecimal; blanks are allowed", .values = arity::any, .set = set_payload},
     {.name = "--size",
-     .help = "fill the payload up with zeros to this many bytes; it must be as long as the reply is to be",
+     .help = "fill the payload up with zeros to this size, which must be the reply's",
      .most = FACMSG_MAX_PAYLOAD,
      .set = set_size},
 }};

@@ -23,7 +23,7 @@ constinit const std::span<const option> level_options{options};
 /* status is 0 for done and -1 for a driver that cannot; done and refused are the sentences for them. */
 static outcome judge_status(int32_t status, const std::string &done, const std::string &refused)
 {
-    outcome unit{.result = static_cast<uint32_t>(status)};
+    outcome unit{.result = status};
     if (status == 0) {
         unit.judged = verdict::pass;
         unit.summary = done;

@@ -2,7 +2,7 @@
  *
  * What the station prints for people: fits 80 columns, and says in words what it says in colour.
  */
-#include <cstdio>
+#include <cstring>
 #include <fmt/format.h>
 #include <sstream>
 
@@ -13,14 +13,14 @@ namespace station
 
 constexpr size_t columns = 80;
 
-/* A verdict in a column of its own; colour does not count for the width. */
-static std::string verdict_column(verdict judged, bool colour)
+/* A verdict padded to a width; colour does not count for it. */
+static std::string verdict_word(verdict judged, size_t width, bool colour)
 {
-    const std::string column = fmt::format("{:<10}", word_of(judged));
+    const std::string word = fmt::format("{:<{}}", word_of(judged), width);
     if (!colour)
-        return column;
+        return word;
     const char *code = judged == verdict::pass ? "32" : judged == verdict::fail ? "31" : "33";
-    return fmt::format("\033[{}m{}\033[0m", code, column);
+    return fmt::format("\033[{}m{}\033[0m", code, word);
 }
 
 /* Breaks text between words; following lines begin below the first one's start. */
@@ -49,7 +49,7 @@ static std::string port_table(const std::vector<port_outcome> &ports, bool colou
     constexpr size_t reason_column = 24;
     std::string text = "port  verdict     code  reason\n";
     for (const port_outcome &port : ports) {
-        std::string row = fmt::format("{:>4}  {}  {:>4}", port.port, verdict_column(port.judged, colour), port.code);
+        std::string row = fmt::format("{:>4}  {}  {:>4}", port.port, verdict_word(port.judged, 10, colour), port.code);
         if (!port.reason.empty())
             row += "  " + wrap(port.reason, reason_column);
         text += row + "\n";
@@ -64,7 +64,8 @@ std::string text_report(const outcome &unit, bool colour)
         text += unit.title + "\n\n" + port_table(unit.ports, colour) + "\n";
     text += unit.text;
     if (unit.judged != verdict::none)
-        text += fmt::format("{}  {}\n", verdict_column(unit.judged, colour), unit.summary);
+        text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
+                            wrap(unit.summary, std::strlen(word_of(unit.judged)) + 2));
     return text;
 }
 

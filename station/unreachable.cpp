@@ -43,9 +43,10 @@ std::string why_no_reply(const request &sent, const std::string &directory)
         return fmt::format("{} is not a socket; is the host running with that working directory?", where);
     switch (const int error = connect_error()) {
     case 0:
-        return fmt::format("the service took the request but sent no reply of {} payload bytes: it does not know or "
-                           "support request type {}, or it closed the connection early",
-                           sent.payload.size(), sent.type);
+        return fmt::format(
+            "the service took the request but did not answer with the expected {} bytes: it does not know or "
+            "support request type {}, or it closed the connection early",
+            sent.payload.size(), sent.type);
     case ECONNREFUSED:
         return fmt::format("nobody listens on {}; the host has gone and left its socket file behind", where);
     case EACCES:
