@@ -1,0 +1,225 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Requests to the running service over its socket: whole ones, broken ones, and clients that die or fall silent.
+ */
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+#include "fake_driver.h"
+#include "log_capture.h"
+#include "request_client.h"
+#include "service/server_lib.h"
+#include "simulation.h"
+#include "trace.h"
+
+using std::chrono::steady_clock;
+
+static const std::string INCOMPLETE = frame(22, 0);
+static const std::string UNKNOWN = frame(21, 0);
+
+struct requests : testing::Test {
+    requests()
+    {
+        start_service();
+    }
+    ~requests() override
+    {
+        EXPECT_EQ(ask_service(frame(19, 0)), UNKNOWN) << "the service is no longer there";
+    }
+    fake_driver driver;
+};
+
+TEST_F(requests, cut_short_are_answered_incomplete)
+{
+    for (size_t size = 0; size < 8; size++)
+        EXPECT_EQ(request_client().send(frame(10, 0).substr(0, size)).end().reply(), INCOMPLETE) << size;
+    for (const uint32_t sent : {0u, 1u, 4u, 1051u})
+        EXPECT_EQ(request_client().send(frame(0, 1052, std::string(sent, 0))).end().reply(), INCOMPLETE) << sent;
+    EXPECT_EQ(trace_text(), "");
+}
+
+TEST_F(requests, larger_than_the_buffer_are_refused_at_once)
+{
+    const auto start = steady_clock::now();
+    for (const uint32_t size : {8089u, 8096u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_EQ(request_client().send(frame(10, size)).reply(), INCOMPLETE) << size;
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_EQ(ask_service(frame(10, 8088, std::string(8088, 'x'))), frame(10, 4, std::string(4, 0)));
+}
+
+TEST_F(requests, of_unknown_types_are_answered_unknown)
+{
+    for (const uint32_t type : {18u, 19u, 21u, 22u, 27u, 28u, 0x80000000u, 0xFFFFFFFFu})
+        EXPECT_EQ(ask_service(frame(type, 0)), UNKNOWN) << type;
+    EXPECT_EQ(ask_service(frame(19, 12, "twelve bytes")), UNKNOWN);
+    const log_capture log(1);
+    ask_service(frame(0xFFFFFFFF, 0));
+    EXPECT_EQ(log.text(), "facmsg_lib_test_main: Invalid srv_type(-1).\n");
+}
+
+TEST_F(requests, of_a_client_that_dies_at_any_byte_are_survived)
+{
+    const std::string request = frame(9, 8, std::string(8, 1));
+    for (size_t size = 0; size <= request.size(); size++)
+        request_client().send(request.substr(0, size));
+    EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, 0)));
+}
+
+TEST_F(requests, in_two_pieces_are_served)
+{
+    request_client client;
+    client.send(frame(10, 3));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(client.send("abc").reply(), frame(10, 4, std::string(4, 0)));
+}
+
+/* Real time: the service gives a client 5 s for the header and 5 s for the payload. */
+struct silent_client : requests, testing::WithParamInterface<std::string> {
+};
+
+TEST_P(silent_client, holds_the_service_for_five_seconds_only)
+{
+    const auto start = steady_clock::now();
+    request_client silent;
+    silent.send(GetParam());
+    EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, 0)));
+    const auto waited = steady_clock::now() - start;
+    EXPECT_EQ(silent.reply(), INCOMPLETE);
+    EXPECT_GT(waited, std::chrono::milliseconds(4500));
+    EXPECT_LT(waited, std::chrono::seconds(8));
+}
+
+INSTANTIATE_TEST_SUITE_P(at, silent_client, testing::Values("", frame(0, 1052)),
+                         [](const auto &at) { return std::string(at.param.empty() ? "header" : "payload"); });
+
+static int open_descriptors()
+{
+    int count = 0;
+    DIR *const folder = opendir("/proc/self/fd");
+    while (readdir(folder) != nullptr)
+        count++;
+    closedir(folder);
+    return count;
+}
+
+static size_t heap_in_use()
+{
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    return 0;
+#else
+    return mallinfo2().uordblks;
+#endif
+}
+
+TEST_F(requests, leave_nothing_behind)
+{
+    const auto ask_all_kinds = [] {
+        ask_service(frame(10, 0));
+        ask_service(frame(19, 0));
+        request_client().send("abc");
+        ask_service(frame(9, 8, std::string(8, 0)));
+    };
+    for (int i = 0; i < 10; i++)
+        ask_all_kinds();
+    trace_clear();
+    ask_service(frame(19, 0));
+    const int descriptors = open_descriptors();
+    const size_t heap = heap_in_use();
+    for (int i = 0; i < 2500; i++) {
+        ask_all_kinds();
+        trace_clear();
+    }
+    ask_service(frame(19, 0));
+    EXPECT_EQ(open_descriptors(), descriptors);
+    EXPECT_LE(heap_in_use(), heap + 4096);
+}
+
+TEST_F(requests, go_on_after_accept_fails)
+{
+    const log_capture log(1);
+    simulation::fail_next("accept", ECONNABORTED);
+    ask_service(frame(10, 0)); /* the service was waiting in accept already */
+    EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, 0)));
+    EXPECT_EQ(log.text(), "factory_ssa_lib_server_thread_func: accept error, rv: -1\n");
+    EXPECT_EQ(trace_count("wait_us"), 0);
+}
+
+TEST_F(requests, are_only_for_the_owner)
+{
+    struct stat file;
+    ASSERT_EQ(stat(FACMSG_SOCKET_PATH, &file), 0);
+    EXPECT_TRUE(S_ISSOCK(file.st_mode));
+    EXPECT_EQ(file.st_mode & 0777, 0600u);
+}
+
+TEST(service_socket, replaces_the_file_of_an_earlier_run)
+{
+    enter_temporary_folder();
+    const int first = factory_ssa_lib_socket_create();
+    const int second = factory_ssa_lib_socket_create();
+    request_client client;
+    EXPECT_GE(first, 0);
+    ASSERT_GE(client.fd, 0);
+    EXPECT_GE(accept(second, nullptr, nullptr), 0);
+}
+
+TEST(service_socket, says_why_it_cannot_be_created)
+{
+    const std::string op = "factory_ssa_lib_socket_create: ", path = "[" FACMSG_SOCKET_PATH "]";
+    const struct {
+        const char *function;
+        std::string line;
+    } cases[] = {
+        {"socket", op + "create socket fail, errno=Address already in use\n"},
+        {"bind", op + "bind socket" + path + " fail, errno=Address already in use\n"},
+        {"listen", op + "listen socket" + path + " fail, errno=Address already in use\n"},
+    };
+    enter_temporary_folder();
+    const int descriptors = open_descriptors();
+    for (const auto &c : cases) {
+        for (const int level : {0, 1}) {
+            const log_capture log(level);
+            simulation::fail_next(c.function, EADDRINUSE);
+            EXPECT_EQ(factory_ssa_lib_socket_create(), -1);
+            EXPECT_EQ(log.text(), level > 0 ? c.line : "");
+        }
+    }
+    EXPECT_EQ(open_descriptors(), descriptors);
+}
+
+/* What the thread sanitizer is to look at: the hook, registration and a request, all at once. */
+TEST_F(requests, run_beside_receiving_and_registering_threads)
+{
+    driver.add_port(1, {FACMSG_ABILITY_ANY_SPEED, 0});
+    std::atomic<bool> stop = false;
+    const auto receive = [&](uint32_t phy_id) {
+        const uint8_t fpga_frame[64] = {0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0xFF, 0xF9};
+        uint8_t test_frame[64] = {0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0xF0, 0xF0};
+        for (pack_info info = {0, 0, phy_id}; !stop; info.phy_id = phy_id + (info.phy_id + 1) % 64) {
+            vexa_recv_packet(&info, test_frame, sizeof(test_frame));
+            vexa_recv_packet(&info, fpga_frame, sizeof(fpga_frame));
+        }
+    };
+    std::thread threads[] = {std::thread(receive, 0x10000), std::thread(receive, 0x10020), std::thread([&] {
+                                 vexa_diag_drv table = fake_table();
+                                 while (!stop)
+                                     vexa_ssa_regitser_interface(&table);
+                             })};
+    packet_test_record record = {};
+    record.any_speed = 1;
+    const std::string reply = ask_service(frame(0, sizeof(record), bytes_of(record)));
+    stop = true;
+    for (auto &thread : threads)
+        thread.join();
+    record.port_count = 1;
+    record.port_results[0] = FACMSG_PORT_RESULT(1, 0);
+    EXPECT_EQ(reply, frame(0, sizeof(record), bytes_of(record)));
+}

@@ -1,0 +1,174 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The fake switch. Slots of the library's table never change once filled, so the functions in it lead to whichever fake
+ * is present.
+ */
+#include "fake_driver.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "simulation.h"
+#include "trace.h"
+
+static fake_driver *present;
+
+static std::string list(std::initializer_list<uint32_t> words)
+{
+    std::string text;
+    for (const uint32_t word : words)
+        text += (text.empty() ? "" : ",") + std::to_string(word);
+    return text;
+}
+
+static std::string mac_text(const uint8_t *mac)
+{
+    char text[18];
+    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+    return text;
+}
+
+static int get_status(uint32_t unit, uint32_t port, port_status_row *row)
+{
+    if (const int error = present->enter("get_status", list({unit, port}), port))
+        return error;
+    fake_port *const p = present->find(port);
+    if (p == nullptr)
+        return -1;
+    *row = p->status;
+    if (p->down_polls != 0)
+        row->link = 0;
+    if (p->down_polls > 0)
+        p->down_polls--;
+    return 0;
+}
+
+static int set_status(uint32_t unit, uint32_t port, port_status_row *row)
+{
+    const auto words = list({unit, port, row->host_word_0, row->speed, row->medium, row->duplex, row->host_word_5});
+    if (const int error = present->enter("set_status", words, port))
+        return error;
+    present->ports.at(port).status = *row;
+    present->ports.at(port).status.link = 1;
+    return 0;
+}
+
+static int get_ability(uint32_t unit, uint32_t port, port_ability_row *ability)
+{
+    if (const int error = present->enter("get_ability", list({unit, port}), port))
+        return error;
+    const fake_port *const p = present->find(port);
+    if (p == nullptr)
+        return -2;
+    *ability = p->ability;
+    return 0;
+}
+
+static int get_port_phyid(uint32_t port, void *record)
+{
+    const auto request = static_cast<port_packet_req *>(record);
+    const auto words = list({port, request->tx_selector, request->mode, request->count, request->frame_count});
+    if (const int error = present->enter("get_port_phyid", words, port))
+        return error;
+    const fake_port *const p = present->find(port);
+    if (p == nullptr)
+        return -1;
+    request->phy_id = p->phy_id;
+    return 0;
+}
+
+static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
+{
+    const auto words = list({info->zero, info->tx_selector, info->phy_id, length});
+    if (const int error = present->enter("send_packet", words, info->phy_id - 0x100))
+        return error;
+    present->transmit(*info, frame, length);
+    return 0;
+}
+
+vexa_diag_drv fake_table()
+{
+    vexa_diag_drv table = {};
+    table.get_status = get_status;
+    table.set_status = set_status;
+    table.get_ability = get_ability;
+    table.set_factory_mode = [] { return present->enter("set_factory_mode", ""); };
+    table.get_port_phyid = get_port_phyid;
+    table.set_cpu_mac_addr = [](const uint8_t *mac) { return present->enter("set_cpu_mac_addr", mac_text(mac)); };
+    table.clear_cpu_mac_addr = [](const uint8_t *mac) { return present->enter("clear_cpu_mac_addr", mac_text(mac)); };
+    table.set_port_debug_level = [](int32_t level) {
+        return present->enter("set_port_debug_level", std::to_string(level));
+    };
+    table.set_poe_debug_level = [](int32_t level) {
+        return present->enter("set_poe_debug_level", std::to_string(level));
+    };
+    table.send_packet = send_packet;
+    table.port_on_off = [](uint32_t unit, uint32_t port, uint32_t on) {
+        return present->enter("port_on_off", list({unit, port, on}), port);
+    };
+    return table;
+}
+
+fake_driver::fake_driver()
+{
+    present = this;
+    facmsg_vexa_diag_drv = fake_table();
+    simulation::on_wait = [this] { pass_wait(); };
+    trace_clear();
+}
+
+fake_driver::~fake_driver()
+{
+    simulation::on_wait = nullptr;
+    facmsg_vexa_diag_drv = {};
+    present = nullptr;
+}
+
+fake_port &fake_driver::add_port(uint32_t number, port_ability_row ability)
+{
+    fake_port &port = ports[number];
+    port.ability = ability;
+    port.phy_id = 0x100 + number;
+    return port;
+}
+
+fake_port *fake_driver::find(uint32_t number)
+{
+    const auto port = ports.find(number);
+    return port == ports.end() ? nullptr : &port->second;
+}
+
+int fake_driver::enter(const char *slot, const std::string &arguments, uint32_t port)
+{
+    trace_add(std::string(slot) + "(" + arguments + ")");
+    for (auto &order : failures)
+        if (order.slot == slot && (order.port == 0 || order.port == port) && (++order.seen == order.nth || !order.nth))
+            return order.value;
+    return 0;
+}
+
+void fake_driver::transmit(const pack_info &info, const uint8_t *frame, uint32_t length)
+{
+    if (on_send)
+        on_send();
+    fake_port *const port = find(info.phy_id - 0x100);
+    if (port == nullptr)
+        return;
+    if (port->sent++ == 0)
+        kept_frames.emplace_back(frame, frame + length);
+    for (int copy = port->copies ? port->copies(port->sent) : 1; copy > 0; copy--) {
+        if (port->delay_waits == 0)
+            vexa_recv_packet(&info, frame, length);
+        else
+            under_way.push_back({port->delay_waits, info, {frame, frame + length}});
+    }
+}
+
+void fake_driver::pass_wait()
+{
+    for (auto &frame : under_way)
+        if (--frame.waits_left == 0)
+            vexa_recv_packet(&frame.info, frame.bytes.data(), static_cast<uint32_t>(frame.bytes.size()));
+    std::erase_if(under_way, [](const auto &frame) { return frame.waits_left == 0; });
+}
