@@ -1,0 +1,192 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Starting, watching and ending the programs under test.
+ */
+#include "programs.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sstream>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+std::ostream &operator<<(std::ostream &stream, const finished &end)
+{
+    return stream << "exit " << end.code << "\nstdout:\n" << end.out << "\nstderr:\n" << end.err;
+}
+
+static words emulated(const std::string &program, const words &arguments)
+{
+    words command;
+    std::istringstream emulator(EMULATOR);
+    for (std::string word; std::getline(emulator, word, '|');)
+        command.push_back(word);
+    command.push_back(program);
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+pid_t start(const words &command, int out, int err, uid_t user)
+{
+    std::vector<char *> arguments;
+    for (const std::string &word : command)
+        arguments.push_back(const_cast<char *>(word.c_str()));
+    arguments.push_back(nullptr);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(out, STDOUT_FILENO);
+        dup2(err, STDERR_FILENO);
+        if (user == 0 || setuid(user) == 0)
+            execv(arguments[0], arguments.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+int wait_for(pid_t pid)
+{
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+}
+
+static std::string read_all(int fd)
+{
+    std::string text;
+    char part[4096];
+    for (ssize_t size; (size = read(fd, part, sizeof(part))) > 0;)
+        text.append(part, static_cast<size_t>(size));
+    close(fd);
+    return text;
+}
+
+/* A file without a name: takes any amount of output without a reader. */
+static int output_file()
+{
+    return open(std::filesystem::temp_directory_path().c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+}
+
+static std::string written_to(int file)
+{
+    lseek(file, 0, SEEK_SET);
+    return read_all(file);
+}
+
+words station(const words &arguments)
+{
+    return emulated(STATION_PROGRAM, arguments);
+}
+
+finished run(const words &arguments, uid_t user)
+{
+    const int out = output_file();
+    const int err = output_file();
+    const int code = wait_for(start(station(arguments), out, err, user));
+    return {code, written_to(out), written_to(err)};
+}
+
+finished run_on_terminal(const words &arguments)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    grantpt(terminal);
+    unlockpt(terminal);
+    const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const pid_t pid = start(station(arguments), screen, screen);
+    close(screen);
+    const std::string shown = read_all(terminal);
+    return {wait_for(pid), shown, ""};
+}
+
+temporary_folder::temporary_folder()
+{
+    std::string pattern = std::filesystem::temp_directory_path() / "test station XXXXXX";
+    path = mkdtemp(pattern.data());
+    std::filesystem::permissions(path, std::filesystem::perms{0755});
+    std::filesystem::create_directory(path + "/tmp");
+}
+
+temporary_folder::~temporary_folder()
+{
+    std::filesystem::remove_all(path);
+}
+
+std::string temporary_folder::socket() const
+{
+    return path + "/tmp/.factory_ssa_socket";
+}
+
+static finished run_in(const temporary_folder &folder, words arguments)
+{
+    arguments.insert(arguments.begin(), {"--directory", folder.path});
+    return run(arguments);
+}
+
+simulated_switch::simulated_switch(const std::string &board, const words &options)
+{
+    words arguments{"--board", board, "--directory", folder.path};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    int console[2];
+    EXPECT_EQ(pipe2(console, O_CLOEXEC), 0);
+    pid = start(emulated(SIMHOST_PROGRAM, arguments), console[1], STDERR_FILENO);
+    close(console[1]);
+    std::string shown;
+    for (char letter; shown.find("ready:") == std::string::npos && read(console[0], &letter, 1) == 1;)
+        shown += letter;
+    EXPECT_NE(shown.find("ready:"), std::string::npos) << shown;
+    console_fd = console[0];
+}
+
+simulated_switch::~simulated_switch()
+{
+    kill(pid, SIGTERM);
+    EXPECT_EQ(wait_for(pid), 0);
+    close(console_fd);
+}
+
+finished simulated_switch::run(const words &arguments) const
+{
+    return run_in(folder, arguments);
+}
+
+listener::listener(const temporary_folder &folder) : fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    folder.socket().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    EXPECT_EQ(listen(fd, 8), 0);
+}
+
+listener::~listener()
+{
+    close(fd);
+}
+
+fake_service::fake_service(const responder &answer)
+    : server([this, answer] {
+          const int connection = accept4(socket.fd, nullptr, nullptr, SOCK_CLOEXEC);
+          uint32_t header[2];
+          EXPECT_EQ(recv(connection, header, sizeof(header), MSG_WAITALL), ssize_t{sizeof(header)});
+          std::string payload(header[1], '\0');
+          EXPECT_EQ(recv(connection, payload.data(), payload.size(), MSG_WAITALL), ssize_t(payload.size()));
+          const std::string reply = answer(payload, connection);
+          send(connection, reply.data(), reply.size(), MSG_NOSIGNAL);
+          close(connection);
+      })
+{
+}
+
+fake_service::~fake_service()
+{
+    server.join();
+}
+
+finished fake_service::run(const words &arguments) const
+{
+    return run_in(folder, arguments);
+}

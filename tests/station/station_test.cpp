@@ -1,0 +1,315 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The station as its users meet it: the real program, its whole output and its exit code, against the simulated switch
+ * and, for replies that no sound service sends, against a fake one.
+ */
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <gtest/gtest.h>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "facmsg_protocol.h"
+#include "programs.h"
+
+static const std::string who = "facmsg-station: ";
+static const std::string no_link = "No link at the last check; expected a link. No frame was sent.";
+static const std::string wrong_count =
+    "The count of frames that came back was not 500 after the wait, or could not be read; expected exactly 500.";
+
+/* The table for 28 ports that all passed but for the rows given. */
+static std::string table(const std::string &settings, const std::map<int, std::string> &rows, const std::string &end)
+{
+    std::string text = "Packet test of unit 0: " + settings + "\n\nport  verdict     code  reason\n";
+    for (int port = 1; port <= 28; port++) {
+        const std::string number = std::string(port < 10 ? "   " : "  ") + std::to_string(port);
+        text += number + (rows.contains(port) ? rows.at(port) : "  PASS           0") + "\n";
+    }
+    return text + "\n" + end;
+}
+
+static const std::map<int, std::string> faulty_rows{
+    {7, "  FAIL           1  No link at the last check; expected a link. No frame was\n"
+        "                        sent."},
+    {12, "  FAIL           3  The count of frames that came back was not 500 after the\n"
+         "                        wait, or could not be read; expected exactly 500."}};
+
+TEST(packet, healthy_board_passes)
+{
+    const simulated_switch healthy("healthy-28");
+    EXPECT_EQ(healthy.run({"packet", "--any-speed"}),
+              (finished{0, table("any speed", {}, "PASS  28 ports tested: 28 passed, 0 failed\n"), ""}));
+    EXPECT_EQ(healthy.run({"packet", "--speed", "5G"}),
+              (finished{3, "",
+                        who + "packet: the test is not possible (result 8): the host lacks a driver function, the "
+                              "medium or duplex is not valid, or no port can do what was asked for (speed 5G, duplex "
+                              "2, medium copper)\n"}));
+}
+
+TEST(packet, faulty_board_names_the_failing_ports)
+{
+    const simulated_switch faulty("faulty-28");
+    EXPECT_EQ(faulty.run({"packet", "--any-speed"}),
+              (finished{1, table("any speed", faulty_rows, "FAIL  28 ports tested: 26 passed, 2 failed\n"), ""}));
+}
+
+TEST(packet, json_says_the_same)
+{
+    const simulated_switch faulty("faulty-28");
+    nlohmann::ordered_json expected{{"request",
+                                     {{"name", "packet"},
+                                      {"type", 0},
+                                      {"payload_bytes", 1052},
+                                      {"unit", 0},
+                                      {"any_speed", 1},
+                                      {"speed", 3},
+                                      {"duplex", 2},
+                                      {"medium", 0}}},
+                                    {"result", 1},
+                                    {"verdict", "FAIL"},
+                                    {"exit_code", 1},
+                                    {"summary", "28 ports tested: 26 passed, 2 failed"}};
+    const std::map<int, std::pair<int, std::string>> failing{{7, {1, no_link}}, {12, {3, wrong_count}}};
+    for (int port = 1; port <= 28; port++) {
+        const auto [code, reason] = failing.contains(port) ? failing.at(port) : std::pair{0, std::string()};
+        expected["ports"].push_back(
+            {{"port", port}, {"code", code}, {"verdict", code == 0 ? "PASS" : "FAIL"}, {"reason", reason}});
+    }
+    EXPECT_EQ(faulty.run({"--json", "packet", "--any-speed"}), (finished{1, expected.dump(2) + "\n", ""}));
+}
+
+TEST(service_control, every_request_and_every_refusal)
+{
+    const simulated_switch healthy("healthy-28");
+    const std::pair<words, std::string> cases[] = {
+        {{"log-level", "0"}, "PASS  the service's log level is now 0\n"},
+        {{"poe-debug", "-3"}, "PASS  the PoE driver's debug level is now -3\n"},
+        {{"port-debug", "0x10"}, "PASS  the port driver's debug level is now 16\n"},
+        {{"factory-mode"}, "PASS  the switch is in factory mode\n"},
+        {{"raw", "9", "01 00", "0000", "--size", "8"},
+         "0000  01 00 00 00 00 00 00 00\nNOT JUDGED  request type 9 was answered with 8 payload bytes\n"},
+    };
+    for (const auto &[arguments, out] : cases)
+        EXPECT_EQ(healthy.run(arguments), (finished{0, out, ""}));
+    EXPECT_EQ(healthy.run({"raw", "19", "00"}),
+              (finished{3, "",
+                        who + "raw: the service took the request but did not answer with the expected 1 bytes: it does "
+                              "not know or support request type 19, or it closed the connection early\n"}));
+
+    const simulated_switch poor("healthy-28",
+                                {"--drop-slot", "set_factory_mode", "--drop-slot", "set_port_debug_level"});
+    EXPECT_EQ(poor.run({"port-debug", "2"}),
+              (finished{3, "",
+                        who + "port-debug: the port driver's debug level was not set to 2: the host lacks the function "
+                              "or it failed\n"}));
+    const finished json = poor.run({"factory-mode", "--json"});
+    EXPECT_EQ(json.code, 3);
+    EXPECT_EQ(
+        nlohmann::ordered_json::parse(json.out),
+        (nlohmann::ordered_json{{"request", {{"name", "factory-mode"}, {"type", 10}, {"payload_bytes", 4}}},
+                                {"result", -1},
+                                {"verdict", "NO VERDICT"},
+                                {"exit_code", 3},
+                                {"error", "factory mode was not entered: the host lacks the function or it failed"}}));
+}
+
+TEST(list, shows_every_subcommand)
+{
+    EXPECT_EQ(run({"list"}),
+              (finished{0,
+                        "subcommand    type  reply bytes  what it does\n"
+                        "packet           0         1052  loop 500 frames through every matching port\n"
+                        "log-level        7            8  set the log level of the service\n"
+                        "poe-debug        8            8  set the debug level of the PoE driver\n"
+                        "port-debug       9            8  set the debug level of the port driver\n"
+                        "factory-mode    10            4  put the switch into factory mode\n"
+                        "raw            any      as sent  send any request, show the reply in hexadecimal\n"
+                        "list             -            -  show this table\n",
+                        ""}));
+}
+
+TEST(unreachable, each_reason_has_its_sentence)
+{
+    const temporary_folder folder;
+    const std::string where = "tmp/.factory_ssa_socket in directory '" + folder.path + "'";
+    const auto expect = [&](const std::string &reason, uid_t user = 0) {
+        EXPECT_EQ(run({"factory-mode", "--directory", folder.path}, user),
+                  (finished{3, "", who + "factory-mode: " + reason + "\n"}));
+    };
+    EXPECT_EQ(run({"factory-mode", "--directory", folder.path + "/none"}),
+              (finished{3, "",
+                        who + "factory-mode: cannot enter directory '" + folder.path +
+                            "/none': No such file or directory\n"}));
+    expect("there is no socket " + where + "; is the host running with that working directory?");
+    std::ofstream(folder.socket()) << "not a socket";
+    expect(where + " is not a socket; is the host running with that working directory?");
+    std::filesystem::remove(folder.socket());
+    {
+        const listener owner_only(folder);
+        std::filesystem::permissions(folder.socket(), std::filesystem::perms{0600});
+        if (geteuid() == 0) /* only root can become somebody else */
+            expect("permission denied on " + where + "; only the user that runs the host may connect", 65534);
+    }
+    expect("nobody listens on " + where + "; the host has gone and left its socket file behind");
+}
+
+TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
+{
+    const std::string speeds = "allowed: 10M, 100M, 1G, 2.5G, 5G, 10G or 0 to 255";
+    const std::pair<words, std::string> cases[] = {
+        {{}, "no subcommand given; 'facmsg-station list' shows them all"},
+        {{"pakcet"}, "unknown subcommand 'pakcet'; did you mean 'packet'?"},
+        {{"x"}, "unknown subcommand 'x'; known: packet, log-level, poe-debug, port-debug, factory-mode, raw, list"},
+        {{"packet", "--spede", "1G"}, "unknown option '--spede'; did you mean '--speed'?"},
+        {{"packet", "--speed", "7G"}, "--speed: found '7G', " + speeds},
+        {{"packet", "--speed", "256"}, "--speed: found '256', " + speeds},
+        {{"packet", "--speed"}, "--speed: expected exactly one value, " + speeds},
+        {{"packet", "--speed", "1G", "--speed", "5G"}, "--speed: expected exactly one value, " + speeds},
+        {{"packet", "--any-speed=1"}, "--any-speed: takes no value"},
+        {{"packet", "--medium", "glass"}, "--medium: found 'glass', allowed: copper, fiber or 0 to 1"},
+        {{"packet", "--unit", "-1"}, "--unit: found '-1', allowed: 0 to 4294967295"},
+        {{"packet", "list"}, "packet: found 'list', but no more arguments are allowed"},
+        {{"log-level"}, "LEVEL: expected exactly one value, allowed: -2147483648 to 2147483647"},
+        {{"log-level", "2x"}, "LEVEL: found '2x', allowed: -2147483648 to 2147483647"},
+        {{"raw", "0", "abc"}, "HEX: found 'abc', allowed: pairs of hexadecimal digits for up to 8088 bytes"},
+        {{"raw", "0", "aabb", "--size", "1"}, "--size: found '1', allowed: not less than the 2 bytes of HEX"},
+    };
+    for (const auto &[arguments, message] : cases)
+        EXPECT_EQ(run(arguments), (finished{2, "", who + message + "\n"}));
+    EXPECT_EQ(run({"--json", "pakcet"}).out, "{\n  \"verdict\": \"NO VERDICT\",\n  \"exit_code\": 2,\n  \"error\": "
+                                             "\"unknown subcommand 'pakcet'; did you mean 'packet'?\"\n}\n");
+}
+
+/* A packet reply for ports 1 to 28 that all passed, changed by a test. */
+static responder packet_reply(const std::function<void(packet_test_record &)> &change)
+{
+    return [=](const std::string &payload, int) {
+        packet_test_record record;
+        std::memcpy(&record, payload.data(), sizeof(record));
+        record.port_count = 28;
+        for (uint32_t i = 0; i < 28; i++)
+            record.port_results[i] = FACMSG_PORT_RESULT(i + 1, FACMSG_PORT_OK);
+        change(record);
+        const facmsg_header header{FACMSG_PACKET_TEST, sizeof(record)};
+        return std::string(reinterpret_cast<const char *>(&header), sizeof(header)) +
+               std::string(reinterpret_cast<const char *>(&record), sizeof(record));
+    };
+}
+
+TEST(packet, replies_that_make_no_sense_give_no_verdict)
+{
+    const std::pair<void (*)(packet_test_record &), std::string> cases[] = {
+        {[](auto &reply) { reply.result = 2; }, "the reply's result is 2; expected 0, 1 or 8"},
+        {[](auto &reply) { reply.port_count = 257; }, "the reply counts 257 ports; expected 1 to 256"},
+        {[](auto &reply) { reply.port_count = 0; }, "the reply counts 0 ports; expected 1 to 256"},
+        {[](auto &reply) { reply.port_count = 29; },
+         "entry 29 of the reply names port 0; expected ascending ports from 1 to 256"},
+        {[](auto &reply) { reply.port_results[3] = FACMSG_PORT_RESULT(3, 0); },
+         "entry 4 of the reply names port 3; expected ascending ports from 1 to 256"},
+        {[](auto &reply) { reply.unit = 9; },
+         "the reply does not belong to this request: its --unit word is 9; expected 0"},
+        {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, 4); },
+         "the reply gives port 7 the unknown code 4"},
+        {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, FACMSG_PORT_RECEIVE_COUNT); },
+         "the reply contradicts itself: its result is 0 (passed), but 28 ports tested: 27 passed, 1 failed"},
+    };
+    for (const auto &[change, sentence] : cases) {
+        const finished end = fake_service(packet_reply(change)).run({"packet"});
+        EXPECT_EQ(end.code, 3);
+        EXPECT_EQ(end.err, who + "packet: " + sentence + "\n");
+        EXPECT_EQ(end.out.find("PASS  28"), std::string::npos);
+    }
+    const responder half = [](const std::string &, int) { return std::string(8, '\0'); };
+    EXPECT_EQ(fake_service(half).run({"packet"}).err,
+              who + "packet: the service took the request but did not answer with the expected 1052 bytes: it does not "
+                    "know or support request type 0, or it closed the connection early\n");
+}
+
+TEST(packet, ports_that_got_no_frames_do_not_pass)
+{
+    const fake_service service(packet_reply([](packet_test_record &reply) {
+        reply.result = FACMSG_PACKET_FAIL;
+        reply.port_count = 4;
+        for (const auto &[port, code] : {std::pair{2u, 6u}, {3u, 1u}, {4u, 7u}})
+            reply.port_results[port - 1] = FACMSG_PORT_RESULT(port, code);
+    }));
+    EXPECT_EQ(service.run({"packet", "--speed", "8", "--medium", "fiber"}),
+              (finished{1,
+                        "Packet test of unit 0: speed code 8, duplex 2, medium fiber\n\n"
+                        "port  verdict     code  reason\n"
+                        "   1  NO VERDICT     0  Not tested: another port refused its settings.\n"
+                        "   2  FAIL           6  The port refused speed code 8, duplex 2, medium fiber;\n"
+                        "                        expected it to accept. No frame was sent.\n"
+                        "   3  NO VERDICT     1  Not tested: another port refused its settings. Before\n"
+                        "                        that it had no link.\n"
+                        "   4  NO VERDICT     7  Not tested: another port refused its settings. Before\n"
+                        "                        that its status could not be read.\n\n"
+                        "FAIL  4 ports selected: 0 passed, 1 failed, 3 not tested\n",
+                        ""}));
+}
+
+TEST(packet, sentences_of_the_rarer_codes)
+{
+    const fake_service service(packet_reply([](packet_test_record &reply) {
+        reply.result = FACMSG_PACKET_FAIL;
+        reply.port_count = 2;
+        reply.port_results[0] = FACMSG_PORT_RESULT(1, FACMSG_PORT_TRANSMIT);
+        reply.port_results[1] = FACMSG_PORT_RESULT(256, FACMSG_PORT_NOT_STARTED);
+    }));
+    const auto ports = nlohmann::json::parse(service.run({"packet", "--json"}).out)["ports"];
+    EXPECT_EQ(ports[0]["reason"], "A test frame could not be sent; expected 500 frames to be sent and to come back.");
+    EXPECT_EQ(ports[1]["port"], 256);
+    EXPECT_EQ(ports[1]["reason"], "The test did not start: the port's status could not be read, the CPU address was "
+                                  "refused, or memory ran out; expected 500 frames to be sent and to come back.");
+}
+
+TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
+{
+    for (const int number : {SIGINT, SIGTERM}) {
+        std::promise<void> received;
+        const fake_service service([&](const std::string &, int connection) {
+            received.set_value();
+            char more;
+            EXPECT_EQ(recv(connection, &more, 1, 0), 0); /* until the station has gone */
+            return std::string();
+        });
+        int err[2];
+        ASSERT_EQ(pipe2(err, O_CLOEXEC), 0);
+        const pid_t pid = start(station({"packet", "--directory", service.folder.path}), STDOUT_FILENO, err[1]);
+        received.get_future().wait();
+        kill(pid, number);
+        EXPECT_EQ(wait_for(pid), 130);
+        char sentence[200] = "";
+        EXPECT_GT(read(err[0], sentence, sizeof(sentence) - 1), 0);
+        EXPECT_EQ(sentence, who + "packet: interrupted; the service goes on with the request it has begun\n");
+        close(err[0]);
+        close(err[1]);
+    }
+}
+
+TEST(terminal, progress_and_colour_only_where_they_can_be_seen)
+{
+    const std::string progress = "packet: 0 s elapsed, about 20 s expected, up to 160 s if ports fail";
+    const std::string green = "\033[32mPASS\033[0m  28 ports";
+    const auto shown = [](const words &options) {
+        const fake_service service(packet_reply([](auto &) {}));
+        words arguments{"packet", "--directory", service.folder.path};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return run_on_terminal(arguments).out;
+    };
+    unsetenv("NO_COLOR");
+    const std::string lively = shown({});
+    EXPECT_NE(lively.find(progress), std::string::npos) << lively;
+    EXPECT_NE(lively.find("\r\033[KPacket test of unit 0"), std::string::npos) << lively; /* the line is taken away */
+    EXPECT_NE(lively.find(green), std::string::npos) << lively;
+    setenv("NO_COLOR", "1", 1);
+    const std::string quiet = shown({"--no-progress"});
+    EXPECT_EQ(quiet.find('\033'), std::string::npos) << quiet;
+    EXPECT_NE(quiet.find("PASS  28 ports tested"), std::string::npos) << quiet;
+}
