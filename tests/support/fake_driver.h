@@ -20,10 +20,10 @@ struct fake_port {
     port_ability_row ability = {};
     port_status_row status = {0xA0, 1, 1, 0, 2, 0xA5}; /* what get_status reports once the link is up */
     uint32_t phy_id = 0;
-    int down_polls = 0;             /* status reads that still find the link down, or NEVER up */
-    std::function<int(int)> copies; /* copies of the nth frame (from 1) that come back; unset: 1 */
-    int delay_waits = 0;            /* waits that pass before a frame comes back */
-    int sent = 0;                   /* frames sent so far */
+    int down_polls = 0;                  /* status reads that still find the link down, or NEVER up */
+    std::function<int(int)> copies = {}; /* copies of the nth frame (from 1) that come back; unset: 1 */
+    int delay_waits = 0;                 /* waits that pass before a frame comes back */
+    int sent = 0;                        /* frames sent so far */
 };
 
 /* Makes calls of a slot fail. */

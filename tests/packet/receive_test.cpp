@@ -1,0 +1,182 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The receive hook: what is counted for whom, and which FPGA reply is kept. Cases that need free rows in the table need
+ * a fresh process.
+ */
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include "facmsg.h"
+
+static std::vector<uint8_t> frame_of_type(uint16_t type, size_t length = 64, uint8_t filler = 0x5A)
+{
+    std::vector<uint8_t> frame(std::max<size_t>(length, 14), filler);
+    frame[12] = static_cast<uint8_t>(type >> 8);
+    frame[13] = static_cast<uint8_t>(type);
+    frame.resize(length);
+    frame.shrink_to_fit(); /* so that a read behind its end is seen */
+    return frame;
+}
+
+static void receive(uint32_t phy_id, const std::vector<uint8_t> &frame)
+{
+    const pack_info info = {0, 0, phy_id};
+    vexa_recv_packet(&info, frame.data(), static_cast<uint32_t>(frame.size()));
+}
+
+static uint32_t count_of(uint32_t phy_id)
+{
+    uint32_t count = 0xDEAD;
+    EXPECT_EQ(vexa_get_recv_packet_number(phy_id, &count), 0);
+    return count;
+}
+
+static const auto TEST_FRAME = frame_of_type(0xF0F0);
+
+TEST(receive, counts_by_type_and_port)
+{
+    const struct {
+        uint16_t type;
+        size_t length;
+        uint32_t counted;
+    } cases[] = {
+        {0xF0F0, 64, 1}, {0x8906, 64, 1}, {0xF0F0, 14, 1}, {0xF0F0, 1518, 1}, {0xF0F1, 64, 0}, {0xF1F0, 64, 0},
+        {0x0689, 64, 0}, {0x8907, 64, 0}, {0xFFF9, 64, 0}, {0x0800, 64, 0},   {0xF0F0, 13, 0}, {0xF0F0, 1, 0},
+    };
+    for (const auto &c : cases) {
+        const uint32_t before = count_of(7);
+        receive(7, frame_of_type(c.type, c.length));
+        EXPECT_EQ(count_of(7), before + c.counted) << std::hex << c.type << std::dec << " " << c.length;
+    }
+    EXPECT_EQ(count_of(8), 0u);
+    for (const uint32_t phy_id : {0u, 0xFFFFFFFFu, 0x10007u}) {
+        receive(phy_id, TEST_FRAME);
+        EXPECT_EQ(count_of(phy_id), 1u);
+    }
+    const uint32_t before = count_of(7);
+    const pack_info info = {0xF0F0, 0xFFFF, 7};
+    vexa_recv_packet(nullptr, TEST_FRAME.data(), 64);
+    vexa_recv_packet(&info, nullptr, 64);
+    vexa_recv_packet(&info, TEST_FRAME.data(), 0);
+    EXPECT_EQ(count_of(7), before);
+}
+
+TEST(receive, keeps_the_latest_fpga_reply_alone)
+{
+    for (const size_t length : {200u, 128u, 40u, 14u, 127u}) {
+        const auto frame = frame_of_type(0xFFF9, length, static_cast<uint8_t>(length));
+        receive(9, frame);
+        std::array<uint8_t, 128> expected = {};
+        memcpy(expected.data(), frame.data(), std::min<size_t>(length, 128));
+        EXPECT_EQ(memcmp(get_fpga_data(), expected.data(), 128), 0) << length;
+        receive(9, frame_of_type(0xFFF9, 13));
+        receive(9, TEST_FRAME);
+        EXPECT_EQ(memcmp(get_fpga_data(), expected.data(), 128), 0) << length;
+    }
+}
+
+struct fresh_receive : testing::Test {
+    void SetUp() override
+    {
+        if (testing::UnitTest::GetInstance()->test_to_run_count() > 1)
+            GTEST_SKIP() << "needs a process of its own; ctest gives it one";
+    }
+};
+
+/* The table as one would write it down: 256 rows, claimed in order, looked through from the first. */
+struct naive_counters {
+    struct {
+        bool used;
+        uint32_t port, count;
+    } rows[256] = {};
+
+    void receive(uint32_t port)
+    {
+        for (auto &row : rows) {
+            if (!row.used)
+                row = {true, port, 0};
+            if (row.port == port) {
+                row.count++;
+                return;
+            }
+        }
+    }
+    uint32_t count_of(uint32_t port) const
+    {
+        for (const auto &row : rows)
+            if (row.used && row.port == port)
+                return row.count;
+        return 0;
+    }
+};
+
+TEST_F(fresh_receive, counts_like_a_table_of_256_rows)
+{
+    std::mt19937 random(1);
+    std::vector<uint32_t> ports = {0, 1, 0xFFFFFFFF};
+    for (uint32_t i = 0; i < 320; i++)
+        ports.push_back(i % 3 == 0 ? static_cast<uint32_t>(random()) : i % 3 == 1 ? 0x100 + i : i << 23);
+    std::shuffle(ports.begin(), ports.end(), random);
+    naive_counters model;
+    for (int step = 0; step < 20000; step++) {
+        const uint32_t port = ports[random() % (1 + static_cast<uint32_t>(step) / 50 % ports.size())];
+        receive(port, TEST_FRAME);
+        model.receive(port);
+        const uint32_t other = ports[random() % ports.size()];
+        ASSERT_EQ(count_of(other), model.count_of(other)) << other << " at step " << step;
+    }
+    for (const uint32_t port : ports)
+        EXPECT_EQ(count_of(port), model.count_of(port)) << port;
+    EXPECT_EQ(count_of(ports.back()), 0u) << "the table should have been full";
+}
+
+/* Several threads meet ports for the first time in the same moment, down to the last free row; no frame may be lost. */
+TEST_F(fresh_receive, loses_nothing_when_threads_race_for_the_first_row)
+{
+    constexpr uint32_t PORTS = 256, THREADS = 4, FRAMES = 3;
+    std::atomic<uint32_t> turn = 0;
+    const auto run = [&] {
+        for (uint32_t port = 0; port < PORTS; port++) {
+            turn++;
+            while (turn < (port + 1) * THREADS)
+                ;
+            for (uint32_t i = 0; i < FRAMES; i++)
+                receive(0x1000 + port, TEST_FRAME);
+        }
+    };
+    std::vector<std::thread> threads;
+    for (uint32_t i = 0; i < THREADS; i++)
+        threads.emplace_back(run);
+    for (auto &thread : threads)
+        thread.join();
+    for (uint32_t port = 0; port < PORTS; port++)
+        EXPECT_EQ(count_of(0x1000 + port), THREADS * FRAMES) << port;
+    receive(0x2000, TEST_FRAME);
+    EXPECT_EQ(count_of(0x2000), 0u) << "a port should have exactly one row";
+}
+
+TEST(receive, is_exact_on_two_threads)
+{
+    const struct {
+        uint32_t first, second;
+    } cases[] = {{0x40, 0x40}, {0x41, 0x42}};
+    for (const auto &c : cases) {
+        const uint32_t first = count_of(c.first), second = count_of(c.second);
+        const auto run = [](uint32_t phy_id) {
+            for (int i = 0; i < 50000; i++)
+                receive(phy_id, TEST_FRAME);
+        };
+        std::thread a(run, c.first), b(run, c.second);
+        a.join();
+        b.join();
+        const uint32_t each = c.first == c.second ? 100000 : 50000;
+        EXPECT_EQ(count_of(c.first) - first, each);
+        EXPECT_EQ(count_of(c.second) - second, each);
+    }
+}
