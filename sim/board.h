@@ -1,0 +1,68 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The simulated switch: ports, wires, fabric and CPU on one clock. Not safe for several threads; a runner sees to that.
+ */
+#ifndef SIM_BOARD_H
+#define SIM_BOARD_H
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "board_config.h"
+#include "call_faults.h"
+#include "cpu.h"
+#include "event_clock.h"
+#include "fabric.h"
+#include "port.h"
+#include "wire.h"
+
+namespace sim
+{
+
+class board
+{
+  public:
+    /* Powers up the board and lets its boot time pass. */
+    explicit board(board_config config);
+    board(const board &) = delete;
+    board &operator=(const board &) = delete;
+
+    const board_config &config() const
+    {
+        return config_;
+    }
+
+    /* A port by number, by phy id; null when there is none. */
+    port *find_port(uint32_t number);
+    port *find_phy(uint32_t phy_id);
+
+    /* A change of mode or of the switch restarts the link; set_status is false when the port cannot do what is wanted.
+     */
+    bool set_status(port &changed, const port_status_row &wanted);
+    void switch_port(port &changed, bool on);
+
+    /* Sends a frame from the CPU out of a port. A port without link takes it and loses it, as hardware does. */
+    void transmit(port &out, std::span<const uint8_t> bytes);
+
+    event_clock clock;
+    sim::cpu cpu;
+    sim::fabric fabric;
+    call_faults calls;
+    bool factory_mode = false;
+    int32_t port_debug_level = 0;
+    int32_t poe_debug_level = 0;
+
+  private:
+    void connect(uint32_t number_a, uint32_t number_b);
+    void restart_link(const port &changed);
+
+    const board_config config_;
+    std::map<uint32_t, port> ports_; /* by number */
+    std::vector<std::unique_ptr<wire>> wires_;
+    std::map<uint32_t, wire *> wire_of_; /* by port number; none for an empty socket */
+};
+
+} // namespace sim
+
+#endif

@@ -1,0 +1,116 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Reads a board file: the board as a whole, its cables and plugs.
+ */
+#include "board_file.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include "board_sections.h"
+
+namespace sim
+{
+
+static constexpr int DEEPEST_BASE = 8;
+
+static board_config load(const std::string &path, int depth);
+
+static board_config base_of(const toml_reader &reader, const std::string &path, int depth)
+{
+    const auto base = reader.text("base");
+    if (!base)
+        return {};
+    if (depth >= DEEPEST_BASE)
+        reader.fail("base", fmt::format("base is \"{}\", expected at most {} boards on top of each other", *base,
+                                        DEEPEST_BASE));
+    const auto base_path = std::filesystem::path(path).parent_path() / *base;
+    if (!std::filesystem::is_regular_file(base_path))
+        reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one", *base));
+    return load(base_path.string(), depth + 1);
+}
+
+static void read_head(const toml_reader &reader, board_config &board)
+{
+    board.name = reader.text("name").value_or(board.name);
+    board.description = reader.text("description").value_or(board.description);
+    board.rate_divisor = reader.word("rate_divisor", {1, 1000000}, board.rate_divisor);
+    board.min_wire_mbps = reader.word("min_wire_mbps", {1, 10000}, board.min_wire_mbps);
+    board.cpu_frame_us = reader.word("cpu_frame_us", {1, 1000000}, board.cpu_frame_us);
+    board.boot_ms = reader.word("boot_ms", {0, 3600000}, board.boot_ms);
+}
+
+/* Adds a cable, or a plug when a and b are the same. */
+static void add_cable(const toml_reader &reader, std::string_view key, board_config &board, uint32_t a, uint32_t b)
+{
+    for (const auto number : {a, b}) {
+        if (!board.ports.count(number))
+            reader.fail(key, fmt::format("{} names port {}, expected a port of the board", key, number));
+        for (const auto &[one, other] : board.cables) {
+            if (number == one || number == other)
+                reader.fail(key, fmt::format("{} names port {}, which is cabled already, expected a port without cable "
+                                             "or plug",
+                                             key, number));
+        }
+    }
+    board.cables.emplace_back(a, b);
+}
+
+static void read_cables(const toml_reader &reader, board_config &board)
+{
+    reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { add_cable(reader, "cables", board, a, b); });
+    for (const auto number : reader.ports("plugs"))
+        add_cable(reader, "plugs", board, number, number);
+}
+
+static board_config read_board(const toml::table &table, const std::string &path, int depth)
+{
+    const toml_reader reader(path, table,
+                             {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us", "boot_ms",
+                              "ports", "cables", "plugs", "faults"});
+    auto board = base_of(reader, path, depth);
+    read_head(reader, board);
+    reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
+    if (board.ports.empty())
+        reader.fail("ports", "the board has no ports, expected [[ports]] tables");
+    read_cables(reader, board);
+    reader.for_each_table("faults", [&](const auto &entry) { read_fault(path, entry, board); });
+    return board;
+}
+
+static board_config parse(std::string_view text, const std::string &path, int depth)
+{
+    toml::table table;
+    try {
+        table = toml::parse(text, path);
+    } catch (const toml::parse_error &error) {
+        const auto at = error.source().begin;
+        throw board_error(fmt::format("{}:{}:{}: {}", path, at.line, at.column, error.description()));
+    }
+    return read_board(table, path, depth);
+}
+
+static board_config load(const std::string &path, int depth)
+{
+    std::ifstream file(path);
+    std::ostringstream text;
+    if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
+        throw board_error(fmt::format("{}:1:1: found no readable text, expected a board file", path));
+    return parse(text.str(), path, depth);
+}
+
+board_config load_board(const std::string &path)
+{
+    return load(path, 0);
+}
+
+board_config parse_board(std::string_view text, const std::string &path)
+{
+    return parse(text, path, 0);
+}
+
+} // namespace sim

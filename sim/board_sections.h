@@ -1,0 +1,23 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The sections of a board file that have files of their own. Each adds one table to the board read so far and throws
+ * board_error when it does not fit.
+ */
+#ifndef SIM_BOARD_SECTIONS_H
+#define SIM_BOARD_SECTIONS_H
+
+#include "board_config.h"
+#include "toml_reader.h"
+
+namespace sim
+{
+
+/* One [[ports]] table: ports that are alike. */
+void read_ports(const std::string &file, const toml::table &table, board_config &board);
+
+/* One [[faults]] table. */
+void read_fault(const std::string &file, const toml::table &table, board_config &board);
+
+} // namespace sim
+
+#endif

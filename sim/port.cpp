@@ -1,0 +1,59 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * One port: what it can do, how it is set, what it has counted.
+ */
+#include "port.h"
+
+#include "ability.h"
+
+namespace sim
+{
+
+port::port(const port_config &config)
+    : config_(config), medium_(config.medium), modes_(config.modes), host_word_0_(config.host_word_0),
+      host_word_5_(config.host_word_5)
+{
+}
+
+port_status_row port::status() const
+{
+    const auto &mode = modes_[medium_];
+    return {host_word_0_, link ? 1u : 0u, mode.speed, medium_, mode.duplex, host_word_5_};
+}
+
+bool port::set_status(const port_status_row &wanted)
+{
+    const bool combo = config_.ability.copper && config_.ability.fiber;
+    const auto medium = combo ? wanted.medium : medium_;
+    if (medium > FACMSG_MEDIUM_FIBER)
+        return false;
+    const bool medium_only = medium != medium_ && wanted.speed == speed() && wanted.duplex == modes_[medium_].duplex;
+    const auto mode = medium_only ? modes_[medium] : port_mode{wanted.speed, wanted.duplex};
+    if (!ability_allows(ability_word(medium), mode.speed, mode.duplex))
+        return false;
+    medium_ = medium;
+    modes_[medium] = mode;
+    host_word_0_ = wanted.host_word_0;
+    host_word_5_ = wanted.host_word_5;
+    return true;
+}
+
+/* Whether the fault that strikes every n-th frame strikes this one. */
+static bool strikes(uint32_t every, uint64_t count)
+{
+    return every && count % every == 0;
+}
+
+bool port::take_in(frame &arrived)
+{
+    ++arrivals_;
+    if (strikes(config_.faults.lose_every, arrivals_))
+        return false;
+    if (strikes(config_.faults.damage_every, arrivals_))
+        arrived.damaged = true;
+    if (!config_.faults.stuck_counter)
+        ++counters.in_pkts;
+    return true;
+}
+
+} // namespace sim

@@ -1,0 +1,72 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Reads checked values out of a TOML table. Whatever is wrong ends in a board_error that says where, what was found and
+ * what was expected.
+ */
+#ifndef SIM_TOML_READER_H
+#define SIM_TOML_READER_H
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <toml++/toml.h>
+
+namespace sim
+{
+
+/* what() is one line "file:line:column: what was found, what was expected". */
+struct board_error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/* The lowest and highest number that a key takes. */
+struct number_range {
+    int64_t lowest;
+    int64_t highest;
+};
+constexpr number_range ANY_WORD = {0, UINT32_MAX};
+
+class toml_reader
+{
+  public:
+    /* Refuses keys of the table that are not among the known ones. */
+    toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known);
+
+    bool has(std::string_view key) const;
+
+    /* The value of a key; nothing, or the fallback, when the key is not there. */
+    std::optional<int64_t> number(std::string_view key, number_range range) const;
+    uint32_t word(std::string_view key, number_range range, uint32_t fallback) const;
+    std::optional<std::string> text(std::string_view key) const;
+    std::optional<std::string> one_of(std::string_view key, const std::vector<std::string_view> &names) const;
+    std::vector<std::string> some_of(std::string_view key, const std::vector<std::string_view> &names) const;
+
+    /* Ports: a number or a string such as "1-4,7". Empty when the key is not there. */
+    std::vector<uint32_t> ports(std::string_view key) const;
+
+    /* The entries of an array of tables, and of an array of pairs of ports; none when the key is not there. */
+    void for_each_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;
+    void for_each_pair(std::string_view key, const std::function<void(uint32_t, uint32_t)> &use) const;
+
+    /* Complains about a key's value, or about the whole table when the key is not there. */
+    [[noreturn]] void fail(std::string_view key, const std::string &message) const;
+
+  private:
+    const toml::array *array(std::string_view key, std::string_view expected) const;
+    [[noreturn]] void fail_at(const toml::node &node, const std::string &message) const;
+    std::string name_from(const toml::node &node, std::string_view key,
+                          const std::vector<std::string_view> &names) const;
+    uint32_t port_from(const toml::node &node) const;
+
+    const std::string &file_;
+    const toml::table &table_;
+};
+
+} // namespace sim
+
+#endif
