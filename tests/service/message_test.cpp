@@ -76,7 +76,7 @@ TEST(message, written_in_part_fails)
 
 TEST(message, without_memory_fails_whatever_its_size)
 {
-    enter_temporary_folder();
+    const side_folder folder;
     const int listener = factory_ssa_lib_socket_create(); /* for the client to connect to */
     for (const uint32_t size : {1u, 0xFFFFFFF8u, 0xFFFFFFFFu}) {
         char payload[1];
@@ -138,7 +138,7 @@ TEST(client, takes_a_reply_of_the_request_s_size)
         {"not waited for", frame(9, 4, "WXYZ"), 0, -1, "abcd", TIMEOUT, 0},
         {"not waited for, negative", frame(9, 4, "WXYZ"), -1, -1, "abcd", TIMEOUT, 0},
     };
-    enter_temporary_folder();
+    const side_folder folder;
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         trace_clear();
@@ -180,7 +180,7 @@ TEST(client, needs_a_service_in_its_own_folder)
 
 TEST(client, traces_the_request_it_sends)
 {
-    enter_temporary_folder();
+    const side_folder folder;
     scripted_server server(frame(9, 4, "WXYZ"));
     char payload[] = "abcd";
     const log_capture log(2);

@@ -162,7 +162,7 @@ TEST_F(requests, are_only_for_the_owner)
 
 TEST(service_socket, replaces_the_file_of_an_earlier_run)
 {
-    enter_temporary_folder();
+    const side_folder folder;
     const int first = factory_ssa_lib_socket_create();
     const int second = factory_ssa_lib_socket_create();
     request_client client;
@@ -182,7 +182,7 @@ TEST(service_socket, says_why_it_cannot_be_created)
         {"bind", op + "bind socket" + path + " fail, errno=Address already in use\n"},
         {"listen", op + "listen socket" + path + " fail, errno=Address already in use\n"},
     };
-    enter_temporary_folder();
+    const side_folder folder;
     const int descriptors = open_descriptors();
     for (const auto &c : cases) {
         for (const int level : {0, 1}) {

@@ -34,6 +34,20 @@ void enter_temporary_folder()
     (void)removed;
 }
 
+side_folder::side_folder()
+{
+    enter_temporary_folder();
+    if (mkdir("side", 0700) != 0 || chdir("side") != 0 || mkdir("tmp", 0700) != 0)
+        abort();
+}
+
+side_folder::~side_folder()
+{
+    unlink(FACMSG_SOCKET_PATH);
+    if (rmdir("tmp") != 0 || chdir("..") != 0 || rmdir("side") != 0)
+        abort();
+}
+
 bool wait_for_service()
 {
     for (int tries = 0; tries < 1000; tries++) {

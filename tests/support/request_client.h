@@ -21,6 +21,13 @@ template <class Record> std::string bytes_of(const Record &record)
 /* Goes to a new folder that has a tmp/ in it; the process's first call only. */
 void enter_temporary_folder();
 
+/* Another such folder, for a test that binds the service's path itself; back at the end. */
+struct side_folder {
+    side_folder();
+    ~side_folder();
+    side_folder(const side_folder &) = delete;
+};
+
 /* In such a folder: registers the fake driver's table and waits until the service answers. First call only. */
 void start_service();
 bool wait_for_service();
