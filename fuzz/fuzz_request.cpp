@@ -1,0 +1,49 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Any bytes as a connection to the service: received, dispatched and run against a small host. Every connection gets at
+ * most one reply, and that is whole.
+ */
+#include <cstdlib>
+#include <cstring>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "facmsg.h"
+#include "service/server_lib.h"
+#include "small_host.h"
+
+static void check_reply(int fd)
+{
+    static char reply[2 * FACMSG_BUFFER_SIZE];
+    size_t size = 0;
+    for (ssize_t got; (got = read(fd, reply + size, sizeof(reply) - size)) > 0;)
+        size += static_cast<size_t>(got);
+    facmsg_header header = {};
+    memcpy(&header, reply, sizeof(header));
+    if (size != 0 && (size < sizeof(header) || size != sizeof(header) + header.payload_size))
+        abort();
+}
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    facmsg_server_buf = static_cast<uint8_t *>(malloc(FACMSG_BUFFER_SIZE));
+    small_host_start();
+    return facmsg_server_buf == nullptr;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
+{
+    int ends[2];
+    if (size > 2 * FACMSG_BUFFER_SIZE || socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
+        return -1;
+    small_host_reset();
+    memset(facmsg_server_buf, 0, FACMSG_BUFFER_SIZE);
+    if (send(ends[0], bytes, size, MSG_NOSIGNAL) != static_cast<ssize_t>(size))
+        abort();
+    shutdown(ends[0], SHUT_WR);
+    facmsg_server_recv(ends[1]);
+    close(ends[1]);
+    check_reply(ends[0]);
+    close(ends[0]);
+    return 0;
+}
