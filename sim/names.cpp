@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Finds the name that a user probably meant.
+ * Answers a name that nobody knows with the one that was probably meant.
  */
 #include "names.h"
 
@@ -28,7 +28,8 @@ static size_t edit_distance(std::string_view a, std::string_view b)
     return row.back();
 }
 
-std::string did_you_mean(std::string_view given, const std::vector<std::string_view> &known)
+/* The known name most like the given one; empty when none is similar. */
+static std::string_view nearest(std::string_view given, const std::vector<std::string_view> &known)
 {
     std::string_view best;
     size_t best_distance = given.size() / 3 + 2;
@@ -39,7 +40,14 @@ std::string did_you_mean(std::string_view given, const std::vector<std::string_v
             best = name;
         }
     }
-    return best.empty() ? "" : fmt::format(", did you mean {}?", best);
+    return best;
+}
+
+std::string expected_one_of(std::string_view given, const std::vector<std::string_view> &known)
+{
+    const auto best = nearest(given, known);
+    const auto start = best.empty() ? ", expected" : fmt::format(", did you mean {}? Expected", best);
+    return fmt::format("{} one of {}", start, joined(known));
 }
 
 std::string joined(const std::vector<std::string_view> &names)

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Finds the name that a user probably meant.
+ * Answers a name that nobody knows with the one that was probably meant.
  */
 #ifndef SIM_NAMES_H
 #define SIM_NAMES_H
@@ -12,8 +12,9 @@
 namespace sim
 {
 
-/* ", did you mean X?" with the most similar of the known names; empty when none is similar. */
-std::string did_you_mean(std::string_view given, const std::vector<std::string_view> &known);
+/* What to say behind a name that is not among the known ones: ", did you mean X? Expected one of ..." or, when none is
+ * similar, ", expected one of ...". */
+std::string expected_one_of(std::string_view given, const std::vector<std::string_view> &known);
 
 /* The names with commas between them. */
 std::string joined(const std::vector<std::string_view> &names);

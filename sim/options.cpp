@@ -42,8 +42,7 @@ static void check_slots(const std::vector<std::string> &dropped)
     const auto &known = slot_names();
     for (const auto &name : dropped) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            throw usage_error(fmt::format("--drop-slot: found {}{} expected one of {}", name, did_you_mean(name, known),
-                                          joined(known)));
+            throw usage_error(fmt::format("--drop-slot: found {}{}", name, expected_one_of(name, known)));
     }
 }
 
@@ -104,8 +103,8 @@ std::string find_board(const options &options)
     const auto names = board_names(options.boards_dir);
     const std::vector<std::string_view> known(names.begin(), names.end());
     if (std::find(names.begin(), names.end(), options.board) == names.end())
-        throw usage_error(fmt::format("--board: found {}{} expected a .toml file or a board in {}: {}", options.board,
-                                      did_you_mean(options.board, known), options.boards_dir, joined(known)));
+        throw usage_error(fmt::format("--board: found {}{} of {}, or a .toml file", options.board,
+                                      expected_one_of(options.board, known), options.boards_dir));
     return (fs::path(options.boards_dir) / (options.board + ".toml")).string();
 }
 

@@ -35,8 +35,7 @@ toml_reader::toml_reader(const std::string &file, const toml::table &table, cons
 {
     for (const auto &[key, value] : table_) {
         if (std::find(known.begin(), known.end(), key.str()) == known.end())
-            fail_at(value, fmt::format("unknown key {}{} expected one of {}", key.str(), did_you_mean(key.str(), known),
-                                       joined(known)));
+            fail_at(value, fmt::format("unknown key {}{}", key.str(), expected_one_of(key.str(), known)));
     }
 }
 
@@ -91,8 +90,7 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
     if (!text)
         fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), joined(names)));
     if (std::find(names.begin(), names.end(), text->get()) == names.end())
-        fail_at(node, fmt::format("{} is {}{} expected one of {}", key, shown(node), did_you_mean(text->get(), names),
-                                  joined(names)));
+        fail_at(node, fmt::format("{} is {}{}", key, shown(node), expected_one_of(text->get(), names)));
     return text->get();
 }
 
