@@ -205,15 +205,22 @@ static entry<Name, Port, P...> entry_for(int (*)(board &, P...))
     return {};
 }
 
+template <slot_name Name, port_parameter Port, auto Member, auto Function> static void fill(vexa_diag_drv &table)
+{
+    table.*Member = decltype(entry_for<Name, Port>(Function))::template call<Function>;
+}
+
 struct slot_row {
     std::string_view name;
     void (*fill)(vexa_diag_drv &table);
 };
 
-#define SLOT(name, port)                                                                                      \
-    {                                                                                                         \
-#name, [](vexa_diag_drv & table) { table.name = decltype(entry_for<#name, port>(name))::call<name>; } \
-    }
+template <slot_name Name, port_parameter Port, auto Member, auto Function> static constexpr slot_row row()
+{
+    return {Name.text, fill<Name, Port, Member, Function>};
+}
+
+#define SLOT(name, port) row<#name, port, &vexa_diag_drv::name, name>()
 
 static constexpr slot_row SLOTS[] = {
     SLOT(get_status, SECOND),       SLOT(set_status, SECOND),         SLOT(get_ability, SECOND),
