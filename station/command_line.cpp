@@ -41,12 +41,12 @@ static void add_option(CLI::App &sub, request &sent, const option &field)
         added->default_str(field.choices.empty() ? std::to_string(field.initial)
                                                  : name_of(field.choices, static_cast<uint32_t>(field.initial)));
     if (field.values == arity::one)
-        added->type_name(allowed_values(field));
+        added->type_name("VALUE")->description(fmt::format("{} ({})", field.help, allowed_values(field)));
 }
 
 static void add_globals(CLI::App &app, settings &chosen)
 {
-    app.add_option("--directory", chosen.directory, "working directory of the host, where its socket is")
+    app.add_option("--directory", chosen.directory, "working directory of the host")
         ->type_name("DIR")
         ->capture_default_str();
     app.add_flag("--json", chosen.json, "print one JSON object instead of a table")->disable_flag_override();
@@ -96,6 +96,8 @@ invocation read_command_line(int argc, char **argv)
 {
     invocation call{};
     CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
+    app.get_formatter()->column_width(26);
+    app.footer("Exit codes: 0 passed, 1 the unit failed, 2 wrong command line, 3 no verdict,\n130 interrupted.");
     app.fallthrough();
     app.allow_extras();
     app.require_subcommand(0, 1);

@@ -37,11 +37,11 @@ static void set_size(request &sent, const option &field, const std::string &valu
 
 static constexpr std::array<option, 3> options{{
     {.name = "TYPE", .help = "request type", .set = set_type},
-    {.name = "HEX", .help = "payload in hexadecimal; blanks are allowed", .values = arity::any, .set = set_payload},
-    {.name = "--size",
-     .help = "fill the payload up with zeros to this size, which must be the reply's",
-     .most = FACMSG_MAX_PAYLOAD,
-     .set = set_size},
+    {.name = "HEX",
+     .help = "payload, pairs of hexadecimal digits, blanks allowed",
+     .values = arity::any,
+     .set = set_payload},
+    {.name = "--size", .help = "zeros up to this size, the reply's", .most = FACMSG_MAX_PAYLOAD, .set = set_size},
 }};
 
 constinit const std::span<const option> raw_options{options};

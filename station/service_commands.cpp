@@ -12,7 +12,7 @@ namespace station
 
 static constexpr std::array<option, 1> options{{
     {.name = "LEVEL",
-     .help = "0 is silent, 1 shows errors, 2 also traces",
+     .help = "0 silent, 1 errors, 2 also traces",
      .offset = offsetof(debug_level_record, level),
      .least = std::numeric_limits<int32_t>::min(),
      .most = std::numeric_limits<int32_t>::max()},

@@ -35,9 +35,9 @@ static std::string table(const std::string &settings, const std::map<int, std::s
 }
 
 static const std::map<int, std::string> faulty_rows{
-    {7, "  FAIL           1  No link at the last check; expected a link. No frame was\n"
-        "                        sent."},
-    {12, "  FAIL           3  The count of frames that came back was not 500 after the\n"
+    {13, "  FAIL           1  No link at the last check; expected a link. No frame was\n"
+         "                        sent."},
+    {20, "  FAIL           3  The count of frames that came back was not 500 after the\n"
          "                        wait, or could not be read; expected exactly 500."}};
 
 TEST(packet, healthy_board_passes)
@@ -45,10 +45,10 @@ TEST(packet, healthy_board_passes)
     const simulated_switch healthy("healthy-28");
     EXPECT_EQ(healthy.run({"packet", "--any-speed"}),
               (finished{0, table("any speed", {}, "PASS  28 ports tested: 28 passed, 0 failed\n"), ""}));
-    EXPECT_EQ(healthy.run({"packet", "--speed", "5G"}),
+    EXPECT_EQ(healthy.run({"packet", "--speed", "10G"}),
               (finished{3, "",
                         who + "packet: the test is not possible (result 8): the host lacks a driver function, the "
-                              "medium or duplex is not valid, or no port can do what was asked for (speed 5G, duplex "
+                              "medium or duplex is not valid, or no port can do what was asked for (speed 10G, duplex "
                               "2, medium copper)\n"}));
 }
 
@@ -75,7 +75,7 @@ TEST(packet, json_says_the_same)
                                     {"verdict", "FAIL"},
                                     {"exit_code", 1},
                                     {"summary", "28 ports tested: 26 passed, 2 failed"}};
-    const std::map<int, std::pair<int, std::string>> failing{{7, {1, no_link}}, {12, {3, wrong_count}}};
+    const std::map<int, std::pair<int, std::string>> failing{{13, {1, no_link}}, {20, {3, wrong_count}}};
     for (int port = 1; port <= 28; port++) {
         const auto [code, reason] = failing.contains(port) ? failing.at(port) : std::pair{0, std::string()};
         expected["ports"].push_back(
