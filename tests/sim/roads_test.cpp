@@ -9,6 +9,20 @@
 using namespace sim;
 using counts = std::map<uint32_t, size_t>;
 
+TEST(event_clock, keeps_order_at_equal_times)
+{
+    event_clock clock;
+    std::string order;
+    clock.after(5, [&] { order += 'b'; });
+    clock.after(1, [&] {
+        order += 'a';
+        clock.after(4, [&] { order += 'd'; });
+    });
+    clock.after(5, [&] { order += 'c'; });
+    clock.run_until(5);
+    EXPECT_EQ(order, "abcd");
+}
+
 struct link_case {
     const char *name;
     std::string faults;
@@ -73,6 +87,15 @@ TEST(link, combo_port_keeps_a_mode_per_medium)
     }
 }
 
+TEST(link, needs_one_medium_at_both_ends)
+{
+    board mixed(parse_board("cables = [[1, 2]]\n[[ports]]\nports = 1\ncopper_speeds = [\"1G\"]\n"
+                            "[[ports]]\nports = 2\nfiber_speeds = [\"1G\"]\n",
+                            "b"));
+    mixed.clock.run_until(10000 * MS);
+    EXPECT_FALSE(mixed.find_port(1)->link);
+}
+
 struct road_case {
     const char *name;
     std::string faults;
@@ -124,6 +147,8 @@ TEST(road, takes_its_time_and_breaks_with_the_link)
     test_bench bench;
     bench.pass_ms(300);
     bench.send(3, 10);
+    bench.board->clock.run_until(300 * MS + 121);
+    EXPECT_EQ(bench.received(), counts()) << "not before the last bit";
     bench.board->clock.run_until(300 * MS + 1215);
     EXPECT_EQ(bench.received(), (counts{{0x103, 9}}));
     bench.board->clock.run_until(300 * MS + 1216);
