@@ -80,6 +80,7 @@ TEST_F(registration, keeps_the_first_function_of_each_slot)
 
     EXPECT_EQ(vexa_ssa_regitser_interface(&ends), 0);
     EXPECT_EQ(log.text(), mounted(175) + mounted(0) + mounted(3) + mounted(175) + mounted(216));
+    EXPECT_TRUE(wait_for_service());
 }
 
 TEST_F(registration, takes_a_table_at_any_address)
@@ -87,6 +88,7 @@ TEST_F(registration, takes_a_table_at_any_address)
     char bytes[sizeof(table) + 1];
     memcpy(bytes + 1, &table, sizeof(table));
     EXPECT_EQ(vexa_ssa_regitser_interface(reinterpret_cast<const vexa_diag_drv *>(bytes + 1)), 0);
+    ASSERT_TRUE(wait_for_service());
     EXPECT_TRUE(library_table_is(table));
 }
 

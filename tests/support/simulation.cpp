@@ -20,12 +20,12 @@ static std::atomic<uint64_t> clock_us = 1000000;
 static thread_local int allocations_until_failure;
 static thread_local size_t failed_size;
 static std::mutex mutex;
-static std::map<std::string, int> failures;
+static auto &failures = *new std::map<std::string, int>; /* the server thread may outlive main */
 
 namespace simulation
 {
 
-std::function<void()> on_wait;
+std::function<void()> &on_wait = *new std::function<void()>;
 
 uint64_t now_us()
 {

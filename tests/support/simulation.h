@@ -18,7 +18,7 @@ namespace simulation
 uint64_t now_us();
 
 /* Called in every wait, on the waiting thread. Set it while nothing waits. */
-extern std::function<void()> on_wait;
+extern std::function<void()> &on_wait;
 
 /* The calling thread's nth allocation from now on fails (the first is 1); 0 takes the order back. */
 void fail_allocation(int nth);

@@ -9,7 +9,7 @@
 #include <vector>
 
 static std::mutex mutex;
-static std::vector<std::pair<std::string, int>> lines;
+static auto &lines = *new std::vector<std::pair<std::string, int>>; /* the server thread may outlive main */
 
 void trace_add(const std::string &line)
 {
