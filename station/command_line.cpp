@@ -5,7 +5,6 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <deque>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -53,13 +52,13 @@ static void add_globals(CLI::App &app, settings &chosen)
     app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
 }
 
+/* The row of the subcommand that was given, or null. */
 static const command *find_row(const CLI::App &app)
 {
-    const auto subs = app.get_subcommands();
-    if (subs.empty())
-        return nullptr;
-    const auto named = [&](const command &row) { return subs.front()->get_name() == row.name; };
-    return std::ranges::find_if(commands(), named).base();
+    for (const command &row : commands())
+        if (app.got_subcommand(row.name))
+            return &row;
+    return nullptr;
 }
 
 /* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
