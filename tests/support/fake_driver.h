@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "facmsg.h"
@@ -28,9 +29,9 @@ struct fake_port {
 
 /* Makes calls of a slot fail. */
 struct fake_failure {
-    std::string slot;
-    uint32_t port = 0; /* only this port's calls; 0: any */
-    int nth = 0;       /* only the nth such call from now on; 0: every one */
+    std::string_view slot; /* its name; a literal */
+    uint32_t port = 0;     /* only this port's calls; 0: any */
+    int nth = 0;           /* only the nth such call from now on; 0: every one */
     int value = -1;
     int seen = 0;
 };
