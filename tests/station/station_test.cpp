@@ -282,6 +282,7 @@ TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
         int err[2];
         ASSERT_EQ(pipe2(err, O_CLOEXEC), 0);
         const pid_t pid = start(station({"packet", "--directory", service.folder.path}), STDOUT_FILENO, err[1]);
+        close(err[1]); /* so that reading ends with the station */
         received.get_future().wait();
         kill(pid, number);
         EXPECT_EQ(wait_for(pid), 130);
@@ -289,7 +290,6 @@ TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
         EXPECT_GT(read(err[0], sentence, sizeof(sentence) - 1), 0);
         EXPECT_EQ(sentence, who + "packet: interrupted; the service goes on with the request it has begun\n");
         close(err[0]);
-        close(err[1]);
     }
 }
 
