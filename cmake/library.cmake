@@ -7,9 +7,13 @@ add_library(facmsg_objects OBJECT
     packet/receive.cpp
     packet/transmit.cpp
     packet/port_link.cpp
+    packet/fpga.cpp
     port_tests/port_scan.cpp
     port_tests/port_test.cpp
-    port_tests/packet_test.cpp)
+    port_tests/packet_test.cpp
+    port_tests/switch_test.cpp
+    port_tests/broadcast_test.cpp
+    port_tests/fpga_test.cpp)
 target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong)

@@ -87,11 +87,38 @@ FACMSG_API int facmsg_poe_debug_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_port_debug_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_enter_factory_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_packet_test_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_pbox_packet_test_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_1g_10g_switch_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_10g_40g_switch_fun(int fd, struct facmsg_request *request); /* returns 0 without a reply */
+FACMSG_API int facmsg_fc_ether_switch_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_copper_fiber_switch_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_port_broadcast_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_fpga_write_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_fpga_read_fun(int fd, struct facmsg_request *request);
 
 /* ---- Helpers ---- */
 
 /* Writes value into the first count entries of states; none when count is not above 0. */
 FACMSG_API void platform_set_port_status(uint32_t *states, int count, uint32_t value);
+
+/* ---- FPGA ----
+ *
+ * Access to the FPGA through request and reply frames. fpga_port is 1 or 2; product_id tells which switch ports these
+ * are: 61 and 62 for FACMSG_PRODUCT_48GT, 37 and 38 for every other. Only whole 32-bit words are moved. They wait for
+ * the reply, 200 ms after a write and 50 ms after a read, and must not overlap each other or a request. -1, after an
+ * error line, when an argument is out of range or the request could not be sent. */
+#define FACMSG_PRODUCT_48GT UINT32_C(0x4A1C0027)
+
+/* Writes length bytes (at most 32). Done once the request is sent: the reply is not examined. */
+FACMSG_API int vexa_fpga_buf_write(uint32_t fpga_port, uint32_t address, const void *data, uint32_t length,
+                                   uint32_t product_id);
+
+/* Reads length bytes (at most 100). Without a reply in time the data is zero, and the result still 0. */
+FACMSG_API int vexa_fpga_buf_read(uint32_t fpga_port, uint32_t address, void *data, uint32_t length,
+                                  uint32_t product_id);
+
+/* Traces bytes in hexadecimal, 16 a line. Prints nothing unless facmsg_dbg is above 1. */
+FACMSG_API void vexa_fpga_pkt_print(const void *bytes, uint32_t count);
 
 #ifdef __cplusplus
 }

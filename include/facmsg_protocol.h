@@ -76,12 +76,14 @@ enum facmsg_reply_type {
 
 /* Per-port codes that the port tests share. */
 enum facmsg_port_code {
-    FACMSG_PORT_OK = 0,            /* link up, frames sent, or passed */
-    FACMSG_PORT_NO_LINK = 1,       /* no link; the port was skipped */
-    FACMSG_PORT_TRANSMIT = 2,      /* a frame could not be sent */
-    FACMSG_PORT_RECEIVE_COUNT = 3, /* wrong receive count, or no phy id to read it by */
-    FACMSG_PORT_SET_STATUS = 6,    /* the speed, medium or duplex was refused */
-    FACMSG_PORT_NOT_STARTED = 7    /* link state unreadable, or the test could not start */
+    FACMSG_PORT_OK = 0,             /* link up, frames sent, or passed */
+    FACMSG_PORT_NO_LINK = 1,        /* no link; the port was skipped */
+    FACMSG_PORT_TRANSMIT = 2,       /* a frame could not be sent */
+    FACMSG_PORT_RECEIVE_COUNT = 3,  /* wrong receive count, or no phy id to read it by */
+    FACMSG_PORT_MEDIUM = 4,         /* the medium could not be read or switched */
+    FACMSG_PORT_SET_STATUS = 6,     /* the speed, medium or duplex was refused */
+    FACMSG_PORT_NOT_STARTED = 7,    /* link state unreadable, or the test could not start */
+    FACMSG_PORT_FCS_UNREADABLE = 11 /* the FCS error counter could not be read */
 };
 
 /* 7 FACMSG_MSG_DEBUG, 8 FACMSG_POE_DEBUG, 9 FACMSG_PORT_DEBUG: 8 bytes. */
@@ -95,7 +97,8 @@ struct enter_factory_record {
     int32_t status; /* out: 0 done, -1 the driver lacks the function or refused */
 };
 
-/* 0 FACMSG_PACKET_TEST: 1052 bytes. */
+/* 0 FACMSG_PACKET_TEST and 20 FACMSG_PBOX_PACKET_TEST: 1052 bytes. The test box takes, at a requested speed, only the
+ * ports that have FACMSG_ABILITY_HPOE in the word of the requested medium. */
 enum facmsg_packet_result {
     FACMSG_PACKET_PASS = 0,
     FACMSG_PACKET_FAIL = 1,
@@ -112,6 +115,58 @@ struct packet_test_record {
     uint32_t port_count; /* out: ports tested; written when there is at least one */
     uint32_t port_results[FACMSG_MAX_PORTS]; /* out: FACMSG_PORT_RESULT words, port_count of them, ports ascending;
                                               * the codes are enum facmsg_port_code */
+};
+
+/* 1 FACMSG_1G_10G_SWITCH, 3 FACMSG_FC_ETHER_SWITCH, 4 FACMSG_COPPER_FIBER_SWITCH: 1040 bytes. */
+enum facmsg_switch_result {
+    FACMSG_SWITCH_PASS = 0,
+    FACMSG_SWITCH_FAIL = 1,        /* a port failed */
+    FACMSG_SWITCH_NOT_POSSIBLE = 2 /* driver functions missing, or no port qualifies */
+};
+
+struct switch_test_record {
+    uint32_t result;  /* out: enum facmsg_switch_result; type 3 leaves it alone when it succeeds */
+    uint32_t unit;    /* in: switch unit */
+    uint32_t setting; /* type 1: in: speed code to set; type 3: out: 0 the last listed port runs speed code 7, 8 or 9,
+                       * 1 it does not; type 4: out: the medium just set on the last port that could be read */
+    uint32_t port_count;                     /* out: ports listed; written when there is at least one */
+    uint32_t port_results[FACMSG_MAX_PORTS]; /* out: FACMSG_PORT_RESULT words: OK, MEDIUM (type 4) or SET_STATUS (1) */
+};
+
+/* 5 FACMSG_PORT_BROADCAST: 3088 bytes. */
+enum facmsg_broadcast_result {
+    FACMSG_BROADCAST_PASS = 0,         /* every listed port had link and its counter was read; judge the counts */
+    FACMSG_BROADCAST_NO_LINK = 1,      /* no listed port has link */
+    FACMSG_BROADCAST_NOT_POSSIBLE = 2, /* driver functions missing, no port, or the burst could not be sent */
+    FACMSG_BROADCAST_NO_MEMORY = 7,
+    FACMSG_BROADCAST_NOT_BEGUN = 9, /* the switch did not go into its broadcast-test state */
+    FACMSG_BROADCAST_FAIL = 11      /* a listed port had no link or an unreadable counter */
+};
+
+struct broadcast_test_record {
+    uint32_t result;                         /* out: enum facmsg_broadcast_result */
+    uint32_t unit;                           /* in: switch unit */
+    uint32_t port_count;                     /* out: ports that have any ability */
+    uint32_t port_results[FACMSG_MAX_PORTS]; /* out: FACMSG_PORT_RESULT words; without port numbers when the test ended
+                                              * before the counters were read */
+    uint32_t reserved;                       /* not written */
+    uint64_t fcs_counts[FACMSG_MAX_PORTS];   /* out: FCS errors of the i-th listed port, where the counter was read */
+};
+
+/* 11 FACMSG_FPGA_WRITE, 12 FACMSG_FPGA_READ: 84 bytes. */
+enum {
+    FACMSG_FPGA_FAILED = 3, /* fpga_record.result */
+    FACMSG_FPGA_MAX_WRITE = 32,
+    FACMSG_FPGA_MAX_READ = 64
+};
+
+struct fpga_record {
+    uint32_t result;     /* out: FACMSG_FPGA_FAILED; left alone on success */
+    uint32_t fpga_port;  /* in: 1 or 2: which of the two switch ports that face the FPGA */
+    uint32_t addr;       /* in: FPGA address */
+    uint32_t len;        /* in: bytes, at most FACMSG_FPGA_MAX_WRITE or FACMSG_FPGA_MAX_READ; whole words are moved */
+    uint32_t product_id; /* in: the device's product id; tells which ports face the FPGA */
+    uint8_t data[FACMSG_FPGA_MAX_READ]; /* in (type 11) or out (type 12) */
 };
 
 #ifdef __cplusplus

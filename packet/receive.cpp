@@ -35,8 +35,6 @@ struct {
     port_count counts[COUNTED_PORTS];
 } vexa_recv_counters;
 
-uint32_t fpga_reply_buf[FPGA_REPLY_SIZE / sizeof(uint32_t)];
-
 /* Multiplicative hashing: phy ids in a row spread over the index without meeting. */
 uint32_t index_home(uint32_t port)
 {
@@ -92,12 +90,22 @@ void vexa_recv_packet_count(uint32_t port)
         vexa_recv_counters.counts[row].frames.fetch_add(1, std::memory_order_relaxed);
 }
 
-[[gnu::noinline]] void keep_fpga_reply(const uint8_t *frame, uint32_t length)
+using fpga_reply = uint32_t[FPGA_REPLY_SIZE / sizeof(uint32_t)];
+
+/* Written and read word by word, by the host's receiving threads and the server thread. */
+fpga_reply fpga_reply_buf;
+
+void store_fpga_reply(const fpga_reply &reply)
 {
-    uint32_t reply[FPGA_REPLY_SIZE / sizeof(uint32_t)] = {};
-    memcpy(reply, frame, length < FPGA_REPLY_SIZE ? length : FPGA_REPLY_SIZE);
     for (size_t word = 0; word < std::size(reply); word++)
         std::atomic_ref(fpga_reply_buf[word]).store(reply[word], std::memory_order_relaxed);
+}
+
+[[gnu::noinline]] void keep_fpga_reply(const uint8_t *frame, uint32_t length)
+{
+    fpga_reply reply = {};
+    memcpy(reply, frame, length < FPGA_REPLY_SIZE ? length : FPGA_REPLY_SIZE);
+    store_fpga_reply(reply);
 }
 
 /* The type field of a frame, as its two bytes lie in memory. */
@@ -138,4 +146,17 @@ int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count)
 uint8_t *get_fpga_data()
 {
     return reinterpret_cast<uint8_t *>(fpga_reply_buf);
+}
+
+void clear_fpga_reply()
+{
+    store_fpga_reply({});
+}
+
+void copy_fpga_reply(uint8_t (&to)[FPGA_REPLY_SIZE])
+{
+    fpga_reply reply;
+    for (size_t word = 0; word < std::size(reply); word++)
+        reply[word] = std::atomic_ref(fpga_reply_buf[word]).load(std::memory_order_relaxed);
+    memcpy(to, reply, sizeof(reply));
 }

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * The packet test request: picks the ports and has them tested.
+ * The packet test requests: pick the ports and have them tested.
  */
 #include <cstddef>
 
@@ -12,6 +12,15 @@ static_assert(offsetof(packet_test_record, port_count) == 24);
 static_assert(offsetof(packet_test_record, port_results) == 28);
 
 constexpr uint32_t LAST_SPEED_CODE = 16; /* of those that have their bits in an ability word */
+
+/* What sets the two requests apart. */
+struct packet_kind {
+    uint32_t type;
+    const char *op;
+    uint32_t required; /* ability bits that a port needs besides those of the speed */
+};
+constexpr packet_kind ALL_PORTS = {FACMSG_PACKET_TEST, "facmsg_packet_test_fun", 0};
+constexpr packet_kind TEST_BOX = {FACMSG_PBOX_PACKET_TEST, "facmsg_pbox_packet_test_fun", FACMSG_ABILITY_HPOE};
 
 /* The bits a port's ability word needs for the requested speed and duplex. */
 static uint32_t speed_bits(uint32_t speed, uint32_t duplex)
@@ -27,18 +36,18 @@ static uint32_t speed_bits(uint32_t speed, uint32_t duplex)
     }
 }
 
-static bool port_matches(const packet_test_record &request, const port_ability_row &row)
+static bool port_matches(const packet_test_record &request, uint32_t required, const port_ability_row &row)
 {
     if (request.any_speed)
         return ((row.copper | row.fiber) & FACMSG_ABILITY_ANY_SPEED) != 0;
     if (request.speed == 0 || request.speed > LAST_SPEED_CODE)
         return false;
     const uint32_t word = request.medium == FACMSG_MEDIUM_COPPER ? row.copper : row.fiber;
-    const uint32_t bits = speed_bits(request.speed, request.duplex);
+    const uint32_t bits = speed_bits(request.speed, request.duplex) | required;
     return (word & bits) == bits;
 }
 
-static bool supported(const packet_test_record &request, const char *op = __builtin_FUNCTION())
+static bool supported(const packet_test_record &request, const char *op)
 {
     const bool slots = slots_filled(&drv::get_ability, &drv::get_status, &drv::set_status, &drv::get_port_phyid,
                                     &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr);
@@ -51,23 +60,23 @@ static bool supported(const packet_test_record &request, const char *op = __buil
 }
 
 /* A duplex code that no ability bits belong to. It shows only when the first port is judged, so that one is asked. */
-static bool duplex_refused(const packet_test_record &request, const char *op = __builtin_FUNCTION())
+static bool duplex_refused(const packet_test_record &request, const char *op)
 {
     if (request.any_speed || request.duplex <= 2)
         return false;
-    read_port_ability(request.unit, 1, LOG_TRACE, op);
+    read_port_ability(request.unit, 1, QUIET_SCAN, op);
     log_as(op, LOG_ERROR, "Invalid duplex %d.\n", static_cast<int>(request.duplex));
     return true;
 }
 
-static uint32_t test_matching_ports(packet_test_record &record, const char *op = __builtin_FUNCTION())
+static uint32_t test_matching_ports(packet_test_record &record, const packet_kind &kind)
 {
-    if (!supported(record, op) || duplex_refused(record, op))
+    if (!supported(record, kind.op) || duplex_refused(record, kind.op))
         return FACMSG_PACKET_NOT_POSSIBLE;
-    const auto matches = [&](const port_ability_row &row) { return port_matches(record, row); };
-    const uint32_t count = list_ports(record.unit, LOG_TRACE, matches, op);
+    const auto matches = [&](const port_ability_row &row) { return port_matches(record, kind.required, row); };
+    const uint32_t count = list_ports(record.unit, QUIET_SCAN, matches, kind.op);
     if (count == 0) {
-        log_as(op, LOG_TRACE, "No support port speed for testing.\n");
+        log_as(kind.op, LOG_TRACE, "No support port speed for testing.\n");
         return FACMSG_PACKET_NOT_POSSIBLE;
     }
     record.port_count = count;
@@ -77,9 +86,19 @@ static uint32_t test_matching_ports(packet_test_record &record, const char *op =
     return result;
 }
 
-int facmsg_packet_test_fun(int fd, facmsg_request *request)
+static int answer(int fd, facmsg_request *request, const packet_kind &kind)
 {
     const auto record = payload_of<packet_test_record>(request);
-    record->result = test_matching_ports(*record);
-    return send_reply(fd, FACMSG_PACKET_TEST, record);
+    record->result = test_matching_ports(*record, kind);
+    return send_reply(fd, kind.type, record);
+}
+
+int facmsg_packet_test_fun(int fd, facmsg_request *request)
+{
+    return answer(fd, request, ALL_PORTS);
+}
+
+int facmsg_pbox_packet_test_fun(int fd, facmsg_request *request)
+{
+    return answer(fd, request, TEST_BOX);
 }

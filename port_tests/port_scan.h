@@ -7,18 +7,26 @@
 
 #include "facmsg_internal.h"
 
+/* What a scan writes to the log besides. */
+struct scan_log {
+    log_level failure; /* level of the line for a port that cannot be asked */
+    bool abilities;    /* trace every port's ability words */
+};
+constexpr scan_log QUIET_SCAN = {LOG_TRACE, false};
+constexpr scan_log TRACED_SCAN = {LOG_TRACE, true};
+
 /* Reads a port's abilities into its row of g_port_ability; a port that cannot be asked can do nothing. */
-const port_ability_row &read_port_ability(uint32_t unit, uint32_t port, log_level failure_level,
+const port_ability_row &read_port_ability(uint32_t unit, uint32_t port, scan_log log,
                                           const char *op = __builtin_FUNCTION());
 
 /* Refills g_port_ability and lists in g_test_ports, ascending, the ports whose abilities match. Returns their number.
  */
 template <class Matches>
-uint32_t list_ports(uint32_t unit, log_level failure_level, Matches matches, const char *op = __builtin_FUNCTION())
+uint32_t list_ports(uint32_t unit, scan_log log, Matches matches, const char *op = __builtin_FUNCTION())
 {
     uint32_t count = 0;
     for (uint32_t port = 1; port <= FACMSG_MAX_PORTS; port++)
-        if (matches(read_port_ability(unit, port, failure_level, op)))
+        if (matches(read_port_ability(unit, port, log, op)))
             g_test_ports[count++] = port;
     return count;
 }
