@@ -13,7 +13,12 @@ add_library(facmsg_objects OBJECT
     port_tests/packet_test.cpp
     port_tests/switch_test.cpp
     port_tests/broadcast_test.cpp
-    port_tests/fpga_test.cpp)
+    port_tests/fpga_test.cpp
+    poe_tests/poe_checks.cpp
+    poe_tests/poe_group.cpp
+    poe_tests/poe_test.cpp
+    poe_tests/poe_mcu.cpp
+    poe_tests/vop_test.cpp)
 target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong)

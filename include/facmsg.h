@@ -93,6 +93,12 @@ FACMSG_API int facmsg_10g_40g_switch_fun(int fd, struct facmsg_request *request)
 FACMSG_API int facmsg_fc_ether_switch_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_copper_fiber_switch_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_port_broadcast_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_port_poe_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_port_hpoe_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_pbox_hpoe_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_poe_mcu_upg_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_poe_mcu_ver_get_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_poe_vop_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_fpga_write_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_fpga_read_fun(int fd, struct facmsg_request *request);
 

@@ -169,6 +169,69 @@ struct fpga_record {
     uint8_t data[FACMSG_FPGA_MAX_READ]; /* in (type 11) or out (type 12) */
 };
 
+/* 6 FACMSG_PORT_POE, 13 FACMSG_PORT_HPOE and 14 FACMSG_PBOX_HPOE: 2828 bytes. Types 13 and 14 list the high-power ports
+ * first, then the PoE ports; a port of both kinds is listed twice. */
+enum facmsg_poe_result {
+    FACMSG_POE_PASS = 0,
+    FACMSG_POE_FAIL = 1,        /* a check failed */
+    FACMSG_POE_NOT_POSSIBLE = 2 /* driver functions missing, or no port */
+};
+
+/* Codes of the checks; 0 is pass. 17 and 19 carry detail in their upper half. */
+enum facmsg_poe_code {
+    FACMSG_POE_OFF_FAILED = 12,          /* power_off_code: switching off or reading the power failed */
+    FACMSG_POE_LIMIT_FAILED = 13,        /* overload_code: setting or restoring the power limit failed */
+    FACMSG_POE_STATE_UNREADABLE = 14,    /* state_code: the state query failed */
+    FACMSG_POE_STATE_0 = 15,             /* state_code */
+    FACMSG_POE_STATE_2 = 16,             /* state_code */
+    FACMSG_POE_STATE_OTHER = 17,         /* state_code: upper half: the upper half of the state word */
+    FACMSG_POE_OVERLOAD_UNREADABLE = 18, /* overload_code: the overload query failed */
+    FACMSG_POE_NO_OVERLOAD = 19, /* overload_code: no overload at 3 W; upper half: lower half of the information word */
+    FACMSG_POE_STILL_ON = 20,    /* power_off_code: power after switching off */
+    FACMSG_POE_STATE_3 = 21,     /* state_code, types 13 and 14 only */
+    FACMSG_POE_STATE_4 = 22      /* state_code, types 13 and 14 only */
+};
+
+enum { FACMSG_POE_CLASS_UNREADABLE = 255 };
+
+struct poe_test_reply {
+    uint32_t result;                       /* out: enum facmsg_poe_result */
+    uint32_t unit;                         /* in: switch unit */
+    uint32_t port_count;                   /* out: ports listed; type 14: the high-power ones only */
+    uint8_t ports[FACMSG_MAX_PORTS];       /* out: port number of each entry, its low byte: port 256 shows as 0 */
+    uint32_t state_code[FACMSG_MAX_PORTS]; /* out: power state; 0 when good */
+    uint8_t pd_class[FACMSG_MAX_PORTS];    /* out: class of the powered device, low byte; read in a good state only */
+    uint32_t overload_code[FACMSG_MAX_PORTS]; /* out: of the last attempt; checked in a good state only */
+    uint8_t power_off_code[FACMSG_MAX_PORTS]; /* out: whether the power went off */
+};
+
+/* 15 FACMSG_POE_MCU_UPGRADE: 4 bytes, and 16 FACMSG_POE_MCU_VERSION: 12 bytes. */
+enum facmsg_poe_mcu_result {
+    FACMSG_POE_MCU_DONE = 0,
+    FACMSG_POE_MCU_FAILED = 1,       /* the driver refused */
+    FACMSG_POE_MCU_NOT_SUPPORTED = 2 /* the driver lacks the function */
+};
+
+struct poe_mcu_upgrade_reply {
+    uint32_t result; /* out: enum facmsg_poe_mcu_result */
+};
+
+struct poe_mcu_ver_reply {
+    uint32_t result;  /* out: enum facmsg_poe_mcu_result */
+    uint32_t new_ver; /* out: firmware version available */
+    uint32_t cur_ver; /* out: firmware version running */
+};
+
+/* 17 FACMSG_POE_VOP: 2316 bytes; PoE and high-power ports in ascending order. */
+struct vop_test_reply {
+    uint32_t result;                       /* out: enum facmsg_poe_result */
+    uint32_t unit;                         /* in: switch unit */
+    uint32_t port_count;                   /* out: ports listed */
+    uint8_t ports[FACMSG_MAX_PORTS];       /* out: port number of each entry, its low byte: port 256 shows as 0 */
+    uint32_t vop_status[FACMSG_MAX_PORTS]; /* out: 0 three queries succeeded, 1 one failed */
+    uint32_t vop_value[FACMSG_MAX_PORTS];  /* out: what the last query measured; the unit is the host's */
+};
+
 #ifdef __cplusplus
 }
 #endif

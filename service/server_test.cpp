@@ -82,10 +82,20 @@ static const struct {
     uint32_t type;
     int (*handler)(int fd, facmsg_request *request);
 } REQUESTS[] = {
-    {FACMSG_PACKET_TEST, facmsg_packet_test_fun},     {FACMSG_MSG_DEBUG, facmsg_msg_debug_fun},
-    {FACMSG_POE_DEBUG, facmsg_poe_debug_fun},         {FACMSG_PORT_DEBUG, facmsg_port_debug_fun},
-    {FACMSG_ENTER_FACTORY, facmsg_enter_factory_fun}, {FACMSG_FPGA_WRITE, facmsg_fpga_write_fun},
-    {FACMSG_FPGA_READ, facmsg_fpga_read_fun},         {FACMSG_PBOX_PACKET_TEST, facmsg_pbox_packet_test_fun},
+    {FACMSG_PACKET_TEST, facmsg_packet_test_fun},
+    {FACMSG_PORT_POE, facmsg_port_poe_fun},
+    {FACMSG_MSG_DEBUG, facmsg_msg_debug_fun},
+    {FACMSG_POE_DEBUG, facmsg_poe_debug_fun},
+    {FACMSG_PORT_DEBUG, facmsg_port_debug_fun},
+    {FACMSG_ENTER_FACTORY, facmsg_enter_factory_fun},
+    {FACMSG_FPGA_WRITE, facmsg_fpga_write_fun},
+    {FACMSG_FPGA_READ, facmsg_fpga_read_fun},
+    {FACMSG_PORT_HPOE, facmsg_port_hpoe_fun},
+    {FACMSG_PBOX_HPOE, facmsg_pbox_hpoe_fun},
+    {FACMSG_POE_MCU_UPGRADE, facmsg_poe_mcu_upg_fun},
+    {FACMSG_POE_MCU_VERSION, facmsg_poe_mcu_ver_get_fun},
+    {FACMSG_POE_VOP, facmsg_poe_vop_fun},
+    {FACMSG_PBOX_PACKET_TEST, facmsg_pbox_packet_test_fun},
 };
 
 int facmsg_lib_test_main(int fd, facmsg_request *request)

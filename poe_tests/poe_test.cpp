@@ -1,0 +1,127 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The PoE test requests: standard ports at once, high-power and standard ports in turn, or high-power ports alone.
+ */
+#include <cstddef>
+#include <unistd.h>
+
+#include "facmsg_internal.h"
+#include "poe_group.h"
+
+static_assert(sizeof(poe_test_reply) == 2828);
+static_assert(offsetof(poe_test_reply, state_code) == 268 && offsetof(poe_test_reply, pd_class) == 1292);
+static_assert(offsetof(poe_test_reply, overload_code) == 1548 && offsetof(poe_test_reply, power_off_code) == 2572);
+
+namespace
+{
+
+constexpr unsigned SCAN_SETTLE_S = 5;
+constexpr unsigned GROUP_SETTLE_S = 10;
+constexpr unsigned ON_SETTLE_S = 10;
+constexpr uint32_t OFF = 0;
+constexpr uint32_t ON = 1;
+
+/* The two groups, one after the other in the list. */
+struct poe_groups {
+    poe_group hpoe;
+    poe_group poe;
+};
+
+poe_groups list_both_groups(poe_test_reply *reply, const char *op)
+{
+    const poe_group hpoe = list_poe_ports(reply->unit, FACMSG_ABILITY_HPOE, reply->ports, 0, op);
+    const poe_group poe = list_poe_ports(reply->unit, FACMSG_ABILITY_POE, reply->ports, hpoe.end, op);
+    return {hpoe, poe};
+}
+
+/* One group's output on, the other's off, and time to settle. */
+void power_hpoe_alone(const poe_groups &groups)
+{
+    switch_poe_group(groups.hpoe, ON);
+    switch_poe_group(groups.poe, OFF);
+    sleep(GROUP_SETTLE_S);
+}
+
+void power_poe_alone(const poe_groups &groups)
+{
+    switch_poe_group(groups.hpoe, OFF);
+    switch_poe_group(groups.poe, ON);
+    sleep(GROUP_SETTLE_S);
+}
+
+void switch_all_on(poe_group all)
+{
+    switch_poe_group(all, ON);
+    sleep(ON_SETTLE_S);
+}
+
+void test_poe(poe_test_reply *reply, const char *op)
+{
+    const poe_group all = list_poe_ports(reply->unit, FACMSG_ABILITY_POE, reply->ports, 0, op);
+    reply->port_count = all.end;
+    if (all.end == 0) {
+        reply->result = FACMSG_POE_NOT_POSSIBLE;
+        return;
+    }
+    sleep(SCAN_SETTLE_S);
+    test_poe_group(all, POE_METHOD, reply, op);
+    switch_all_on(all);
+}
+
+void test_hpoe_then_poe(poe_test_reply *reply, const char *op)
+{
+    const poe_groups groups = list_both_groups(reply, op);
+    reply->port_count = groups.poe.end;
+    if (groups.poe.end == 0) {
+        reply->result = FACMSG_POE_NOT_POSSIBLE;
+        return;
+    }
+    power_hpoe_alone(groups);
+    test_poe_group(groups.hpoe, HPOE_METHOD, reply, op);
+    power_poe_alone(groups);
+    test_poe_group(groups.poe, HPOE_POE_METHOD, reply, op);
+    switch_all_on({0, groups.poe.end});
+}
+
+void test_hpoe_alone(poe_test_reply *reply, const char *op)
+{
+    const poe_groups groups = list_both_groups(reply, op);
+    reply->port_count = groups.hpoe.end;
+    if (groups.poe.end == 0) {
+        reply->result = FACMSG_POE_NOT_POSSIBLE;
+        return;
+    }
+    power_hpoe_alone(groups);
+    test_poe_group(groups.hpoe, HPOE_METHOD, reply, op);
+    switch_all_on({0, groups.poe.end});
+}
+
+int answer(int fd, facmsg_request *request, uint32_t reply_type, void (*test)(poe_test_reply *reply, const char *op),
+           const char *op = __builtin_FUNCTION())
+{
+    const auto reply = payload_of<poe_test_reply>(request);
+    reply->result = FACMSG_POE_PASS;
+    if (poe_test_supported(op))
+        test(reply, op);
+    else
+        reply->result = FACMSG_POE_NOT_POSSIBLE;
+    return send_reply(fd, reply_type, reply);
+}
+
+} // namespace
+
+int facmsg_port_poe_fun(int fd, facmsg_request *request)
+{
+    return answer(fd, request, FACMSG_PORT_POE, test_poe);
+}
+
+int facmsg_port_hpoe_fun(int fd, facmsg_request *request)
+{
+    return answer(fd, request, FACMSG_PORT_HPOE, test_hpoe_then_poe);
+}
+
+/* Answered with the type of the test it is the first phase of. */
+int facmsg_pbox_hpoe_fun(int fd, facmsg_request *request)
+{
+    return answer(fd, request, FACMSG_PORT_HPOE, test_hpoe_alone);
+}
