@@ -18,7 +18,20 @@ add_library(facmsg_objects OBJECT
     poe_tests/poe_group.cpp
     poe_tests/poe_test.cpp
     poe_tests/poe_mcu.cpp
-    poe_tests/vop_test.cpp)
+    poe_tests/vop_test.cpp
+    stress_tests/stress_ports.cpp
+    stress_tests/stress_speed.cpp
+    stress_tests/stress_frames.cpp
+    stress_tests/stress_senders.cpp
+    stress_tests/stress_vlan.cpp
+    stress_tests/stress_stat.cpp
+    stress_tests/phy_loopback.cpp
+    stress_tests/ess_test.cpp
+    stress_tests/flow_pressure.cpp
+    stress_tests/ess_flow.cpp
+    stress_tests/ess_bc_flow.cpp
+    stress_tests/ess_serpentine.cpp
+    stress_tests/sfi_prbs.cpp)
 target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong)

@@ -102,6 +102,18 @@ FACMSG_API int facmsg_poe_vop_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_fpga_write_fun(int fd, struct facmsg_request *request);
 FACMSG_API int facmsg_fpga_read_fun(int fd, struct facmsg_request *request);
 
+FACMSG_API int facmsg_ess_flow_pressure_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_ess_bc_flow_pressure_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_ess_serpentine_flow_fun(int fd, struct facmsg_request *request);
+FACMSG_API int facmsg_ess_sfi_prbs_fun(int fd, struct facmsg_request *request);
+
+/* No request type leads here: for direct calls, with a struct flow_pressure_reply as the payload. Answers with type
+ * FACMSG_FLOW_REPLY. */
+FACMSG_API int facmsg_flow_pressure_fun(int fd, struct facmsg_request *request);
+
+/* 0 at load; 1 once a stress test has set every port's PHY loopback, which the first does more thoroughly. */
+FACMSG_API extern uint8_t g_first_phy_loopback;
+
 /* ---- Helpers ---- */
 
 /* Writes value into the first count entries of states; none when count is not above 0. */

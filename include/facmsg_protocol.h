@@ -232,6 +232,100 @@ struct vop_test_reply {
     uint32_t vop_value[FACMSG_MAX_PORTS];  /* out: what the last query measured; the unit is the host's */
 };
 
+/* The traffic stress tests. Their per-port arrays go by position in the port list: ports that have any ability (type
+ * 26: any fiber ability), ascending. Flags are 1 or as sent. */
+enum facmsg_stress_result {
+    FACMSG_STRESS_NOT_SUPPORTED = 1, /* driver functions missing */
+    FACMSG_STRESS_NO_PORT = 2,
+    FACMSG_STRESS_NO_MEMORY = 3
+};
+
+/* The step at which a stress test stopped; 0 when it passed. */
+enum facmsg_stress_stage {
+    FACMSG_STAGE_PASSED = 0,
+    FACMSG_STAGE_SPEED = 4,            /* a speed was refused */
+    FACMSG_STAGE_LINK = 5,             /* links did not come up and hold */
+    FACMSG_STAGE_VLAN_SETUP = 6,       /* the test's VLANs could not be set up */
+    FACMSG_STAGE_TRANSMIT = 7,         /* the CPU could not send */
+    FACMSG_STAGE_VLAN_REMOVAL = 8,     /* the test's VLANs could not be removed */
+    FACMSG_STAGE_STATISTICS = 9,       /* wrong counts or FCS errors */
+    FACMSG_STAGE_LOOPBACK = 10,        /* PHY loopback could not be set */
+    FACMSG_STAGE_LOOPBACK_RESTORE = 11 /* PHY loopback could not be restored */
+};
+
+/* The speed codes that a stress test chose. */
+struct speed_choice {
+    uint8_t copper;
+    uint8_t ex_copper; /* extended-speed copper; 255 on a switch without such ports */
+    uint8_t fiber;
+};
+
+enum { FACMSG_FLOW_SETTINGS = 3, FACMSG_FLOW_REPLY = 19 };
+
+/* Reply of facmsg_flow_pressure_fun(), which no request type leads to: type 19, 2340 bytes. One row of each array a
+ * speed setting. */
+struct flow_pressure_reply {
+    uint32_t result;                           /* out: enum facmsg_stress_result; as sent when the test ran */
+    uint32_t unit;                             /* in: switch unit */
+    uint32_t port_count;                       /* out: ports listed */
+    uint32_t fail_stage[FACMSG_FLOW_SETTINGS]; /* out: 0 or 4 to 9 of enum facmsg_stress_stage */
+    struct speed_choice speed_codes[FACMSG_FLOW_SETTINGS];        /* out */
+    uint8_t port_down[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS];    /* out: had no link when the link wait failed */
+    uint8_t port_fcs_err[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS]; /* out: counted FCS errors */
+    uint8_t port_cnt_err[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS]; /* out: a port of the pair lost frames */
+    uint8_t reserved[3];                                          /* not written */
+};
+
+/* 23 FACMSG_ESS_FLOW and 24 FACMSG_ESS_BC_FLOW: 3860 bytes. Counts are the low 32 bits of the switch's counters. */
+struct ess_flow_reply {
+    uint32_t result;                        /* out: enum facmsg_stress_result; as sent when the test ran */
+    uint32_t unit;                          /* in: switch unit */
+    uint32_t port_count;                    /* out: ports listed */
+    uint32_t fail_stage;                    /* out: enum facmsg_stress_stage */
+    struct speed_choice speed_codes;        /* out */
+    uint8_t port_down[FACMSG_MAX_PORTS];    /* out: had no link when the link wait failed */
+    uint8_t port_fcs_err[FACMSG_MAX_PORTS]; /* out: counted FCS errors */
+    uint8_t port_cnt_err[FACMSG_MAX_PORTS]; /* out: received another number of frames than it transmitted */
+    uint8_t reserved;                       /* not written */
+    uint32_t in_pkts[FACMSG_MAX_PORTS];     /* out: frames received, where port_cnt_err is set */
+    uint32_t ex_pkts[FACMSG_MAX_PORTS];     /* out: frames transmitted, where port_cnt_err is set */
+    uint32_t fcs[FACMSG_MAX_PORTS];         /* out: FCS errors, where port_fcs_err is set */
+};
+
+/* 25 FACMSG_ESS_SERPENTINE: 4120 bytes. */
+struct serpentine_flow_reply {
+    uint32_t result;                        /* out: enum facmsg_stress_result; as sent when the test ran */
+    uint32_t unit;                          /* in: switch unit */
+    uint32_t port_count;                    /* out: ports listed */
+    uint32_t fail_stage;                    /* out: enum facmsg_stress_stage */
+    uint32_t cpu_send_cnt;                  /* out: frames the CPU sent, a multiple of 10000 */
+    struct speed_choice speed_codes;        /* out */
+    uint8_t port_down[FACMSG_MAX_PORTS];    /* out: had no link when the link wait failed */
+    uint8_t port_ex_err[FACMSG_MAX_PORTS];  /* out: transmitted another number of frames than expected */
+    uint8_t port_in_err[FACMSG_MAX_PORTS];  /* out: received another number of frames than expected */
+    uint8_t port_fcs_err[FACMSG_MAX_PORTS]; /* out: counted FCS errors */
+    uint8_t reserved;                       /* not written */
+    uint32_t in_pkts[FACMSG_MAX_PORTS];     /* out: frames received, where port_in_err is set */
+    uint32_t ex_pkts[FACMSG_MAX_PORTS];     /* out: frames transmitted, where port_ex_err is set */
+    uint32_t fcs[FACMSG_MAX_PORTS];         /* out: FCS errors, where port_fcs_err is set */
+};
+
+/* 26 FACMSG_ESS_SFI_PRBS: 1040 bytes. */
+enum facmsg_prbs_stage {
+    FACMSG_PRBS_STAGE_SPEED = 4,
+    FACMSG_PRBS_STAGE_LINK = 5,
+    FACMSG_PRBS_STAGE_LOOPBACK = 6,
+    FACMSG_PRBS_STAGE_LOOPBACK_RESTORE = 7
+};
+
+struct prbs_test_reply {
+    uint32_t result;                        /* out: enum facmsg_stress_result; as sent when the test ran */
+    uint32_t unit;                          /* in: switch unit */
+    uint32_t port_count;                    /* out: fiber ports; written when there is at least one */
+    uint32_t fail_stage;                    /* out: enum facmsg_prbs_stage; as sent when the test completed */
+    uint32_t prbs_status[FACMSG_MAX_PORTS]; /* out: status after the run, as the driver codes it */
+};
+
 #ifdef __cplusplus
 }
 #endif

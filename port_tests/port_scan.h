@@ -14,6 +14,7 @@ struct scan_log {
 };
 constexpr scan_log QUIET_SCAN = {LOG_TRACE, false};
 constexpr scan_log TRACED_SCAN = {LOG_TRACE, true};
+constexpr scan_log STRESS_SCAN = {LOG_ERROR, true};
 
 /* Reads a port's abilities into its row of g_port_ability; a port that cannot be asked can do nothing. */
 const port_ability_row &read_port_ability(uint32_t unit, uint32_t port, scan_log log, const char *op);

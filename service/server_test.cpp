@@ -96,6 +96,10 @@ static const struct {
     {FACMSG_POE_MCU_VERSION, facmsg_poe_mcu_ver_get_fun},
     {FACMSG_POE_VOP, facmsg_poe_vop_fun},
     {FACMSG_PBOX_PACKET_TEST, facmsg_pbox_packet_test_fun},
+    {FACMSG_ESS_FLOW, facmsg_ess_flow_pressure_fun},
+    {FACMSG_ESS_BC_FLOW, facmsg_ess_bc_flow_pressure_fun},
+    {FACMSG_ESS_SERPENTINE, facmsg_ess_serpentine_flow_fun},
+    {FACMSG_ESS_SFI_PRBS, facmsg_ess_sfi_prbs_fun},
 };
 
 int facmsg_lib_test_main(int fd, facmsg_request *request)
