@@ -16,7 +16,7 @@ constexpr size_t columns = 80;
 /* A verdict padded to a width; colour does not count for it. */
 static std::string verdict_word(verdict judged, size_t width, bool colour)
 {
-    const std::string word = fmt::format("{:<{}}", word_of(judged), width);
+    std::string word = fmt::format("{:<{}}", word_of(judged), width);
     if (!colour)
         return word;
     const char *code = judged == verdict::pass ? "32" : judged == verdict::fail ? "31" : "33";

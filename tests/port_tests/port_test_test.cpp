@@ -148,7 +148,7 @@ static fault comes_back(uint32_t port, int copies, int of_each_500)
     };
 }
 
-enum speed_choice { FORCED = 0, ANY = 1 };
+enum speed_mode { FORCED = 0, ANY = 1 };
 
 TEST_F(port_test, leaves_a_code_for_every_fault)
 {
@@ -163,7 +163,7 @@ TEST_F(port_test, leaves_a_code_for_every_fault)
     const struct {
         const char *name;
         std::vector<fault> faults;
-        speed_choice speed;
+        speed_mode speed;
         codes results;
         std::string log;
         int frames, reads_waited;
