@@ -80,12 +80,11 @@ void enter_into_index(uint32_t port, uint32_t row)
 
 void vexa_recv_packet_count(uint32_t port)
 {
+    /* Asked before the search: a row that enters the index meanwhile may be this very port's. */
+    const bool index_complete = vexa_recv_counters.indexed.load(std::memory_order_acquire) == COUNTED_PORTS;
     uint32_t row = find_row(port);
-    if (row == NO_ROW) {
-        /* Once the index is complete it is the whole truth; another thread may have entered this very port last. */
-        const bool complete = vexa_recv_counters.indexed.load(std::memory_order_acquire) == COUNTED_PORTS;
-        row = complete ? find_row(port) : claim_row(port);
-    }
+    if (row == NO_ROW && !index_complete)
+        row = claim_row(port);
     if (row != NO_ROW)
         vexa_recv_counters.counts[row].frames.fetch_add(1, std::memory_order_relaxed);
 }
