@@ -51,7 +51,7 @@ static int set_pair_pvid(uint32_t unit, const uint32_t *ports, uint32_t count, u
 int vexa_port_pvid(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable)
 {
     if (!slots_filled(&drv::set_pvid, &drv::vlan)) {
-        log_error("vexa_port_pvid no support(set_pvid:%p, vlan:%p)\n", slot_address(&drv::set_pvid),
+        log_error("vexa_port_pvid no support(set_pvid:%p, vlan:%p).\n", slot_address(&drv::set_pvid),
                   slot_address(&drv::vlan));
         return -1;
     }
