@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
+#include <type_traits>
 #include <utility>
 
 #include "simulation.h"
@@ -22,13 +24,6 @@ static std::string list(std::initializer_list<uint32_t> words)
     return text;
 }
 
-static std::string mac_text(const uint8_t *mac)
-{
-    char text[18];
-    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
-    return text;
-}
-
 static int get_status(uint32_t unit, uint32_t port, port_status_row *row)
 {
     if (const int error = present->enter("get_status", list({unit, port}), port))
@@ -37,7 +32,7 @@ static int get_status(uint32_t unit, uint32_t port, port_status_row *row)
     if (p == nullptr)
         return -1;
     *row = p->status;
-    if (p->down_polls != 0)
+    if (p->down_polls != 0 || (p->breaks_in > 0 && --p->breaks_in == 0))
         row->link = 0;
     if (p->down_polls > 0)
         p->down_polls--;
@@ -87,26 +82,120 @@ static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t len
     return 0;
 }
 
+/* ---- Slots without a state of their own: traced, failing on order, with outputs from `answers` ---- */
+
+static std::string argument(uint32_t word)
+{
+    return std::to_string(word);
+}
+
+static std::string argument(int32_t level)
+{
+    return std::to_string(level);
+}
+
+static std::string argument(const uint8_t *mac)
+{
+    char text[18];
+    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
+    return text;
+}
+
+template <class Output> static std::string argument(Output *)
+{
+    return "";
+}
+
+static std::string joined(std::initializer_list<std::string> arguments)
+{
+    std::string text;
+    for (const auto &one : arguments)
+        text += (text.empty() || one.empty() ? "" : ",") + one;
+    return text;
+}
+
+/* The port of a call is its second word, behind the unit; PoE slots have no unit. */
+template <class... Arguments> static uint32_t port_of(const std::string &slot, Arguments... arguments)
+{
+    [[maybe_unused]] const auto word = [](auto value) {
+        if constexpr (std::is_same_v<decltype(value), uint32_t>)
+            return value;
+        return uint32_t{0};
+    };
+    const uint32_t words[] = {word(arguments)..., 0, 0};
+    return words[slot.starts_with("poe_") ? 0 : 1];
+}
+
+template <class Argument> static void write_output(const char *slot, uint32_t port, Argument to, int &nth)
+{
+    if constexpr (std::is_pointer_v<Argument> && !std::is_const_v<std::remove_pointer_t<Argument>>) {
+        const auto answer = present->answers.find(slot);
+        const uint64_t value = answer == present->answers.end() ? 0 : answer->second(port, nth++);
+        memcpy(to, &value, sizeof(*to));
+    }
+}
+
+template <auto member> static const char *slot_name;
+
+template <auto member, class... Arguments> static int stateless(Arguments... arguments)
+{
+    const char *const slot = slot_name<member>;
+    const uint32_t port = port_of(slot, arguments...);
+    if (const int error = present->enter(slot, joined({argument(arguments)...}), port))
+        return error;
+    [[maybe_unused]] int nth = 0;
+    (write_output(slot, port, arguments, nth), ...);
+    return 0;
+}
+
+template <auto member, class... Arguments>
+static void fill(vexa_diag_drv &table, int (*vexa_diag_drv::*)(Arguments...), const char *name)
+{
+    slot_name<member> = name;
+    table.*member = stateless<member, Arguments...>;
+}
+
 vexa_diag_drv fake_table()
 {
     vexa_diag_drv table = {};
     table.get_status = get_status;
     table.set_status = set_status;
     table.get_ability = get_ability;
-    table.set_factory_mode = [] { return present->enter("set_factory_mode", ""); };
     table.get_port_phyid = get_port_phyid;
-    table.set_cpu_mac_addr = [](const uint8_t *mac) { return present->enter("set_cpu_mac_addr", mac_text(mac)); };
-    table.clear_cpu_mac_addr = [](const uint8_t *mac) { return present->enter("clear_cpu_mac_addr", mac_text(mac)); };
-    table.set_port_debug_level = [](int32_t level) {
-        return present->enter("set_port_debug_level", std::to_string(level));
-    };
-    table.set_poe_debug_level = [](int32_t level) {
-        return present->enter("set_poe_debug_level", std::to_string(level));
-    };
     table.send_packet = send_packet;
-    table.port_on_off = [](uint32_t unit, uint32_t port, uint32_t on) {
-        return present->enter("port_on_off", list({unit, port, on}), port);
-    };
+#define FILL(slot) fill<&vexa_diag_drv::slot>(table, &vexa_diag_drv::slot, #slot)
+    FILL(poe_set_port_enable);
+    FILL(poe_get_power_state);
+    FILL(poe_get_overload);
+    FILL(poe_set_max_power);
+    FILL(poe_get_power);
+    FILL(poe_get_pd_class);
+    FILL(set_factory_mode);
+    FILL(set_cpu_mac_addr);
+    FILL(clear_cpu_mac_addr);
+    FILL(set_port_debug_level);
+    FILL(set_poe_debug_level);
+    FILL(port_on_off);
+    FILL(port_broadcast_begin);
+    FILL(port_broadcast_end);
+    FILL(get_port_fcs);
+    FILL(port_vlan_pair);
+    FILL(set_pvid);
+    FILL(vlan);
+    FILL(vlan_static_mac);
+    FILL(begin_end_prbs);
+    FILL(get_clear_prbs_status);
+    FILL(poe_get_mcu_ver);
+    FILL(poe_mcu_upg);
+    FILL(poe_get_vop_test_result);
+    FILL(port_vlan1);
+    FILL(port_phy_loopback);
+    FILL(port_speed_prepare);
+    FILL(get_port_type);
+    FILL(get_port_stat);
+    FILL(clear_port_stat);
+    FILL(get_ex_speed_support);
+#undef FILL
     return table;
 }
 
@@ -151,7 +240,7 @@ int fake_driver::enter(const char *slot, const std::string &arguments, uint32_t 
 void fake_driver::transmit(const pack_info &info, const uint8_t *frame, uint32_t length)
 {
     if (on_send)
-        on_send();
+        return on_send(info, frame, length);
     fake_port *const port = find(info.phy_id - 0x100);
     if (port == nullptr)
         return;

@@ -22,6 +22,7 @@ struct fake_port {
     port_status_row status = {0xA0, 1, 1, 0, 2, 0xA5}; /* what get_status reports once the link is up */
     uint32_t phy_id = 0;
     int down_polls = 0;                  /* status reads that still find the link down, or NEVER up */
+    int breaks_in = 0;                   /* this many reads later the link is down once more; 0: it holds */
     std::function<int(int)> copies = {}; /* copies of the nth frame (from 1) that come back; unset: 1 */
     int delay_waits = 0;                 /* waits that pass before a frame comes back */
     int sent = 0;                        /* frames sent so far */
@@ -49,7 +50,10 @@ class fake_driver
 
     std::map<uint32_t, fake_port> ports;
     std::vector<fake_failure> failures;
-    std::function<void()> on_send;                 /* called in every send_packet */
+    /* What becomes of a frame, instead of coming back through the hook as its port's record says. */
+    std::function<void(const pack_info &info, const uint8_t *frame, uint32_t length)> on_send;
+    /* By name of slot: what it writes to its nth output (from 0); 0 without. */
+    std::map<std::string_view, std::function<uint64_t(uint32_t port, int nth)>> answers;
     std::vector<std::vector<uint8_t>> kept_frames; /* the first frame sent on each phy id */
 
     /* For the driver functions. */
