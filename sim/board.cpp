@@ -12,7 +12,7 @@ namespace sim
 
 board::board(board_config config)
     : cpu(clock), fabric([this](const port &from, const frame &f) { cpu.receive(from, f); }), calls(config.call_faults),
-      config_(std::move(config))
+      poe(clock, config), config_(std::move(config))
 {
     for (const auto &[number, description] : config_.ports)
         ports_.try_emplace(number, description);

@@ -14,6 +14,7 @@
 #include "cpu.h"
 #include "event_clock.h"
 #include "fabric.h"
+#include "poe.h"
 #include "port.h"
 #include "wire.h"
 
@@ -49,6 +50,7 @@ class board
     sim::cpu cpu;
     sim::fabric fabric;
     call_faults calls;
+    poe_controller poe;
     bool factory_mode = false;
     int32_t port_debug_level = 0;
     int32_t poe_debug_level = 0;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "facmsg_driver.h"
+#include "poe_config.h"
 
 namespace sim
 {
@@ -34,6 +35,7 @@ struct port_faults {
     uint32_t lose_every = 0;    /* every n-th frame that comes in disappears */
     uint32_t damage_every = 0;  /* every n-th frame that comes in has a wrong frame check sequence */
     bool stuck_counter = false; /* the count of received frames stands still */
+    poe_faults poe;
 };
 
 struct port_config {
@@ -45,6 +47,7 @@ struct port_config {
     uint32_t link_up_ms = 0;
     uint32_t host_word_0 = 0;
     uint32_t host_word_5 = 0;
+    std::optional<poe_load> load; /* for a port with PoE */
     port_faults faults;
 };
 
@@ -67,6 +70,7 @@ struct board_config {
     std::map<uint32_t, port_config> ports;
     std::vector<std::pair<uint32_t, uint32_t>> cables; /* a plug has the same port at both ends */
     std::vector<call_fault> call_faults;
+    poe_config poe;
 };
 
 } // namespace sim

@@ -56,6 +56,41 @@ static void stuck_counter(const toml_reader &, port_faults &faults)
     faults.stuck_counter = true;
 }
 
+static void poe_no_detection(const toml_reader &, port_faults &faults)
+{
+    faults.poe.no_detection = true;
+}
+
+static void poe_stays_off(const toml_reader &, port_faults &faults)
+{
+    faults.poe.stays_off = true;
+}
+
+static void poe_stays_on(const toml_reader &, port_faults &faults)
+{
+    faults.poe.stays_on = true;
+}
+
+static void poe_no_overload(const toml_reader &, port_faults &faults)
+{
+    faults.poe.never_trips = true;
+}
+
+static void poe_late_overload(const toml_reader &reader, port_faults &faults)
+{
+    faults.poe.trips_from = needed(reader, "from", {1, 1000});
+}
+
+static void poe_wrong_class(const toml_reader &reader, port_faults &faults)
+{
+    faults.poe.seen_class = needed(reader, "class", {0, 8});
+}
+
+static void poe_low_supply(const toml_reader &reader, port_faults &faults)
+{
+    faults.poe.supply_mv = needed(reader, "supply_mv", {0, 65000});
+}
+
 /* A kind of fault that a port has; keys are those beside kind and ports. */
 struct port_fault_row {
     std::string_view kind;
@@ -70,6 +105,13 @@ static const port_fault_row PORT_FAULTS[] = {
     {"frame_loss", {"every"}, frame_loss},
     {"fcs_errors", {"every"}, fcs_errors},
     {"stuck_counter", {}, stuck_counter},
+    {"poe_no_detection", {}, poe_no_detection},
+    {"poe_stays_off", {}, poe_stays_off},
+    {"poe_stays_on", {}, poe_stays_on},
+    {"poe_no_overload", {}, poe_no_overload},
+    {"poe_late_overload", {"from"}, poe_late_overload},
+    {"poe_wrong_class", {"class"}, poe_wrong_class},
+    {"poe_low_supply", {"supply_mv"}, poe_low_supply},
 };
 static constexpr std::string_view FAILING_CALL = "failing_call";
 

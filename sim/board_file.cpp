@@ -71,13 +71,15 @@ static board_config read_board(const toml::table &table, const std::string &path
 {
     const toml_reader reader(path, table,
                              {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us", "boot_ms",
-                              "ports", "cables", "plugs", "faults"});
+                              "ports", "cables", "plugs", "poe", "loads", "faults"});
     auto board = base_of(reader, path, depth);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
     if (board.ports.empty())
         reader.fail("ports", "the board has no ports, expected [[ports]] tables");
     read_cables(reader, board);
+    reader.for_table("poe", [&](const auto &entry) { read_poe(path, entry, board); });
+    reader.for_each_table("loads", [&](const auto &entry) { read_load(path, entry, board); });
     reader.for_each_table("faults", [&](const auto &entry) { read_fault(path, entry, board); });
     return board;
 }

@@ -15,6 +15,11 @@ namespace sim
 /* One [[ports]] table: ports that are alike. */
 void read_ports(const std::string &file, const toml::table &table, board_config &board);
 
+/* The [poe] table, and one [[loads]] table: alike devices that PoE ports power. A later load takes the place of an
+ * earlier one. */
+void read_poe(const std::string &file, const toml::table &table, board_config &board);
+void read_load(const std::string &file, const toml::table &table, board_config &board);
+
 /* One [[faults]] table. */
 void read_fault(const std::string &file, const toml::table &table, board_config &board);
 

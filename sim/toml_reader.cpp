@@ -176,6 +176,16 @@ std::vector<uint32_t> toml_reader::ports(std::string_view key) const
     return *found;
 }
 
+void toml_reader::for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const
+{
+    const auto *node = table_.get(key);
+    if (!node)
+        return;
+    if (!node->is_table())
+        fail_at(*node, fmt::format("{} is {}, expected a [{}] table", key, shown(*node), key));
+    use(*node->as_table());
+}
+
 void toml_reader::for_each_table(std::string_view key, const std::function<void(const toml::table &)> &use) const
 {
     const auto expected = fmt::format("[[{}]] tables", key);

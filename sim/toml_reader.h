@@ -49,6 +49,9 @@ class toml_reader
     /* Ports: a number or a string such as "1-4,7". Empty when the key is not there. */
     std::vector<uint32_t> ports(std::string_view key) const;
 
+    /* The table of a key; not called when the key is not there. */
+    void for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;
+
     /* The entries of an array of tables, and of an array of pairs of ports; none when the key is not there. */
     void for_each_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;
     void for_each_pair(std::string_view key, const std::function<void(uint32_t, uint32_t)> &use) const;
