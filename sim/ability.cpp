@@ -55,7 +55,6 @@ std::string_view speed_name(uint32_t code)
 
 uint32_t ability_bit(uint32_t speed, uint32_t duplex)
 {
-    constexpr uint32_t SPEED_5G = 13;
     if (!find_speed(speed) || duplex < 1 || duplex > 2)
         return 0;
     return UINT32_C(1) << (2 * (speed - 1) + (speed == SPEED_5G ? 0 : duplex - 1));

@@ -12,6 +12,8 @@
 namespace sim
 {
 
+enum speed_code : uint32_t { SPEED_10G = 4, SPEED_2500M = 12, SPEED_5G = 13 };
+
 struct speed_row {
     std::string_view name;
     uint32_t code;

@@ -10,25 +10,54 @@
 namespace sim
 {
 
+/* How long the FPGA takes over a request. */
+static constexpr time_us FPGA_ANSWER_US = 500;
+
 board::board(board_config config)
-    : cpu(clock), fabric([this](const port &from, const frame &f) { cpu.receive(from, f); }), calls(config.call_faults),
-      poe(clock, config), config_(std::move(config))
+    : cpu(clock), fabric([this](const port &from, const frame &f) { cpu.receive(from, f); }), fpga(config.fpga_silent),
+      calls(config.call_faults), poe(clock, config), config_(std::move(config))
 {
-    for (const auto &[number, description] : config_.ports)
-        ports_.try_emplace(number, description);
+    for (const auto &[number, description] : config_.ports) {
+        auto &added = ports_.try_emplace(number, description, clock, rate()).first->second;
+        by_phy_[description.phy_id] = &added;
+        description.faces_fpga ? connect_fpga(added) : connect(added);
+    }
     for (const auto &[a, b] : config_.cables)
-        connect(a, b);
-    for (auto &cable : wires_)
-        cable->restart();
+        add_wire(wire::CABLE, ports_.at(a), ports_.at(b),
+                 [this](port &at, frame &&arrived) { fabric.ingress(at, std::move(arrived)); });
+    for (auto &made : wires_)
+        made->restart();
     clock.run_until(time_us{config_.boot_ms} * 1000);
 }
 
-void board::connect(uint32_t number_a, uint32_t number_b)
+wire_rate board::rate() const
 {
-    auto &cable = wires_.emplace_back(std::make_unique<wire>(
-        clock, wire_rate{config_.rate_divisor, config_.min_wire_mbps}, ports_.at(number_a), ports_.at(number_b),
-        [this](port &at, frame &&arrived) { fabric.ingress(at, std::move(arrived)); }));
-    wire_of_[number_a] = wire_of_[number_b] = cable.get();
+    return {config_.rate_divisor, config_.min_wire_mbps};
+}
+
+void board::add_wire(wire::kind made_of, port &end_a, port &end_b, wire::arrival arrive)
+{
+    auto *made = wires_.emplace_back(std::make_unique<wire>(clock, made_of, end_a, end_b, std::move(arrive))).get();
+    wires_of_[&end_a].push_back(made);
+    if (&end_b != &end_a)
+        wires_of_[&end_b].push_back(made);
+}
+
+void board::connect(port &front)
+{
+    fabric.attach(front);
+    add_wire(wire::PHY_LOOP, front, front,
+             [this](port &at, frame &&arrived) { fabric.ingress(at, std::move(arrived)); });
+}
+
+/* To the port the FPGA is like a plug that answers something else. */
+void board::connect_fpga(port &facing)
+{
+    add_wire(wire::CABLE, facing, facing, [this](port &at, frame &&request) {
+        if (auto answer = fpga.handle(request))
+            clock.after(FPGA_ANSWER_US,
+                        [this, &at, moving = std::move(*answer)]() mutable { fabric.ingress(at, std::move(moving)); });
+    });
 }
 
 port *board::find_port(uint32_t number)
@@ -39,16 +68,14 @@ port *board::find_port(uint32_t number)
 
 port *board::find_phy(uint32_t phy_id)
 {
-    const auto found =
-        std::find_if(ports_.begin(), ports_.end(), [=](auto &entry) { return entry.second.config().phy_id == phy_id; });
-    return found == ports_.end() ? nullptr : &found->second;
+    const auto found = by_phy_.find(phy_id);
+    return found == by_phy_.end() ? nullptr : found->second;
 }
 
 void board::restart_link(const port &changed)
 {
-    const auto found = wire_of_.find(changed.config().number);
-    if (found != wire_of_.end())
-        found->second->restart();
+    for (auto *attached : wires_of_[&changed])
+        attached->restart();
 }
 
 bool board::set_status(port &changed, const port_status_row &wanted)
@@ -68,12 +95,26 @@ void board::switch_port(port &changed, bool on)
         restart_link(changed);
 }
 
+void board::loop_phy(port &changed, bool looped)
+{
+    if (std::exchange(changed.looped, looped) != looped)
+        restart_link(changed);
+}
+
+bool board::prbs_locked(const port &checking) const
+{
+    const auto number = checking.config().number;
+    const auto sends = [&](uint32_t other) { return ports_.at(other).prbs.running(); };
+    const auto reaches = [&](const auto &cable) {
+        return (cable.first == number && sends(cable.second)) || (cable.second == number && sends(cable.first));
+    };
+    return checking.link && (checking.looped || std::any_of(config_.cables.begin(), config_.cables.end(), reaches));
+}
+
 void board::transmit(port &out, std::span<const uint8_t> bytes)
 {
     cpu.capture(bytes);
-    const auto found = wire_of_.find(out.config().number);
-    if (found != wire_of_.end())
-        found->second->send(out, {{bytes.begin(), bytes.end()}, false});
+    out.out.send(frame(bytes));
 }
 
 } // namespace sim

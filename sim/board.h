@@ -7,6 +7,7 @@
 
 #include <map>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "board_config.h"
@@ -14,6 +15,7 @@
 #include "cpu.h"
 #include "event_clock.h"
 #include "fabric.h"
+#include "fpga.h"
 #include "poe.h"
 #include "port.h"
 #include "wire.h"
@@ -42,6 +44,10 @@ class board
      */
     bool set_status(port &changed, const port_status_row &wanted);
     void switch_port(port &changed, bool on);
+    void loop_phy(port &changed, bool looped);
+
+    /* Whether a bit sequence comes in on a port that checks one: from itself, or from a far end that sends one too. */
+    bool prbs_locked(const port &checking) const;
 
     /* Sends a frame from the CPU out of a port. A port without link takes it and loses it, as hardware does. */
     void transmit(port &out, std::span<const uint8_t> bytes);
@@ -49,6 +55,7 @@ class board
     event_clock clock;
     sim::cpu cpu;
     sim::fabric fabric;
+    sim::fpga fpga;
     call_faults calls;
     poe_controller poe;
     bool factory_mode = false;
@@ -56,13 +63,17 @@ class board
     int32_t poe_debug_level = 0;
 
   private:
-    void connect(uint32_t number_a, uint32_t number_b);
+    wire_rate rate() const;
+    void add_wire(wire::kind made_of, port &end_a, port &end_b, wire::arrival arrive);
+    void connect(port &front);
+    void connect_fpga(port &facing);
     void restart_link(const port &changed);
 
     const board_config config_;
     std::map<uint32_t, port> ports_; /* by number */
+    std::unordered_map<uint32_t, port *> by_phy_;
     std::vector<std::unique_ptr<wire>> wires_;
-    std::map<uint32_t, wire *> wire_of_; /* by port number; none for an empty socket */
+    std::map<const port *, std::vector<wire *>> wires_of_;
 };
 
 } // namespace sim

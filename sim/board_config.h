@@ -35,6 +35,7 @@ struct port_faults {
     uint32_t lose_every = 0;    /* every n-th frame that comes in disappears */
     uint32_t damage_every = 0;  /* every n-th frame that comes in has a wrong frame check sequence */
     bool stuck_counter = false; /* the count of received frames stands still */
+    uint32_t prbs_errors_per_s = 0;
     poe_faults poe;
 };
 
@@ -49,6 +50,7 @@ struct port_config {
     uint32_t host_word_5 = 0;
     std::optional<poe_load> load; /* for a port with PoE */
     port_faults faults;
+    bool faces_fpga = false; /* internal: no abilities, not flooded to */
 };
 
 /* A driver function that fails now and then. */
@@ -68,7 +70,8 @@ struct board_config {
     uint32_t cpu_frame_us = 100;
     uint32_t boot_ms = 2000;
     std::map<uint32_t, port_config> ports;
-    std::vector<std::pair<uint32_t, uint32_t>> cables; /* a plug has the same port at both ends */
+    std::vector<std::pair<uint32_t, uint32_t>> cables; /* of front ports; a plug has the same port at both ends */
+    bool fpga_silent = false;
     std::vector<call_fault> call_faults;
     poe_config poe;
 };

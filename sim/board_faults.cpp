@@ -56,6 +56,11 @@ static void stuck_counter(const toml_reader &, port_faults &faults)
     faults.stuck_counter = true;
 }
 
+static void prbs_errors(const toml_reader &reader, port_faults &faults)
+{
+    faults.prbs_errors_per_s = needed(reader, "per_second", SOME_FRAMES);
+}
+
 static void poe_no_detection(const toml_reader &, port_faults &faults)
 {
     faults.poe.no_detection = true;
@@ -105,6 +110,7 @@ static const port_fault_row PORT_FAULTS[] = {
     {"frame_loss", {"every"}, frame_loss},
     {"fcs_errors", {"every"}, fcs_errors},
     {"stuck_counter", {}, stuck_counter},
+    {"prbs_errors", {"per_second"}, prbs_errors},
     {"poe_no_detection", {}, poe_no_detection},
     {"poe_stays_off", {}, poe_stays_off},
     {"poe_stays_on", {}, poe_stays_on},
@@ -114,6 +120,7 @@ static const port_fault_row PORT_FAULTS[] = {
     {"poe_low_supply", {"supply_mv"}, poe_low_supply},
 };
 static constexpr std::string_view FAILING_CALL = "failing_call";
+static constexpr std::string_view FPGA_SILENT = "fpga_silent";
 
 static uint32_t known_port(const toml_reader &reader, uint32_t number, const board_config &board)
 {
@@ -155,11 +162,18 @@ static void read_failing_call(const std::string &file, const toml::table &table,
     }
 }
 
+static void read_fpga_silent(const std::string &file, const toml::table &table, board_config &board)
+{
+    const toml_reader no_further_keys(file, table, {"kind"});
+    board.fpga_silent = true;
+}
+
 static std::vector<std::string_view> kinds()
 {
     std::vector<std::string_view> names = {FAILING_CALL};
     for (const auto &row : PORT_FAULTS)
         names.push_back(row.kind);
+    names.push_back(FPGA_SILENT);
     return names;
 }
 
@@ -174,6 +188,8 @@ void read_fault(const std::string &file, const toml::table &table, board_config 
         reader.fail("kind", fmt::format("found no key kind, expected one of {}", joined(kinds())));
     if (*kind == FAILING_CALL)
         return read_failing_call(file, table, board);
+    if (*kind == FPGA_SILENT)
+        return read_fpga_silent(file, table, board);
     const auto *row =
         std::find_if(std::begin(PORT_FAULTS), std::end(PORT_FAULTS), [&](auto &known) { return known.kind == *kind; });
     read_port_fault(file, table, *row, board);

@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "ability.h"
 #include "board_sections.h"
 
 namespace sim
@@ -48,7 +49,7 @@ static void read_head(const toml_reader &reader, board_config &board)
 static void add_cable(const toml_reader &reader, std::string_view key, board_config &board, uint32_t a, uint32_t b)
 {
     for (const auto number : {a, b}) {
-        if (!board.ports.count(number))
+        if (!board.ports.count(number) || board.ports.at(number).faces_fpga)
             reader.fail(key, fmt::format("{} names port {}, expected a port of the board", key, number));
         for (const auto &[one, other] : board.cables) {
             if (number == one || number == other)
@@ -60,24 +61,51 @@ static void add_cable(const toml_reader &reader, std::string_view key, board_con
     board.cables.emplace_back(a, b);
 }
 
+/* Pairs of ports, or ports of which neighbours in the list make a pair. */
 static void read_cables(const toml_reader &reader, board_config &board)
 {
-    reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { add_cable(reader, "cables", board, a, b); });
+    const auto neighbours = reader.is_text("cables") ? reader.ports("cables") : std::vector<uint32_t>();
+    if (neighbours.size() % 2)
+        reader.fail("cables", "cables names an odd number of ports, expected pairs");
+    for (size_t i = 0; i < neighbours.size(); i += 2)
+        add_cable(reader, "cables", board, neighbours[i], neighbours[i + 1]);
+    if (neighbours.empty())
+        reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { add_cable(reader, "cables", board, a, b); });
     for (const auto number : reader.ports("plugs"))
         add_cable(reader, "plugs", board, number, number);
+}
+
+/* The two internal ports behind which the FPGA is. */
+static void read_fpga(const std::string &path, const toml::table &table, board_config &board)
+{
+    const toml_reader section(path, table, {"ports", "phy_id_offset"});
+    const auto numbers = section.ports("ports");
+    if (numbers.size() != 2)
+        section.fail("ports", "expected the two ports that face the FPGA, such as \"37,38\"");
+    const auto offset = section.word("phy_id_offset", PHY_ID_OFFSETS, DEFAULT_PHY_ID_OFFSET);
+    for (const auto number : numbers) {
+        port_config facing;
+        facing.number = number;
+        facing.phy_id = offset + number;
+        facing.medium = FACMSG_MEDIUM_FIBER;
+        facing.modes[FACMSG_MEDIUM_FIBER] = {SPEED_10G, 2};
+        facing.faces_fpga = true;
+        add_port(section, facing, board);
+    }
 }
 
 static board_config read_board(const toml::table &table, const std::string &path, int depth)
 {
     const toml_reader reader(path, table,
                              {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us", "boot_ms",
-                              "ports", "cables", "plugs", "poe", "loads", "faults"});
+                              "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
     auto board = base_of(reader, path, depth);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
     if (board.ports.empty())
         reader.fail("ports", "the board has no ports, expected [[ports]] tables");
     read_cables(reader, board);
+    reader.for_table("fpga", [&](const auto &entry) { read_fpga(path, entry, board); });
     reader.for_table("poe", [&](const auto &entry) { read_poe(path, entry, board); });
     reader.for_each_table("loads", [&](const auto &entry) { read_load(path, entry, board); });
     reader.for_each_table("faults", [&](const auto &entry) { read_fault(path, entry, board); });

@@ -115,7 +115,7 @@ static void read_modes(const toml_reader &reader, port_config &port)
                                 speed_name(mode.speed), DUPLEX_NAMES[mode.duplex]));
 }
 
-static void add_port(const toml_reader &reader, const port_config &port, board_config &board)
+void add_port(const toml_reader &reader, const port_config &port, board_config &board)
 {
     for (const auto &[number, other] : board.ports) {
         if (other.phy_id == port.phy_id && number != port.number)
@@ -140,7 +140,7 @@ void read_ports(const std::string &file, const toml::table &table, board_config 
     port.link_up_ms = reader.word("link_up_ms", {0, 600000}, 300);
     port.host_word_0 = reader.word("host_word_0", ANY_WORD, 0);
     port.host_word_5 = reader.word("host_word_5", ANY_WORD, 0);
-    const auto offset = reader.word("phy_id_offset", {0, UINT32_MAX - 256}, 0x100);
+    const auto offset = reader.word("phy_id_offset", PHY_ID_OFFSETS, DEFAULT_PHY_ID_OFFSET);
     for (const auto number : reader.ports("ports")) {
         port.number = number;
         port.phy_id = offset + number;

@@ -7,10 +7,17 @@
 #define SIM_BOARD_SECTIONS_H
 
 #include "board_config.h"
+#include "facmsg_protocol.h"
 #include "toml_reader.h"
 
 namespace sim
 {
+
+constexpr number_range PHY_ID_OFFSETS = {0, UINT32_MAX - FACMSG_MAX_PORTS};
+constexpr uint32_t DEFAULT_PHY_ID_OFFSET = 0x100;
+
+/* Adds a port with a number and a phy id that no other has. */
+void add_port(const toml_reader &reader, const port_config &port, board_config &board);
 
 /* One [[ports]] table: ports that are alike. */
 void read_ports(const std::string &file, const toml::table &table, board_config &board);

@@ -28,8 +28,8 @@ void cpu::capture(std::span<const uint8_t> bytes)
 
 void cpu::receive(const port &from, const frame &received)
 {
-    capture(received.bytes);
-    queue_.push_back({{0, 0, from.config().phy_id}, received.bytes});
+    queue_.push_back({{0, 0, from.config().phy_id}, received.bytes()});
+    capture(queue_.back().bytes);
 }
 
 std::vector<cpu_frame> cpu::take_frames()

@@ -11,13 +11,6 @@ namespace sim
 static constexpr uint32_t SHORTEST_CPU_FRAME = 14;
 static constexpr uint32_t LONGEST_CPU_FRAME = 9216;
 
-static mac_address mac_of(const uint8_t *bytes)
-{
-    mac_address mac;
-    std::copy_n(bytes, mac.size(), mac.begin());
-    return mac;
-}
-
 static int set_cpu_mac_addr(board &b, const uint8_t *mac)
 {
     b.fabric.add_cpu_mac(mac_of(mac));

@@ -30,6 +30,8 @@ struct slot_row {
 /* The families. */
 std::span<const slot_row> cpu_slots();
 std::span<const slot_row> port_slots();
+std::span<const slot_row> phy_slots();
+std::span<const slot_row> vlan_slots();
 std::span<const slot_row> poe_slots();
 
 /* Where driver calls go; set by drive(). */
@@ -48,6 +50,13 @@ template <class F> int with_port(board &b, uint32_t number, F use)
 {
     auto *found = b.find_port(number);
     return found ? use(*found) : -1;
+}
+
+inline mac_address mac_of(const uint8_t *bytes)
+{
+    mac_address mac;
+    std::copy_n(bytes, mac.size(), mac.begin());
+    return mac;
 }
 
 /* A slot's name as a template argument. */
@@ -73,15 +82,16 @@ inline std::optional<uint32_t> as_port(board &b, const pack_info *info)
     return found ? std::optional(found->config().number) : std::nullopt;
 }
 
-/* Sending occupies the CPU for a while; all other calls take no time. */
-template <class... A> time_us call_time(const board &, A...)
+/* Sending occupies the CPU for a while, and longer when a port is behind; all other calls take no time. */
+template <class... A> time_us call_time(board &, A...)
 {
     return 0;
 }
 
-inline time_us call_time(const board &b, const pack_info *, const uint8_t *, uint32_t)
+inline time_us call_time(board &b, const pack_info *info, const uint8_t *, uint32_t)
 {
-    return b.config().cpu_frame_us;
+    const auto *found = b.find_phy(info->phy_id);
+    return std::max<time_us>(b.config().cpu_frame_us, found ? found->out.room_in() : 0);
 }
 
 /* The function that goes into the table: fails, or calls the slot's own function with the board. */

@@ -18,7 +18,7 @@ static const std::vector<slot_row> &slots()
 {
     static const auto rows = [] {
         std::vector<slot_row> all;
-        for (const auto &family : {cpu_slots(), port_slots(), poe_slots()})
+        for (const auto &family : {cpu_slots(), port_slots(), phy_slots(), vlan_slots(), poe_slots()})
             all.insert(all.end(), family.begin(), family.end());
         return all;
     }();

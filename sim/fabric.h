@@ -5,29 +5,49 @@
 #ifndef SIM_FABRIC_H
 #define SIM_FABRIC_H
 
-#include <array>
 #include <functional>
 #include <set>
+#include <tuple>
 
 #include "port.h"
 
 namespace sim
 {
 
-using mac_address = std::array<uint8_t, 6>;
+constexpr uint32_t MAX_VLAN = 4094;
+
+/* How a member of a VLAN sends its frames out. */
+enum class egress_tag { TAGGED, UNTAGGED };
 
 class fabric
 {
   public:
-    /* to_cpu is called for every frame that a CPU MAC entry catches, with the port that it came in on. */
+    /* to_cpu is called for every frame that a CPU MAC or static entry leads to the CPU, with the port that it came in
+     * on. */
     explicit fabric(std::function<void(const port &, const frame &)> to_cpu);
 
-    /* Takes a frame that arrived at a port: the port's faults, the FCS check, then the CPU MAC entries. */
+    /* Makes a port one of those that frames are flooded to, an untagged member of the default VLAN. */
+    void attach(port &front);
+
+    /* Takes a frame that arrived at a port. */
     void ingress(port &at, frame &&arrived);
 
     void add_cpu_mac(const mac_address &mac);
     /* False when there is no such entry. */
     bool remove_cpu_mac(const mac_address &mac);
+
+    /* VLANs are 0 to MAX_VLAN. Joining again changes the tagging; leaving what one is not in changes nothing. */
+    void join(uint32_t vlan, port &member, egress_tag tagging);
+    void leave(uint32_t vlan, const port &member);
+
+    /* The address is the switch's own: frames to it that come in on that port in that VLAN go to the CPU. */
+    void add_static(uint32_t vlan, const mac_address &mac, const port &at);
+    /* False when there is no such entry. */
+    bool remove_static(uint32_t vlan, const mac_address &mac, const port &at);
+
+    /* While this lasts, untagged frames go to all ports, tagged ones nowhere. What a port floods is tagged, so a copy
+     * that comes back in has come to its end. */
+    bool broadcast_test = false;
 
     /* Sound frames that had nowhere to go. */
     uint64_t dropped() const
@@ -36,8 +56,21 @@ class fabric
     }
 
   private:
+    struct vlan_member {
+        port *at;
+        egress_tag tagging;
+    };
+    using vlan_members = std::vector<vlan_member>;
+
+    void forward(port &at, const frame &arrived);
+    void flood_everywhere(const frame &arrived);
+    bool flood(const port &at, const vlan_members &members, uint16_t vlan, const frame &arrived);
+
     std::function<void(const port &, const frame &)> to_cpu_;
     std::set<mac_address> cpu_macs_;
+    std::set<std::tuple<const port *, uint32_t, mac_address>> statics_;
+    std::vector<vlan_members> vlans_{MAX_VLAN + 1};
+    std::vector<port *> front_;
     uint64_t dropped_ = 0;
 };
 

@@ -4,15 +4,29 @@
  */
 #include "port.h"
 
+#include <utility>
+
 #include "ability.h"
 
 namespace sim
 {
 
-port::port(const port_config &config)
-    : config_(config), medium_(config.medium), modes_(config.modes), host_word_0_(config.host_word_0),
-      host_word_5_(config.host_word_5)
+port::port(const port_config &config, event_clock &clock, wire_rate rate)
+    : out(clock, rate, counters.ex_pkts), config_(config), medium_(config.medium), modes_(config.modes),
+      host_word_0_(config.host_word_0), host_word_5_(config.host_word_5)
 {
+}
+
+void port::link_up(egress::sink far_end)
+{
+    link = true;
+    out.open(speed(), std::move(far_end));
+}
+
+void port::link_down()
+{
+    link = false;
+    out.close();
 }
 
 port_status_row port::status() const

@@ -6,18 +6,13 @@
 #define SIM_PORT_H
 
 #include <cstdint>
-#include <vector>
 
 #include "board_config.h"
+#include "egress.h"
+#include "prbs.h"
 
 namespace sim
 {
-
-/* A frame from its destination MAC on, without FCS; damaged says that its FCS does not fit. */
-struct frame {
-    std::vector<uint8_t> bytes;
-    bool damaged = false;
-};
 
 struct port_counters {
     uint64_t in_pkts = 0;
@@ -28,7 +23,9 @@ struct port_counters {
 class port
 {
   public:
-    explicit port(const port_config &config);
+    port(const port_config &config, event_clock &clock, wire_rate rate);
+    port(const port &) = delete;
+    port &operator=(const port &) = delete;
 
     const port_config &config() const
     {
@@ -53,9 +50,17 @@ class port
     /* Counts a frame that arrives and lets this port's faults have it. False when the frame is lost. */
     bool take_in(frame &arrived);
 
+    /* For the port's wire: the link is there, frames go to far_end; and it is gone. */
+    void link_up(egress::sink far_end);
+    void link_down();
+
     bool on = true;
-    bool link = false; /* kept by the port's wire */
+    bool link = false;
+    bool looped = false;          /* the PHY sends what leaves back in, and ignores the cable */
+    uint16_t pvid = DEFAULT_VLAN; /* of untagged frames that come in */
     port_counters counters;
+    egress out;
+    prbs_run prbs;
 
   private:
     uint32_t ability_word(uint32_t medium) const

@@ -56,6 +56,12 @@ bool toml_reader::has(std::string_view key) const
     return table_.contains(key);
 }
 
+bool toml_reader::is_text(std::string_view key) const
+{
+    const auto *node = table_.get(key);
+    return node && node->is_string();
+}
+
 std::optional<int64_t> toml_reader::number(std::string_view key, number_range range) const
 {
     const auto *node = table_.get(key);

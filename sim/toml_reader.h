@@ -38,6 +38,7 @@ class toml_reader
     toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known);
 
     bool has(std::string_view key) const;
+    bool is_text(std::string_view key) const;
 
     /* The value of a key; nothing, or the fallback, when the key is not there. */
     std::optional<int64_t> number(std::string_view key, number_range range) const;

@@ -130,7 +130,7 @@ TEST(board_file, loads_every_shipped_board)
     for (const auto &entry : std::filesystem::directory_iterator(SHIPPED_BOARDS)) {
         const auto board = load_board(entry.path().string());
         EXPECT_EQ(board.name, entry.path().stem());
-        EXPECT_TRUE(board.ports.size() == 28 || board.ports.size() == 52) << entry.path();
+        EXPECT_FALSE(board.ports.empty()) << entry.path();
         ++boards;
     }
     EXPECT_GE(boards, 10);
