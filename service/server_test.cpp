@@ -83,6 +83,11 @@ static const struct {
     int (*handler)(int fd, facmsg_request *request);
 } REQUESTS[] = {
     {FACMSG_PACKET_TEST, facmsg_packet_test_fun},
+    {FACMSG_1G_10G_SWITCH, facmsg_1g_10g_switch_fun},
+    {FACMSG_10G_40G_SWITCH, facmsg_10g_40g_switch_fun},
+    {FACMSG_FC_ETHER_SWITCH, facmsg_fc_ether_switch_fun},
+    {FACMSG_COPPER_FIBER_SWITCH, facmsg_copper_fiber_switch_fun},
+    {FACMSG_PORT_BROADCAST, facmsg_port_broadcast_fun},
     {FACMSG_PORT_POE, facmsg_port_poe_fun},
     {FACMSG_MSG_DEBUG, facmsg_msg_debug_fun},
     {FACMSG_POE_DEBUG, facmsg_poe_debug_fun},
