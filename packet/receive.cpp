@@ -63,6 +63,15 @@ void enter_into_index(uint32_t port, uint32_t row)
     vexa_recv_counters.indexed.fetch_add(1, std::memory_order_release);
 }
 
+/* The port's row if it is claimed but not yet in the index. */
+uint32_t find_claimed_row(uint32_t port)
+{
+    for (uint32_t row = 0; row < COUNTED_PORTS; row++)
+        if (vexa_recv_counters.rows[row].load(std::memory_order_acquire) == (ROW_USED | port))
+            return row;
+    return NO_ROW;
+}
+
 /* The port's row if another thread is claiming it just now, else the next free one; NO_ROW when all are taken. */
 [[gnu::noinline]] uint32_t claim_row(uint32_t port)
 {
@@ -137,7 +146,9 @@ void vexa_recv_packet(const pack_info *info, const uint8_t *frame, uint32_t leng
 
 int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count)
 {
-    const uint32_t row = find_row(phy_id);
+    uint32_t row = find_row(phy_id);
+    if (row == NO_ROW)
+        row = find_claimed_row(phy_id);
     *count = row == NO_ROW ? 0 : vexa_recv_counters.counts[row].frames.load(std::memory_order_relaxed);
     return 0;
 }

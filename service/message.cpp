@@ -92,7 +92,7 @@ int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int 
 {
     if (payload_missing(payload_size, payload))
         return -1;
-    const scoped_close server(socket(AF_UNIX, SOCK_STREAM, 0));
+    const scoped_close server(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const int connected = connect_to_service(server.fd);
     if (connected != 0) {
         log_error("Connect service fail()ret:%d).\n", connected);

@@ -5,6 +5,7 @@
 #include "server_lib.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <pthread.h>
@@ -21,6 +22,21 @@ constexpr int LISTEN_BACKLOG = 32;
 
 uint8_t *facmsg_server_buf;
 
+/* The host's signals stay with its own threads: each one that landed here would cut a wait short. Those that a fault of
+ * the thread itself raises can't be kept away. */
+static int start_without_signals(pthread_t *thread, void *(*function)(void *))
+{
+    sigset_t kept_away;
+    sigfillset(&kept_away);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
+        sigdelset(&kept_away, fault);
+    sigset_t callers;
+    pthread_sigmask(SIG_SETMASK, &kept_away, &callers);
+    const int error = pthread_create(thread, nullptr, function, nullptr);
+    pthread_sigmask(SIG_SETMASK, &callers, nullptr);
+    return error;
+}
+
 int facmsg_server_init()
 {
     facmsg_server_buf = static_cast<uint8_t *>(malloc(FACMSG_BUFFER_SIZE));
@@ -29,7 +45,7 @@ int facmsg_server_init()
         return -1;
     }
     pthread_t thread;
-    if (pthread_create(&thread, nullptr, factory_ssa_lib_server_thread_func, nullptr) != 0) {
+    if (start_without_signals(&thread, factory_ssa_lib_server_thread_func) != 0) {
         log_error("Create factory ssa lib server fail.\n");
         free(facmsg_server_buf);
         facmsg_server_buf = nullptr;
