@@ -67,6 +67,11 @@ TEST(board_file, answers_a_wrong_file_with_place_and_expectation)
     const wrong_board in_front_of_a_port[] = {
         {"cables = [[1, 2]]", "b.toml:1:10: cables names port 2, expected a port of the board"},
         {"cables = [1]", "b.toml:1:11: cables holds 1, expected pairs of ports"},
+        {"poe = 3", "b.toml:1:7: poe is 3, expected a [poe] table"},
+        {"loads = [{ports = 1, class = 3, draw_mw = 9}]", "b.toml:1:19: ports names port 1, expected a port with PoE"},
+        {"loads = [{ports = 1, class = 9, draw_mw = 9}]",
+         "b.toml:1:30: class is 9, expected a whole number from 0 to 8"},
+        {"loads = [{ports = 1, class = 3}]", "b.toml:1:10: found no key draw_mw, expected ports, class and draw_mw"},
         {"cables = [[1, 1]]\nplugs = 1", "b.toml:2:9: plugs names port 1, which is cabled already"},
     };
     for (const auto &wrong : in_front_of_a_port)
