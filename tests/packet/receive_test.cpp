@@ -58,10 +58,6 @@ TEST(receive, counts_by_type_and_port)
         EXPECT_EQ(count_of(7), before + c.counted) << std::hex << c.type << std::dec << " " << c.length;
     }
     EXPECT_EQ(count_of(8), 0u);
-    for (const uint32_t phy_id : {0u, 0xFFFFFFFFu, 0x10007u}) {
-        receive(phy_id, TEST_FRAME);
-        EXPECT_EQ(count_of(phy_id), 1u);
-    }
     const uint32_t before = count_of(7);
     const pack_info info = {0xF0F0, 0xFFFF, 7};
     vexa_recv_packet(nullptr, TEST_FRAME.data(), 64);
@@ -140,16 +136,16 @@ TEST_F(fresh_receive, counts_like_a_table_of_256_rows)
 }
 
 /* Threads that receive from the same new ports in the same moment. False when a frame was lost. */
-static bool race_for_rows(uint32_t first_port, uint32_t ports)
+static bool race_for_rows(uint32_t first_port, uint32_t ports, uint32_t frames)
 {
-    constexpr uint32_t THREADS = 3, FRAMES = 2;
+    constexpr uint32_t THREADS = 3;
     std::atomic<uint32_t> arrived = 0;
     const auto run = [&] {
         for (uint32_t i = 0; i < ports; i++) {
             arrived++;
             while (arrived < (i + 1) * THREADS)
                 std::this_thread::yield();
-            for (uint32_t frame = 0; frame < FRAMES; frame++)
+            for (uint32_t frame = 0; frame < frames; frame++)
                 receive(first_port + i, TEST_FRAME);
         }
     };
@@ -158,13 +154,13 @@ static bool race_for_rows(uint32_t first_port, uint32_t ports)
         thread.join();
     bool exact = true;
     for (uint32_t i = 0; i < ports; i++)
-        exact = exact && count_of(first_port + i) == THREADS * FRAMES;
+        exact = exact && count_of(first_port + i) == THREADS * frames;
     return exact;
 }
 
 TEST_F(fresh_receive, loses_nothing_when_threads_race_for_a_row)
 {
-    EXPECT_TRUE(race_for_rows(0x1000, 256));
+    EXPECT_TRUE(race_for_rows(0x1000, 256, 2000));
     receive(0x2000, TEST_FRAME);
     EXPECT_EQ(count_of(0x2000), 0u) << "a port should have exactly one row";
 }
@@ -175,33 +171,13 @@ TEST_F(fresh_receive, loses_nothing_when_threads_race_for_the_last_row)
 {
     for (uint32_t port = 0; port < 255; port++)
         receive(port, TEST_FRAME);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(4);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
     for (int round = 0; round < 1000 && std::chrono::steady_clock::now() < end; round++) {
         const pid_t child = fork();
         if (child == 0)
-            _exit(race_for_rows(0x1000, 1) ? 0 : 1);
+            _exit(race_for_rows(0x1000, 1, 2) ? 0 : 1);
         int status = -1;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         ASSERT_EQ(status, 0) << "round " << round;
-    }
-}
-
-TEST(receive, is_exact_on_two_threads)
-{
-    const struct {
-        uint32_t first, second;
-    } cases[] = {{0x40, 0x40}, {0x41, 0x42}};
-    for (const auto &c : cases) {
-        const uint32_t first = count_of(c.first), second = count_of(c.second);
-        const auto run = [](uint32_t phy_id) {
-            for (int i = 0; i < 50000; i++)
-                receive(phy_id, TEST_FRAME);
-        };
-        std::thread a(run, c.first), b(run, c.second);
-        a.join();
-        b.join();
-        const uint32_t each = c.first == c.second ? 100000 : 50000;
-        EXPECT_EQ(count_of(c.first) - first, each);
-        EXPECT_EQ(count_of(c.second) - second, each);
     }
 }

@@ -244,8 +244,7 @@ void fake_driver::transmit(const pack_info &info, const uint8_t *frame, uint32_t
     fake_port *const port = find(info.phy_id - 0x100);
     if (port == nullptr)
         return;
-    if (port->sent++ == 0)
-        kept_frames.emplace_back(frame, frame + length);
+    port->sent++;
     for (int copy = port->copies ? port->copies(port->sent) : 1; copy > 0; copy--) {
         if (port->delay_waits == 0)
             vexa_recv_packet(&info, frame, length);

@@ -54,7 +54,6 @@ class fake_driver
     std::function<void(const pack_info &info, const uint8_t *frame, uint32_t length)> on_send;
     /* By name of slot: what it writes to its nth output (from 0); 0 without. */
     std::map<std::string_view, std::function<uint64_t(uint32_t port, int nth)>> answers;
-    std::vector<std::vector<uint8_t>> kept_frames; /* the first frame sent on each phy id */
 
     /* For the driver functions. */
     int enter(const char *slot, const std::string &arguments, uint32_t port = 0);

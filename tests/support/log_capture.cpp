@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <regex>
+#include <sstream>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -40,4 +41,14 @@ std::string log_capture::text() const
     raw.resize(static_cast<size_t>(std::max<ssize_t>(0, pread(file, raw.data(), raw.size(), 0))));
     static const std::regex prefix(R"((^|\n)\[FACTORY <([a-z0-9_]+)>:<[a-z0-9_]+\.cpp->[1-9][0-9]*>\] )");
     return std::regex_replace(raw, prefix, "$1$2: ");
+}
+
+std::string log_capture::text_of(const std::string &operation) const
+{
+    std::istringstream all(text());
+    std::string lines;
+    for (std::string line; std::getline(all, line);)
+        if (line.starts_with(operation + ": "))
+            lines += line.substr(operation.size() + 2) + "\n";
+    return lines;
 }

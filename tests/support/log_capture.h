@@ -18,6 +18,8 @@ class log_capture
     /* Everything logged so far. A line that starts with the log's prefix reads "operation: text"; any other line is
      * left as it was printed. Line ends are kept. */
     std::string text() const;
+    /* The lines of one operation, without its name. */
+    std::string text_of(const std::string &operation) const;
 
   private:
     int real_stdout;

@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -20,32 +20,16 @@ std::string frame(uint32_t type, uint32_t payload_size, const std::string &paylo
     return bytes_of(facmsg_header{type, payload_size}) + payload;
 }
 
-void enter_temporary_folder()
+temporary_folder::temporary_folder()
 {
-    static char folder[] = "/tmp/facmsg_test_XXXXXX";
-    static const bool entered = mkdtemp(folder) != nullptr && chdir(folder) == 0 && mkdir("tmp", 0700) == 0;
-    if (!entered)
-        abort();
-    static const int removed = atexit([] {
-        unlink(FACMSG_SOCKET_PATH);
-        rmdir("tmp");
-        rmdir(folder);
-    });
-    (void)removed;
-}
-
-side_folder::side_folder()
-{
-    enter_temporary_folder();
-    if (mkdir("side", 0700) != 0 || chdir("side") != 0 || mkdir("tmp", 0700) != 0)
+    if (mkdtemp(path) == nullptr || chdir(path) != 0 || mkdir("tmp", 0700) != 0)
         abort();
 }
 
-side_folder::~side_folder()
+temporary_folder::~temporary_folder()
 {
-    unlink(FACMSG_SOCKET_PATH);
-    if (rmdir("tmp") != 0 || chdir("..") != 0 || rmdir("side") != 0)
-        abort();
+    std::filesystem::current_path("/");
+    std::filesystem::remove_all(path);
 }
 
 bool wait_for_service()
@@ -60,7 +44,8 @@ bool wait_for_service()
 
 void start_service()
 {
-    enter_temporary_folder();
+    static const temporary_folder folder;
+    std::filesystem::current_path(folder.path);
     const vexa_diag_drv table = fake_table();
     static const bool started = vexa_ssa_regitser_interface(&table) == 0 && wait_for_service();
     if (!started)
@@ -113,7 +98,7 @@ std::string ask_service(const std::string &request)
     return request_client().send(request).reply();
 }
 
-std::string ask_dispatcher(uint32_t type, const std::string &payload)
+std::string ask_dispatcher(uint32_t type, const std::string &payload, request_handler handler)
 {
     alignas(8) char buffer[FACMSG_BUFFER_SIZE] = {};
     const std::string request = frame(type, static_cast<uint32_t>(payload.size()), payload);
@@ -121,7 +106,7 @@ std::string ask_dispatcher(uint32_t type, const std::string &payload)
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
         return "no socket pair";
-    facmsg_lib_test_main(ends[0], reinterpret_cast<facmsg_request *>(buffer));
+    handler(ends[0], reinterpret_cast<facmsg_request *>(buffer));
     close(ends[0]);
     const std::string reply = read_to_end(ends[1]);
     close(ends[1]);

@@ -6,6 +6,8 @@
 #define TESTS_SUPPORT_REQUEST_CLIENT_H
 
 #include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
 #include <string>
 
 #include "facmsg.h"
@@ -18,17 +20,16 @@ template <class Record> std::string bytes_of(const Record &record)
     return {reinterpret_cast<const char *>(&record), sizeof(record)};
 }
 
-/* Goes to a new folder that has a tmp/ in it; the process's first call only. */
-void enter_temporary_folder();
-
-/* Another such folder, for a test that binds the service's path itself; back at the end. */
-struct side_folder {
-    side_folder();
-    ~side_folder();
-    side_folder(const side_folder &) = delete;
+/* A new folder with a tmp/ in it: entered now, removed at the end. */
+struct temporary_folder {
+    temporary_folder();
+    ~temporary_folder();
+    temporary_folder(const temporary_folder &) = delete;
+    char path[32] = "/tmp/facmsg_test_XXXXXX";
 };
 
-/* In such a folder: registers the fake driver's table and waits until the service answers. First call only. */
+/* Registers the fake driver's table in a folder of the service's own, and waits until the service answers; later calls
+ * only go to that folder. */
 void start_service();
 bool wait_for_service();
 
@@ -46,8 +47,20 @@ class request_client
     int fd;
 };
 
-/* Sends a whole request and reads the reply: over the socket to the service, or straight into the dispatcher. */
+/* Sends a whole request and reads the reply: over the socket to the service, or straight into a handler. */
 std::string ask_service(const std::string &request);
-std::string ask_dispatcher(uint32_t type, const std::string &payload);
+using request_handler = int (*)(int fd, facmsg_request *request);
+std::string ask_dispatcher(uint32_t type, const std::string &payload, request_handler handler = facmsg_lib_test_main);
+
+/* The reply to a record, from the dispatcher or another handler: of the same type and size, or of reply_type. */
+template <class Record>
+Record answered(uint32_t type, Record record, request_handler handler = facmsg_lib_test_main, uint32_t reply_type = ~0u)
+{
+    const std::string reply = ask_dispatcher(type, bytes_of(record), handler);
+    EXPECT_EQ(reply.substr(0, 8), frame(reply_type == ~0u ? type : reply_type, sizeof(record)));
+    EXPECT_EQ(reply.size(), 8 + sizeof(record));
+    memcpy(&record, reply.data() + 8, std::min(sizeof(record), reply.size() - 8));
+    return record;
+}
 
 #endif

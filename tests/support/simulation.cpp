@@ -6,9 +6,9 @@
 
 #include <atomic>
 #include <cerrno>
-#include <map>
 #include <mutex>
 #include <pthread.h>
+#include <set>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <thread>
@@ -20,7 +20,7 @@ static std::atomic<uint64_t> clock_us = 1000000;
 static thread_local int allocations_until_failure;
 static thread_local size_t failed_size;
 static std::mutex mutex;
-static auto &failures = *new std::map<std::string, int>; /* the server thread may outlive main */
+static auto &failures = *new std::set<std::string>; /* the server thread may outlive main */
 
 namespace simulation
 {
@@ -43,10 +43,15 @@ size_t failed_allocation_size()
     return failed_size;
 }
 
-void fail_next(const std::string &function, int error)
+void fail_next(const std::string &function)
 {
     const std::lock_guard lock(mutex);
-    failures[function] = error;
+    failures.insert(function);
+}
+
+void pass(uint64_t us)
+{
+    clock_us += us;
 }
 
 } // namespace simulation
@@ -69,20 +74,10 @@ static bool allocation_fails(size_t size)
     return true;
 }
 
-static int ordered_error(const char *function)
+static bool ordered_to_fail(const char *function)
 {
     const std::lock_guard lock(mutex);
-    const auto order = failures.extract(function);
-    return order.empty() ? 0 : order.mapped();
-}
-
-template <class F> static int unless_ordered(const char *function, F real)
-{
-    const int error = ordered_error(function);
-    if (error == 0)
-        return real();
-    errno = error;
-    return -1;
+    return failures.erase(function) != 0;
 }
 
 extern "C" {
@@ -90,11 +85,6 @@ extern "C" {
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 int __real_unlink(const char *path);
-int __real_socket(int domain, int type, int protocol);
-int __real_bind(int fd, const sockaddr *address, socklen_t length);
-int __real_listen(int fd, int backlog);
-int __real_accept4(int fd, sockaddr *address, socklen_t *length, int flags);
-int __real_pthread_create(pthread_t *thread, const pthread_attr_t *attr, void *(*run)(void *), void *arg);
 
 unsigned __wrap_sleep(unsigned seconds)
 {
@@ -108,6 +98,8 @@ int __wrap_usleep(useconds_t us)
 
 int __wrap_gettimeofday(timeval *now, void *)
 {
+    if (ordered_to_fail("gettimeofday"))
+        return -1;
     *now = {static_cast<time_t>(clock_us / 1000000), static_cast<suseconds_t>(clock_us % 1000000)};
     return 0;
 }
@@ -136,29 +128,16 @@ int __wrap_unlink(const char *path)
     return 0;
 }
 
-int __wrap_socket(int domain, int type, int protocol)
-{
-    return unless_ordered("socket", [=] { return __real_socket(domain, type, protocol); });
-}
-
-int __wrap_bind(int fd, const sockaddr *address, socklen_t length)
-{
-    return unless_ordered("bind", [=] { return __real_bind(fd, address, length); });
-}
-
-int __wrap_listen(int fd, int backlog)
-{
-    return unless_ordered("listen", [=] { return __real_listen(fd, backlog); });
-}
-
-int __wrap_accept4(int fd, sockaddr *address, socklen_t *length, int flags)
-{
-    return unless_ordered("accept", [=] { return __real_accept4(fd, address, length, flags); });
-}
-
-int __wrap_pthread_create(pthread_t *thread, const pthread_attr_t *attr, void *(*run)(void *), void *arg)
-{
-    const int error = ordered_error("pthread_create");
-    return error != 0 ? error : __real_pthread_create(thread, attr, run, arg);
-}
+#define FAILS_ON_ORDER(function, parameters, arguments)                                         \
+    int __real_##function parameters;                                                           \
+    int __wrap_##function parameters                                                            \
+    {                                                                                           \
+        return ordered_to_fail(#function) ? (errno = EMFILE, -1) : __real_##function arguments; \
+    }
+FAILS_ON_ORDER(socket, (int domain, int type, int protocol), (domain, type, protocol))
+FAILS_ON_ORDER(bind, (int fd, const sockaddr *address, socklen_t length), (fd, address, length))
+FAILS_ON_ORDER(listen, (int fd, int backlog), (fd, backlog))
+FAILS_ON_ORDER(accept4, (int fd, sockaddr *address, socklen_t *length, int flags), (fd, address, length, flags))
+FAILS_ON_ORDER(pthread_create, (pthread_t * thread, const pthread_attr_t *attr, void *(*run)(void *), void *arg),
+               (thread, attr, run, arg))
 }

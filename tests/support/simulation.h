@@ -16,6 +16,7 @@ namespace simulation
 
 /* Waits return at once, leave "wait_us(N)" in the trace, and move this clock on. */
 uint64_t now_us();
+void pass(uint64_t us); /* time that passes without a wait */
 
 /* Called in every wait, on the waiting thread. Set it while nothing waits. */
 extern std::function<void()> &on_wait;
@@ -25,9 +26,9 @@ void fail_allocation(int nth);
 /* How many bytes the allocation that failed asked for; 0 when none failed yet. */
 size_t failed_allocation_size();
 
-/* The next call of this function, on any thread, fails with this errno. pthread_create, socket, bind, listen, accept.
- */
-void fail_next(const std::string &function, int error);
+/* The next call of this function, on any thread, fails with EMFILE: pthread_create, socket, bind, listen, accept4,
+ * gettimeofday. */
+void fail_next(const std::string &function);
 
 } // namespace simulation
 
