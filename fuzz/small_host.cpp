@@ -1,52 +1,96 @@
 /* SPDX-License-Identifier: MIT
  *
- * Port 1 is healthy, port 2 loses the first frames of its first burst, port 3 has no link. Its answers depend on what
- * it is asked and nothing else, so that a finding can be repeated.
+ * Ports 1 and 2 are healthy, but port 2 loses its first frames; port 3 has link in unit 0 only. Answers depend on the
+ * input and nothing else, so that a finding can be repeated.
  */
 #include "small_host.h"
 
 #include <cstdio>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include "facmsg.h"
 
-static uint32_t sent;
+static uint32_t frames_sent, calls, failing_call, readings;
+static time_t clock_s;
+
+static int answer()
+{
+    return ++calls == failing_call ? -1 : 0;
+}
+
+/* Outputs take small values in turn. */
+static void write(uint32_t *to)
+{
+    *to = ++readings % 5;
+}
+
+static void write(uint64_t *to)
+{
+    *to = ++readings % 5;
+}
+
+static void write(uint8_t *to)
+{
+    *to = ++readings % 2;
+}
+
+static void write(ex_speed_support *to)
+{
+    *to = {1, ++readings % 2 == 0, 1, 1};
+}
+
+template <class Input> static void write(Input) {}
+
+template <class... Arguments> static void provide(int (*vexa_diag_drv::*slot)(Arguments...))
+{
+    facmsg_vexa_diag_drv.*slot = [](Arguments... arguments) {
+        (write(arguments), ...);
+        return answer();
+    };
+}
 
 void small_host_start()
 {
     if (freopen("/dev/null", "w", stdout) == nullptr)
         __builtin_trap();
+    using drv = vexa_diag_drv;
     vexa_diag_drv &table = facmsg_vexa_diag_drv;
-    table.get_status = [](uint32_t, uint32_t port, port_status_row *row) {
-        *row = {0, port != 3, 3, 0, 2, 0};
-        return 0;
+    table.get_status = [](uint32_t unit, uint32_t port, port_status_row *row) {
+        *row = {0, port != 3 || unit == 0, 3, 0, 2, 0};
+        return answer();
     };
-    table.set_status = [](uint32_t, uint32_t, port_status_row *row) { return row->speed == 5 ? -1 : 0; };
     table.get_ability = [](uint32_t, uint32_t port, port_ability_row *row) {
-        *row = {port <= 3 ? 0x60000FFFu : 0, port <= 2 ? 0x40000FFFu : 0};
+        *row = {port <= 3 ? 0x6E000FFFu : 0, port <= 2 ? 0x5E002FFFu : 0};
         return port <= 3 || port > 250 ? 0 : -1;
     };
     table.get_port_phyid = [](uint32_t port, void *record) {
         *static_cast<uint32_t *>(record) = port + 0x100;
-        return 0;
+        return answer();
     };
-    table.set_cpu_mac_addr = [](const uint8_t *) { return 0; };
-    table.clear_cpu_mac_addr = [](const uint8_t *) { return 0; };
-    table.port_on_off = [](uint32_t, uint32_t, uint32_t) { return 0; };
-    table.set_factory_mode = [] { return 0; };
-    table.set_port_debug_level = [](int32_t level) { return level == 9 ? -1 : 0; };
-    table.set_poe_debug_level = [](int32_t level) { return level == 9 ? -1 : 0; };
     table.send_packet = [](const pack_info *info, const uint8_t *frame, uint32_t length) {
-        if (info->phy_id != 0x102 || ++sent > 5)
+        if (info->phy_id != 0x102 || ++frames_sent > 5)
             vexa_recv_packet(info, frame, length);
-        return 0;
+        return answer();
     };
+    const auto provide_all = [](auto... slots) { (provide(slots), ...); };
+    provide_all(&drv::set_status, &drv::set_factory_mode, &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr,
+                &drv::set_port_debug_level, &drv::set_poe_debug_level, &drv::port_on_off, &drv::port_broadcast_begin,
+                &drv::port_broadcast_end, &drv::get_port_fcs, &drv::port_vlan_pair, &drv::set_pvid, &drv::vlan,
+                &drv::vlan_static_mac, &drv::begin_end_prbs, &drv::get_clear_prbs_status, &drv::port_vlan1,
+                &drv::port_phy_loopback, &drv::port_speed_prepare, &drv::get_port_type, &drv::get_port_stat,
+                &drv::clear_port_stat, &drv::get_ex_speed_support);
+    provide_all(&drv::poe_set_port_enable, &drv::poe_get_power_state, &drv::poe_get_overload, &drv::poe_set_max_power,
+                &drv::poe_get_power, &drv::poe_get_pd_class, &drv::poe_get_mcu_ver, &drv::poe_mcu_upg,
+                &drv::poe_get_vop_test_result);
 }
 
-void small_host_reset()
+void small_host_reset(uint8_t plan)
 {
-    sent = 0;
-    facmsg_dbg = 0;
+    frames_sent = calls = readings = 0;
+    failing_call = plan / 2;
+    clock_s = 0;
+    facmsg_dbg = plan % 2 != 0 ? 2 : 0;
 }
 
 extern "C" {
@@ -58,6 +102,12 @@ unsigned __wrap_sleep(unsigned)
 
 int __wrap_usleep(useconds_t)
 {
+    return 0;
+}
+
+int __wrap_gettimeofday(timeval *now, void *)
+{
+    *now = {clock_s += 20, 0}; /* two bursts of a sender that goes on for 30 s */
     return 0;
 }
 
