@@ -49,32 +49,34 @@ TEST(poe, a_fault_shows_on_its_port_alone_and_all_outputs_are_left_on)
     const uint32_t no_supply = 3850 << 16 | 17, no_overload = 2550 << 16 | 19;
     const struct {
         const char *board;
-        uint32_t type, port, result;
+        uint32_t type, port, result, seconds;
         verdict expected;
     } cases[] = {
-        {"healthy-28", 6, 12, 0, {0, 4, 0, 0}},
-        {"healthy-28", 13, 5, 0, {0, 8, 0, 0}},
-        {"healthy-28", 14, 5, 0, {0, 8, 0, 0}},
-        {"poe-power-unreadable", 6, 12, 1, {0, 4, 0, 12}},
-        {"poe-limit-refused", 13, 12, 1, {0, 4, 13, 0}},
-        {"poe-state-unreadable", 6, 12, 1, {14, 0, 0, 0}},
-        {"poe-stays-off", 13, 12, 1, {15, 0, 0, 0}},
-        {"poe-no-detection", 6, 12, 1, {16, 0, 0, 0}},
-        {"poe-low-supply", 6, 12, 1, {no_supply, 0, 0, 0}},
-        {"poe-overload-unreadable", 6, 12, 1, {0, 4, 18, 0}},
-        {"poe-no-overload", 6, 12, 1, {0, 4, no_overload, 0}},
-        {"poe-late-overload", 13, 12, 0, {0, 4, 0, 0}},
-        {"poe-stays-on", 13, 12, 1, {0, 4, 0, 20}},
-        {"poe-hungry-device", 14, 5, 1, {21, 0, 0, 0}},
-        {"poe-class-too-high", 6, 12, 1, {17, 0, 0, 0}},
-        {"poe-class-too-high", 13, 12, 1, {22, 0, 0, 0}},
-        {"poe-class-unreadable", 6, 12, 1, {0, 255, 0, 0}},
-        {"poe-wrong-class", 6, 12, 0, {0, 2, 0, 0}},
+        {"healthy-28", 6, 12, 0, 26, {0, 4, 0, 0}},
+        {"healthy-28", 13, 5, 0, 52, {0, 8, 0, 0}},
+        {"healthy-28", 14, 5, 0, 31, {0, 8, 0, 0}},
+        {"poe-power-unreadable", 6, 12, 1, 26, {0, 4, 0, 12}},
+        {"poe-limit-refused", 13, 12, 1, 72, {0, 4, 13, 0}},
+        {"poe-state-unreadable", 6, 12, 1, 26, {14, 0, 0, 0}},
+        {"poe-stays-off", 13, 12, 1, 52, {15, 0, 0, 0}},
+        {"poe-no-detection", 6, 12, 1, 26, {16, 0, 0, 0}},
+        {"poe-low-supply", 6, 12, 1, 26, {no_supply, 0, 0, 0}},
+        {"poe-overload-unreadable", 6, 12, 1, 46, {0, 4, 18, 0}},
+        {"poe-no-overload", 6, 12, 1, 46, {0, 4, no_overload, 0}},
+        {"poe-late-overload", 13, 12, 0, 72, {0, 4, 0, 0}},
+        {"poe-stays-on", 13, 12, 1, 52, {0, 4, 0, 20}},
+        {"poe-hungry-device", 14, 5, 1, 31, {21, 0, 0, 0}},
+        {"poe-class-too-high", 6, 12, 1, 26, {17, 0, 0, 0}},
+        {"poe-class-too-high", 13, 12, 1, 52, {22, 0, 0, 0}},
+        {"poe-class-unreadable", 6, 12, 1, 26, {0, 255, 0, 0}},
+        {"poe-wrong-class", 6, 12, 0, 26, {0, 2, 0, 0}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.board);
         poe_bench bench("base = \"" + std::string(c.board) + ".toml\"");
+        const auto start = bench.board.clock.now();
         const auto reply = bench.ask<poe_test_reply>(c.type);
+        EXPECT_EQ(bench.board.clock.now() - start, c.seconds * 1000000);
         EXPECT_EQ(reply.result, c.result);
         ASSERT_EQ(reply.port_count, c.type == 13 ? 16u : 8u);
         for (uint32_t k = 0; k < reply.port_count; ++k) {
@@ -96,6 +98,18 @@ TEST(poe, a_device_below_three_watts_trips_nothing)
 {
     poe_bench bench("base = \"healthy-28.toml\"\n[[loads]]\nports = 9\nclass = 1\ndraw_mw = 2990\n");
     EXPECT_EQ(bench.ask<poe_test_reply>(6).overload_code[0], 299u << 16 | 19);
+}
+
+TEST(poe, an_output_that_goes_on_again_searches_anew)
+{
+    poe_bench bench("base = \"healthy-28.toml\"");
+    auto &output = *bench.board.poe.find(9);
+    for (const auto expected : {poe_state::SEARCHING, poe_state::SEARCHING, poe_state::POWERED}) {
+        output.enable(expected == poe_state::POWERED); /* the last time it stays on */
+        output.enable(true);
+        bench.time.wait(1000000);
+        EXPECT_EQ(output.state(), expected);
+    }
 }
 
 TEST(poe, vop_is_measured_at_outputs_that_are_off)
