@@ -14,11 +14,11 @@ namespace sim
 static constexpr time_us FPGA_ANSWER_US = 500;
 
 board::board(board_config config)
-    : cpu(clock), fabric([this](const port &from, const frame &f) { cpu.receive(from, f); }), fpga(config.fpga_silent),
-      calls(config.call_faults), poe(clock, config), config_(std::move(config))
+    : cpu(clock), fabric(with_room_, [this](const port &from, const frame &f) { cpu.receive(from, f); }),
+      fpga(config.fpga_silent), calls(config.call_faults), poe(clock, config), config_(std::move(config))
 {
     for (const auto &[number, description] : config_.ports) {
-        auto &added = ports_.try_emplace(number, description, clock, rate()).first->second;
+        auto &added = ports_.try_emplace(number, description, clock, rate(), with_room_).first->second;
         by_phy_[description.phy_id] = &added;
         description.faces_fpga ? connect_fpga(added) : connect(added);
     }

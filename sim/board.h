@@ -52,6 +52,10 @@ class board
     /* Sends a frame from the CPU out of a port. A port without link takes it and loses it, as hardware does. */
     void transmit(port &out, std::span<const uint8_t> bytes);
 
+  private:
+    port_set with_room_; /* ports that take another frame to send */
+
+  public:
     event_clock clock;
     sim::cpu cpu;
     sim::fabric fabric;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 
 #include <fmt/format.h>
@@ -45,34 +46,41 @@ static void read_head(const toml_reader &reader, board_config &board)
     board.boot_ms = reader.word("boot_ms", {0, 3600000}, board.boot_ms);
 }
 
-/* Adds a cable, or a plug when a and b are the same. */
-static void add_cable(const toml_reader &reader, std::string_view key, board_config &board, uint32_t a, uint32_t b)
+/* The ends of every cable of this file, in order; a plug has the same port at both ends. */
+static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const toml_reader &reader)
 {
-    for (const auto number : {a, b}) {
-        if (!board.ports.count(number) || board.ports.at(number).faces_fpga)
-            reader.fail(key, fmt::format("{} names port {}, expected a port of the board", key, number));
-        for (const auto &[one, other] : board.cables) {
-            if (number == one || number == other)
-                reader.fail(key, fmt::format("{} names port {}, which is cabled already, expected a port without cable "
-                                             "or plug",
-                                             key, number));
-        }
+    std::vector<std::pair<uint32_t, uint32_t>> cables;
+    if (reader.is_text("cables")) {
+        const auto neighbours = reader.ports("cables");
+        if (neighbours.size() % 2)
+            reader.fail("cables", "cables names an odd number of ports, expected pairs of neighbours");
+        for (size_t i = 0; i < neighbours.size(); i += 2)
+            cables.emplace_back(neighbours[i], neighbours[i + 1]);
+    } else {
+        reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { cables.emplace_back(a, b); });
     }
-    board.cables.emplace_back(a, b);
+    for (const auto number : reader.ports("plugs"))
+        cables.emplace_back(number, number);
+    return cables;
 }
 
-/* Pairs of ports, or ports of which neighbours in the list make a pair. */
+/* Whoever cables a port takes the base's cable or plug out of it. */
 static void read_cables(const toml_reader &reader, board_config &board)
 {
-    const auto neighbours = reader.is_text("cables") ? reader.ports("cables") : std::vector<uint32_t>();
-    if (neighbours.size() % 2)
-        reader.fail("cables", "cables names an odd number of ports, expected pairs");
-    for (size_t i = 0; i < neighbours.size(); i += 2)
-        add_cable(reader, "cables", board, neighbours[i], neighbours[i + 1]);
-    if (neighbours.empty())
-        reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { add_cable(reader, "cables", board, a, b); });
-    for (const auto number : reader.ports("plugs"))
-        add_cable(reader, "plugs", board, number, number);
+    std::set<uint32_t> cabled;
+    for (const auto &[a, b] : cables_in(reader)) {
+        const std::string_view key = a == b && reader.has("plugs") ? "plugs" : "cables";
+        for (const auto number : std::set{a, b}) {
+            if (!board.ports.count(number) || board.ports.at(number).faces_fpga)
+                reader.fail(key, fmt::format("{} names port {}, expected a port of the board", key, number));
+            if (!cabled.insert(number).second)
+                reader.fail(key, fmt::format("{} names port {}, which is cabled already, expected a port without "
+                                             "cable or plug",
+                                             key, number));
+            std::erase_if(board.cables, [=](auto &known) { return known.first == number || known.second == number; });
+        }
+        board.cables.emplace_back(a, b);
+    }
 }
 
 /* The two internal ports behind which the FPGA is. */

@@ -16,7 +16,9 @@ namespace sim
 static constexpr size_t FRAME_OVERHEAD = 24;
 static constexpr size_t SHORTEST_FRAME = 60;
 
+/* A queue is full when it holds that much. */
 static constexpr size_t QUEUE_FRAMES = 512;
+static constexpr uint64_t QUEUE_NS = 1000000000;
 static constexpr size_t PLENTY_BELOW_FRAMES = 64;
 
 uint64_t wire_rate::frame_ns(uint32_t speed, size_t length) const
@@ -26,8 +28,9 @@ uint64_t wire_rate::frame_ns(uint32_t speed, size_t length) const
     return std::max<uint64_t>(bits * 1000000 / kbps, 1);
 }
 
-egress::egress(event_clock &clock, wire_rate rate, uint64_t &transmitted)
-    : clock_(clock), rate_(rate), transmitted_(transmitted), queue_(QUEUE_FRAMES)
+egress::egress(event_clock &clock, wire_rate rate, uint32_t number, port_set &with_room, uint64_t &transmitted)
+    : clock_(clock), rate_(rate), number_(number), with_room_(with_room), transmitted_(transmitted),
+      queue_(QUEUE_FRAMES)
 {
 }
 
@@ -36,22 +39,44 @@ void egress::open(uint32_t speed, sink far_end)
     speed_ = speed;
     far_end_ = std::move(far_end);
     free_at_ns_ = 0;
+    with_room_.put(number_, true);
 }
 
 void egress::close()
 {
     ++era_;
-    far_end_ = nullptr;
-    std::fill(queue_.begin(), queue_.end(), std::nullopt);
-    waiting_ = 0;
+    while (waiting_)
+        take_from_queue();
+    with_room_.put(number_, false);
+}
+
+void egress::put_in_queue(frame &&added)
+{
+    const auto wire_ns = rate_.frame_ns(speed_, added.size());
+    queue_[(first_ + waiting_) % QUEUE_FRAMES] = {std::move(added), wire_ns};
+    ++waiting_;
+    waiting_ns_ += wire_ns;
+    with_room_.put(number_, waiting_ < QUEUE_FRAMES && waiting_ns_ < QUEUE_NS);
+}
+
+frame egress::take_from_queue()
+{
+    auto &[waiting, wire_ns] = queue_[first_];
+    auto taken = std::move(*waiting);
+    waiting.reset();
+    first_ = (first_ + 1) % QUEUE_FRAMES;
+    --waiting_;
+    waiting_ns_ -= wire_ns;
+    with_room_.put(number_, waiting_ns_ < QUEUE_NS);
+    return taken;
 }
 
 void egress::send(frame &&sent)
 {
-    if (!has_room())
+    if (!with_room_.has(number_))
         return;
-    queue_[(first_ + waiting_) % QUEUE_FRAMES] = std::move(sent);
-    if (++waiting_ > 1)
+    put_in_queue(std::move(sent));
+    if (waiting_ > 1)
         return;
     free_at_ns_ = std::max(clock_.now() * 1000, free_at_ns_);
     start_next();
@@ -60,7 +85,7 @@ void egress::send(frame &&sent)
 /* Nanoseconds add up inside, so that rounding to the clock does not slow a burst down. */
 void egress::start_next()
 {
-    free_at_ns_ += rate_.frame_ns(speed_, front().size());
+    free_at_ns_ += queue_[first_].wire_ns;
     clock_.after((free_at_ns_ + 999) / 1000 - clock_.now(), [this, era = era_] {
         if (era == era_)
             finish();
@@ -69,10 +94,7 @@ void egress::start_next()
 
 void egress::finish()
 {
-    auto sent = std::move(*queue_[first_]);
-    queue_[first_].reset();
-    first_ = (first_ + 1) % QUEUE_FRAMES;
-    --waiting_;
+    auto sent = take_from_queue();
     ++transmitted_;
     if (waiting_)
         start_next();

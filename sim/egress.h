@@ -10,6 +10,7 @@
 
 #include "event_clock.h"
 #include "frame.h"
+#include "port_set.h"
 
 namespace sim
 {
@@ -28,8 +29,9 @@ class egress
   public:
     using sink = std::function<void(frame &&)>;
 
-    /* Counts what has left in transmitted. Orders events on the clock, so it must not move. */
-    egress(event_clock &clock, wire_rate rate, uint64_t &transmitted);
+    /* Of the port with that number, which is among those with room while frames can be sent. Counts what has left in
+     * transmitted. Orders events on the clock, so it must not move. */
+    egress(event_clock &clock, wire_rate rate, uint32_t number, port_set &with_room, uint64_t &transmitted);
     egress(const egress &) = delete;
     egress &operator=(const egress &) = delete;
 
@@ -37,33 +39,33 @@ class egress
     void open(uint32_t speed, sink far_end);
     void close();
 
-    /* Queues a frame; lost when the way is closed or the queue is full. */
-    bool has_room() const
-    {
-        return far_end_ && waiting_ < queue_.size();
-    }
+    /* Queues a frame; lost when there is no room. */
     void send(frame &&sent);
 
     /* How long a sender that waits for room has to wait; 0 while there is plenty. */
     time_us room_in() const;
 
   private:
+    void put_in_queue(frame &&added);
+    frame take_from_queue();
     void start_next();
     void finish();
-    const frame &front() const
-    {
-        return *queue_[first_];
-    }
-
     event_clock &clock_;
     const wire_rate rate_;
+    const uint32_t number_;
+    port_set &with_room_;
     uint64_t &transmitted_;
     sink far_end_;
     uint32_t speed_ = 0;
-    std::vector<std::optional<frame>> queue_; /* a ring */
+    struct entry {
+        std::optional<frame> waiting;
+        uint64_t wire_ns;
+    };
+    std::vector<entry> queue_; /* a ring */
     size_t first_ = 0;
-    size_t waiting_ = 0;      /* includes the frame that is on its way */
-    uint64_t free_at_ns_ = 0; /* when the wire has sent that frame */
+    size_t waiting_ = 0; /* includes the frame that is on its way */
+    uint64_t waiting_ns_ = 0;
+    uint64_t free_at_ns_ = 0; /* when the wire has sent the frame on its way */
     uint64_t era_ = 0;        /* changes when the way closes; outdates what was under way */
 };
 

@@ -10,11 +10,15 @@
 namespace sim
 {
 
-fabric::fabric(std::function<void(const port &, const frame &)> to_cpu) : to_cpu_(std::move(to_cpu)) {}
+fabric::fabric(const port_set &with_room, std::function<void(const port &, const frame &)> to_cpu)
+    : with_room_(with_room), to_cpu_(std::move(to_cpu))
+{
+}
 
 void fabric::attach(port &front)
 {
-    front_.push_back(&front);
+    by_number_[front.config().number] = &front;
+    front_.put(front.config().number, true);
     join(DEFAULT_VLAN, front, egress_tag::UNTAGGED);
 }
 
@@ -41,8 +45,6 @@ static uint16_t vlan_of(const port &at, const frame &arrived)
 
 static void send_out(port &to, egress_tag tagging, uint16_t vlan, const frame &arrived)
 {
-    if (!to.out.has_room())
-        return;
     auto leaving = arrived;
     if (tagging == egress_tag::UNTAGGED)
         leaving.tag.reset();
@@ -51,7 +53,7 @@ static void send_out(port &to, egress_tag tagging, uint16_t vlan, const frame &a
     to.out.send(std::move(leaving));
 }
 
-void fabric::forward(port &at, const frame &arrived)
+void fabric::forward(const port &at, const frame &arrived)
 {
     const auto vlan = vlan_of(at, arrived);
     if (!statics_.empty() && statics_.count({&at, vlan, arrived.destination()}))
@@ -59,27 +61,22 @@ void fabric::forward(port &at, const frame &arrived)
     /* Nothing is learned, so a frame to one address floods like a broadcast; only the default VLAN, where nobody set
      * that up, holds it back. */
     const bool held_back = vlan == DEFAULT_VLAN && !arrived.to_many();
-    if (vlan > MAX_VLAN || held_back || !flood(at, vlans_[vlan], vlan, arrived))
+    const auto number = at.config().number;
+    if (vlan > MAX_VLAN || held_back || !vlans_[vlan].members.has(number)) {
         ++dropped_;
-}
-
-/* False when the port is no member, or the only one. */
-bool fabric::flood(const port &at, const vlan_members &members, uint16_t vlan, const frame &arrived)
-{
-    const auto is_at = [&](const vlan_member &member) { return member.at == &at; };
-    if (std::none_of(members.begin(), members.end(), is_at))
-        return false;
-    for (const auto &member : members) {
-        if (!is_at(member))
-            send_out(*member.at, member.tagging, vlan, arrived);
+        return;
     }
-    return members.size() > 1;
+    const auto &[members, untagged] = vlans_[vlan];
+    members.for_each_also_in(with_room_, [&](uint32_t to) {
+        if (to != number)
+            send_out(*by_number_[to], untagged.has(to) ? egress_tag::UNTAGGED : egress_tag::TAGGED, vlan, arrived);
+    });
 }
 
 void fabric::flood_everywhere(const frame &arrived)
 {
-    for (auto *to : front_)
-        send_out(*to, egress_tag::TAGGED, DEFAULT_VLAN, arrived);
+    front_.for_each_also_in(with_room_,
+                            [&](uint32_t to) { send_out(*by_number_[to], egress_tag::TAGGED, DEFAULT_VLAN, arrived); });
 }
 
 void fabric::add_cpu_mac(const mac_address &mac)
@@ -92,15 +89,15 @@ bool fabric::remove_cpu_mac(const mac_address &mac)
     return cpu_macs_.erase(mac) != 0;
 }
 
-void fabric::join(uint32_t vlan, port &member, egress_tag tagging)
+void fabric::join(uint32_t vlan, const port &member, egress_tag tagging)
 {
-    leave(vlan, member);
-    vlans_[vlan].push_back({&member, tagging});
+    vlans_[vlan].members.put(member.config().number, true);
+    vlans_[vlan].untagged.put(member.config().number, tagging == egress_tag::UNTAGGED);
 }
 
 void fabric::leave(uint32_t vlan, const port &member)
 {
-    std::erase_if(vlans_[vlan], [&](const vlan_member &known) { return known.at == &member; });
+    vlans_[vlan].members.put(member.config().number, false);
 }
 
 void fabric::add_static(uint32_t vlan, const mac_address &mac, const port &at)

@@ -22,9 +22,9 @@ enum class egress_tag { TAGGED, UNTAGGED };
 class fabric
 {
   public:
-    /* to_cpu is called for every frame that a CPU MAC or static entry leads to the CPU, with the port that it came in
-     * on. */
-    explicit fabric(std::function<void(const port &, const frame &)> to_cpu);
+    /* with_room are the ports that take another frame to send; to_cpu is called for every frame that a CPU MAC or
+     * static entry leads to the CPU, with the port that it came in on. */
+    fabric(const port_set &with_room, std::function<void(const port &, const frame &)> to_cpu);
 
     /* Makes a port one of those that frames are flooded to, an untagged member of the default VLAN. */
     void attach(port &front);
@@ -37,7 +37,7 @@ class fabric
     bool remove_cpu_mac(const mac_address &mac);
 
     /* VLANs are 0 to MAX_VLAN. Joining again changes the tagging; leaving what one is not in changes nothing. */
-    void join(uint32_t vlan, port &member, egress_tag tagging);
+    void join(uint32_t vlan, const port &member, egress_tag tagging);
     void leave(uint32_t vlan, const port &member);
 
     /* The address is the switch's own: frames to it that come in on that port in that VLAN go to the CPU. */
@@ -56,21 +56,21 @@ class fabric
     }
 
   private:
-    struct vlan_member {
-        port *at;
-        egress_tag tagging;
+    struct vlan_entry {
+        port_set members;
+        port_set untagged;
     };
-    using vlan_members = std::vector<vlan_member>;
 
-    void forward(port &at, const frame &arrived);
+    void forward(const port &at, const frame &arrived);
     void flood_everywhere(const frame &arrived);
-    bool flood(const port &at, const vlan_members &members, uint16_t vlan, const frame &arrived);
 
+    const port_set &with_room_;
     std::function<void(const port &, const frame &)> to_cpu_;
     std::set<mac_address> cpu_macs_;
     std::set<std::tuple<const port *, uint32_t, mac_address>> statics_;
-    std::vector<vlan_members> vlans_{MAX_VLAN + 1};
-    std::vector<port *> front_;
+    std::vector<vlan_entry> vlans_{MAX_VLAN + 1};
+    port_set front_;
+    std::array<port *, FACMSG_MAX_PORTS + 1> by_number_{};
     uint64_t dropped_ = 0;
 };
 

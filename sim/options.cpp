@@ -71,6 +71,7 @@ options parse_options(int argc, const char *const *argv)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_option("--log-level", parsed.log_level, "Log level of the library: 0 silent, 1 errors, 2 traces");
     app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit");
+    app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit");
     app.add_flag("--quiet", parsed.quiet, "Print the ready line only");
     try {
         app.parse(argc, argv);

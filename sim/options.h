@@ -21,6 +21,7 @@ struct options {
     double pace = 0; /* board seconds per second; 0 is as fast as possible */
     int log_level = 0;
     bool list_boards = false;
+    bool run_flow = false;
     bool quiet = false;
 };
 

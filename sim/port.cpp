@@ -11,9 +11,9 @@
 namespace sim
 {
 
-port::port(const port_config &config, event_clock &clock, wire_rate rate)
-    : out(clock, rate, counters.ex_pkts), config_(config), medium_(config.medium), modes_(config.modes),
-      host_word_0_(config.host_word_0), host_word_5_(config.host_word_5)
+port::port(const port_config &config, event_clock &clock, wire_rate rate, port_set &with_room)
+    : out(clock, rate, config.number, with_room, counters.ex_pkts), config_(config), medium_(config.medium),
+      modes_(config.modes), host_word_0_(config.host_word_0), host_word_5_(config.host_word_5)
 {
 }
 

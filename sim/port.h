@@ -23,7 +23,7 @@ struct port_counters {
 class port
 {
   public:
-    port(const port_config &config, event_clock &clock, wire_rate rate);
+    port(const port_config &config, event_clock &clock, wire_rate rate, port_set &with_room);
     port(const port &) = delete;
     port &operator=(const port &) = delete;
 

@@ -12,6 +12,7 @@
 #include "board_file.h"
 #include "driver_table.h"
 #include "facmsg.h"
+#include "flow_run.h"
 #include "host_time.h"
 #include "options.h"
 #include "service_probe.h"
@@ -91,8 +92,12 @@ static int run(const options &options)
     const auto end_signals = block_end_signals();
     power_up(std::move(config), options);
     start_service(options);
-    int signal_number;
-    sigwait(&end_signals, &signal_number);
+    if (options.run_flow) {
+        run_flow_pressure();
+    } else {
+        int signal_number;
+        sigwait(&end_signals, &signal_number);
+    }
     if (!g_runner->with_board([](board &b) { return b.cpu.close_capture(); }))
         fmt::print(stderr, "facmsg-simhost: {}: not everything could be written\n", options.pcap);
     return EXIT_ENDED;
