@@ -14,14 +14,11 @@
 enum : uint32_t { FLOW = 19, PAIRS = 23, BROADCAST, SERPENTINE, PRBS };
 static const uint32_t ALL[] = {FLOW, PAIRS, BROADCAST, SERPENTINE, PRBS};
 
-static std::string operation(uint32_t type)
-{
-    return type == FLOW         ? "facmsg_flow_pressure_fun"
-           : type == PAIRS      ? "facmsg_ess_flow_pressure_fun"
-           : type == BROADCAST  ? "facmsg_ess_bc_flow_pressure_fun"
-           : type == SERPENTINE ? "facmsg_ess_serpentine_flow_fun"
-                                : "facmsg_ess_sfi_prbs_fun";
-}
+static std::map<uint32_t, std::string> operation = {{FLOW, "facmsg_flow_pressure_fun"},
+                                                    {PAIRS, "facmsg_ess_flow_pressure_fun"},
+                                                    {BROADCAST, "facmsg_ess_bc_flow_pressure_fun"},
+                                                    {SERPENTINE, "facmsg_ess_serpentine_flow_fun"},
+                                                    {PRBS, "facmsg_ess_sfi_prbs_fun"}};
 
 static std::string times(int count, const std::string &text)
 {
@@ -147,26 +144,26 @@ static const std::string LOOPBACK = each("port_phy_loopback(6,%,0)\n"),
                          FIRST_LOOPBACK = LOOPBACK + NO_LOOPBACK + LOOPBACK,
                          ESS_START = speeds("3", "13", "4") + FIRST_LOOPBACK + links() + CLEAR;
 
-static std::string frames(const std::string &port, const std::string &vlan, std::initializer_list<const char *> lengths)
+/* Frames of these lengths, four of those marked with a *. */
+static std::string frames(const std::string &port, const std::string &vlan, std::initializer_list<std::string> lengths)
 {
     std::string all;
-    for (const std::string length : lengths)
-        all += "get_port_phyid(" + port + "," + vlan + ",1,0,1)\nsend_packet(0," + vlan + "," +
-               std::to_string(256 + std::stoi(port)) + "," + length + ")\n";
+    for (const auto &length : lengths)
+        all += times(length.back() == '*' ? 4 : 1, "get_port_phyid(" + port + "," + vlan + ",1,0,1)\nsend_packet(0," +
+                                                       vlan + "," + std::to_string(256 + std::stoi(port)) + "," +
+                                                       std::to_string(std::stoi(length)) + ")\n");
     return all;
 }
 
 static std::string ess_frames(const std::string &port, const std::string &vlan)
 {
-    return frames(port, vlan,
-                  {"64", "64", "64", "64", "128", "128", "128", "128", "512", "512", "512", "512", "1518", "1518",
-                   "1518", "1518"});
+    return frames(port, vlan, {"64*", "128*", "512*", "1518*"});
 }
 
 static std::string flow_setting(const std::string &start)
 {
-    return start + links() + CLEAR + IN_VLAN + frames("3", "1", {"64", "64", "64", "64", "128", "256", "512", "1518"}) +
-           TRAFFIC + OUT_OF_VLAN + SETTLE + each("get_port_fcs(6,%)\n", "35") + each("get_port_stat(6,%)\n", "35") +
+    return start + links() + CLEAR + IN_VLAN + frames("3", "1", {"64*", "128", "256", "512", "1518"}) + TRAFFIC +
+           OUT_OF_VLAN + SETTLE + each("get_port_fcs(6,%)\n", "35") + each("get_port_stat(6,%)\n", "35") +
            "get_port_fcs(6,8)\n" + each("get_port_stat(6,%)\n", "88");
 }
 
@@ -289,7 +286,7 @@ TEST_F(stress, stops_at_the_stage_that_fails)
         EXPECT_EQ(word(0), c.type == FLOW ? 0u : 9u); /* flow pressure makes three passes */
         EXPECT_EQ(word(3), c.stage);
         EXPECT_EQ(trace_count("get_port_stat") > 0, c.counters_read);
-        const std::string lines = log.text_of(operation(c.type));
+        const std::string lines = log.text_of(operation[c.type]);
         EXPECT_EQ(c.type == FLOW ? lines.substr(0, c.log.size()) : lines, c.log);
         EXPECT_EQ(trace_count("port_speed_prepare"), c.type == FLOW ? 9 : 1);
         if (c.type == FLOW || c.type == BROADCAST) {
@@ -322,7 +319,7 @@ TEST_F(stress, waits_for_links_that_hold)
         driver.ports[8].breaks_in = c.breaks_in;
         const log_capture log(1);
         ask(c.type);
-        EXPECT_EQ(log.text_of(operation(c.type)), c.log);
+        EXPECT_EQ(log.text_of(operation[c.type]), c.log);
         EXPECT_EQ(trace_count("wait_us(1000000)"), c.one_s);
         EXPECT_EQ(trace_count("wait_us(2000000)"), c.two_s);
     }
@@ -361,7 +358,7 @@ TEST_F(stress, is_refused_without_driver_ports_or_memory)
         ask(type, 77);
         EXPECT_EQ(word(0), result);
         EXPECT_EQ(word(3), 77u) << "the stage, as sent";
-        const std::string lines = log.text_of(operation(type));
+        const std::string lines = log.text_of(operation[type]);
         EXPECT_NE(lines.find(line), std::string::npos) << lines;
         heal();
     };

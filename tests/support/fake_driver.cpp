@@ -16,17 +16,31 @@
 
 static fake_driver *present;
 
-static std::string list(std::initializer_list<uint32_t> words)
+/* ---- A call as the trace shows it: words and MAC addresses, no outputs ---- */
+
+template <class Argument> static std::string shown(Argument argument)
 {
-    std::string text;
-    for (const uint32_t word : words)
-        text += (text.empty() ? "" : ",") + std::to_string(word);
+    if constexpr (std::is_integral_v<Argument>)
+        return std::to_string(argument) + ",";
+    return "";
+}
+
+static std::string shown(const uint8_t *mac)
+{
+    char text[19];
+    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x,", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
     return text;
+}
+
+template <class... Arguments> static std::string list(Arguments... arguments)
+{
+    const std::string text = (std::string() + ... + shown(arguments));
+    return text.substr(0, text.size() - !text.empty());
 }
 
 static int get_status(uint32_t unit, uint32_t port, port_status_row *row)
 {
-    if (const int error = present->enter("get_status", list({unit, port}), port))
+    if (const int error = present->enter("get_status", list(unit, port), port))
         return error;
     fake_port *const p = present->find(port);
     if (p == nullptr)
@@ -41,7 +55,7 @@ static int get_status(uint32_t unit, uint32_t port, port_status_row *row)
 
 static int set_status(uint32_t unit, uint32_t port, port_status_row *row)
 {
-    const auto words = list({unit, port, row->host_word_0, row->speed, row->medium, row->duplex, row->host_word_5});
+    const auto words = list(unit, port, row->host_word_0, row->speed, row->medium, row->duplex, row->host_word_5);
     if (const int error = present->enter("set_status", words, port))
         return error;
     present->ports.at(port).status = *row;
@@ -51,7 +65,7 @@ static int set_status(uint32_t unit, uint32_t port, port_status_row *row)
 
 static int get_ability(uint32_t unit, uint32_t port, port_ability_row *ability)
 {
-    if (const int error = present->enter("get_ability", list({unit, port}), port))
+    if (const int error = present->enter("get_ability", list(unit, port), port))
         return error;
     const fake_port *const p = present->find(port);
     if (p == nullptr)
@@ -63,7 +77,7 @@ static int get_ability(uint32_t unit, uint32_t port, port_ability_row *ability)
 static int get_port_phyid(uint32_t port, void *record)
 {
     const auto request = static_cast<port_packet_req *>(record);
-    const auto words = list({port, request->tx_selector, request->mode, request->count, request->frame_count});
+    const auto words = list(port, request->tx_selector, request->mode, request->count, request->frame_count);
     if (const int error = present->enter("get_port_phyid", words, port))
         return error;
     const fake_port *const p = present->find(port);
@@ -75,7 +89,7 @@ static int get_port_phyid(uint32_t port, void *record)
 
 static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
 {
-    const auto words = list({info->zero, info->tx_selector, info->phy_id, length});
+    const auto words = list(info->zero, info->tx_selector, info->phy_id, length);
     if (const int error = present->enter("send_packet", words, info->phy_id - 0x100))
         return error;
     present->transmit(*info, frame, length);
@@ -84,45 +98,16 @@ static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t len
 
 /* ---- Slots without a state of their own: traced, failing on order, with outputs from `answers` ---- */
 
-static std::string argument(uint32_t word)
-{
-    return std::to_string(word);
-}
-
-static std::string argument(int32_t level)
-{
-    return std::to_string(level);
-}
-
-static std::string argument(const uint8_t *mac)
-{
-    char text[18];
-    snprintf(text, sizeof(text), "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3], mac[4], mac[5]);
-    return text;
-}
-
-template <class Output> static std::string argument(Output *)
-{
-    return "";
-}
-
-static std::string joined(std::initializer_list<std::string> arguments)
-{
-    std::string text;
-    for (const auto &one : arguments)
-        text += (text.empty() || one.empty() ? "" : ",") + one;
-    return text;
-}
-
 /* The port of a call is its second word, behind the unit; PoE slots have no unit. */
 template <class... Arguments> static uint32_t port_of(const std::string &slot, Arguments... arguments)
 {
-    [[maybe_unused]] const auto word = [](auto value) {
-        if constexpr (std::is_same_v<decltype(value), uint32_t>)
-            return value;
-        return uint32_t{0};
+    uint32_t words[3] = {}, *next = words;
+    [[maybe_unused]] const auto take = [&](auto argument) {
+        if constexpr (std::is_same_v<decltype(argument), uint32_t>)
+            if (next != words + 2)
+                *next++ = argument;
     };
-    const uint32_t words[] = {word(arguments)..., 0, 0};
+    (take(arguments), ...);
     return words[slot.starts_with("poe_") ? 0 : 1];
 }
 
@@ -141,7 +126,7 @@ template <auto member, class... Arguments> static int stateless(Arguments... arg
 {
     const char *const slot = slot_name<member>;
     const uint32_t port = port_of(slot, arguments...);
-    if (const int error = present->enter(slot, joined({argument(arguments)...}), port))
+    if (const int error = present->enter(slot, list(arguments...), port))
         return error;
     [[maybe_unused]] int nth = 0;
     (write_output(slot, port, arguments, nth), ...);
