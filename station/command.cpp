@@ -7,19 +7,21 @@
 #include <charconv>
 #include <fmt/format.h>
 #include <optional>
+#include <sstream>
 
 namespace station
 {
 
-/* A whole decimal number, or a hexadecimal one with 0x in front. */
-static std::optional<int64_t> parse_number(const std::string &text)
+/* A whole decimal number; a hexadecimal one with 0x in front or when hex is wanted. */
+static std::optional<int64_t> parse_number(const std::string &text, bool hex)
 {
-    const bool hex = text.starts_with("0x") || text.starts_with("0X");
-    const char *first = text.data() + (hex ? 2 : 0);
+    const bool prefixed = text.starts_with("0x") || text.starts_with("0X");
+    const bool base_16 = hex || prefixed;
+    const char *first = text.data() + (prefixed ? 2 : 0);
     const char *last = text.data() + text.size();
     int64_t number = 0;
-    const auto [end, error] = std::from_chars(first, last, number, hex ? 16 : 10);
-    if (error != std::errc{} || end != last || (hex && number < 0))
+    const auto [end, error] = std::from_chars(first, last, number, base_16 ? 16 : 10);
+    if (error != std::errc{} || end != last || (base_16 && number < 0))
         return std::nullopt;
     return number;
 }
@@ -29,7 +31,10 @@ std::string allowed_values(const option &field)
     std::string names;
     for (const choice &known : field.choices)
         names += fmt::format("{}{}", names.empty() ? "" : ", ", known.name);
-    return fmt::format("{}{}{} to {}", names, names.empty() ? "" : " or ", field.least, field.most);
+    const auto shown = [&](int64_t number) {
+        return field.hex ? fmt::format("{:#x}", number) : std::to_string(number);
+    };
+    return fmt::format("{}{}{} to {}", names, names.empty() ? "" : " or ", shown(field.least), shown(field.most));
 }
 
 std::string name_of(std::span<const choice> choices, uint32_t code)
@@ -45,7 +50,7 @@ int64_t parse_value(const option &field, const std::string &value)
     for (const choice &known : field.choices)
         if (value == known.name)
             return known.code;
-    const std::optional<int64_t> number = parse_number(value);
+    const std::optional<int64_t> number = parse_number(value, field.hex);
     if (!number || *number < field.least || *number > field.most)
         throw usage_error(fmt::format("{}: found '{}', allowed: {}", field.name, value, allowed_values(field)));
     return *number;
@@ -62,6 +67,48 @@ void set_word(request &sent, const option &field, const std::string &value)
     put_word(sent.payload, field.offset, field.values == arity::flag ? 1 : parse_value(field, value));
 }
 
+void set_own(request &sent, const option &field, const std::string &value)
+{
+    sent.own[field.name] = value;
+}
+
+void set_own_number(request &sent, const option &field, const std::string &value)
+{
+    sent.own[field.name] = std::to_string(parse_value(field, value));
+}
+
+std::vector<uint32_t> parse_list(const option &field, const std::string &text)
+{
+    std::vector<uint32_t> numbers;
+    int64_t least = field.least;
+    std::istringstream items(text);
+    for (std::string item; std::getline(items, item, ',');) {
+        const size_t dash = item.find('-');
+        const auto first = parse_number(item.substr(0, dash), field.hex);
+        const auto last = dash == std::string::npos ? first : parse_number(item.substr(dash + 1), field.hex);
+        if (!first || !last || *first < least || *last < *first || *last > field.most)
+            return {};
+        for (int64_t number = *first; number <= *last; number++)
+            numbers.push_back(static_cast<uint32_t>(number));
+        least = *last + 1;
+    }
+    return numbers;
+}
+
+void set_own_list(request &sent, const option &field, const std::string &value)
+{
+    if (parse_list(field, value).empty())
+        throw usage_error(fmt::format("{}: found '{}', allowed: ascending numbers from {} to {}, as in 1-4,8",
+                                      field.name, value, field.least, field.most));
+    set_own(sent, field, value);
+}
+
+std::optional<std::string> own_value(const request &sent, const char *name)
+{
+    const auto found = sent.own.find(name);
+    return found == sent.own.end() ? std::nullopt : std::optional(found->second);
+}
+
 bool is_payload_word(const option &field)
 {
     return field.set == set_word;
@@ -76,7 +123,7 @@ uint32_t word_at(const std::vector<uint8_t> &payload, size_t offset)
 
 request empty_request(const command &row)
 {
-    request fresh{row.type, std::vector<uint8_t>(row.payload_size)};
+    request fresh{row.type.value_or(0), std::vector<uint8_t>(row.payload_size)};
     for (const option &field : row.options)
         if (is_payload_word(field))
             put_word(fresh.payload, field.offset, field.initial);

@@ -8,7 +8,10 @@
 
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <map>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -28,6 +31,8 @@ struct usage_error : std::runtime_error {
 struct request {
     uint32_t type;
     std::vector<uint8_t> payload;
+    std::map<std::string, std::string> own = {}; /* options that stay with the station, and their values */
+    std::vector<uint8_t> data = {};              /* what a transfer of several requests is to move */
 };
 
 /* A readable name for a code. */
@@ -38,12 +43,17 @@ struct choice {
 
 enum class arity {
     flag, /* no value */
-    one,  /* one value; a required one when the option is positional */
+    one,  /* one number or name; a required one when the option is positional */
+    text, /* one value of any kind */
     any   /* any number of values, handed over joined by blanks */
 };
 
 struct option;
 void set_word(request &sent, const option &field, const std::string &value);
+/* For an option that stays with the station: keeps the value as it is, or as a number or list that is valid. */
+void set_own(request &sent, const option &field, const std::string &value);
+void set_own_number(request &sent, const option &field, const std::string &value);
+void set_own_list(request &sent, const option &field, const std::string &value);
 
 /* One option of a subcommand. As a rule it fills one 32-bit word of the payload. */
 struct option {
@@ -55,6 +65,7 @@ struct option {
     int64_t least = 0;   /* the range of numbers that may be given */
     int64_t most = std::numeric_limits<uint32_t>::max();
     std::span<const choice> choices = {}; /* names that may be given instead */
+    bool hex = false;                     /* numbers are hexadecimal, with or without 0x */
     void (*set)(request &sent, const option &field, const std::string &value) = set_word;
 };
 
@@ -64,16 +75,21 @@ struct duration {
     int longest_s = 0; /* on a 52-port switch whose ports fail and are tried again; 0: no longer than typical */
 };
 
+/* Sends one request of a transfer and returns the reply's payload. done says how far the transfer is. */
+using sender = std::function<std::vector<uint8_t>(const request &part, const std::string &done)>;
+
 struct command {
-    const char *name;
+    const char *name; /* one word, or two for a subcommand of a subcommand */
     const char *help;
-    bool fixed_type;       /* false: the type and the size are options of the command, or it sends nothing */
-    uint32_t type;         /* of the request */
-    uint32_t payload_size; /* bytes of the request's payload and of the reply's */
+    std::optional<uint32_t> type; /* none: the type and the size are options, or the command sends nothing */
+    uint32_t payload_size;        /* bytes of the request's payload and of the reply's */
     std::span<const option> options;
     duration expected;
-    /* Reads a reply of the request's size. Null for a command that sends nothing. */
+    /* Reads a reply of the request's size. Null for a transfer, and for a command that sends nothing. */
     outcome (*decode)(const request &sent, const std::vector<uint8_t> &reply);
+    /* In place of decode: sends as many requests as it takes. */
+    outcome (*transfer)(const request &asked, const sender &send) = nullptr;
+    const char *question = nullptr; /* asked before anything is sent, unless --yes was given */
 };
 
 /* All subcommands, in the order of the list. */
@@ -86,8 +102,13 @@ request empty_request(const command &row);
 std::string allowed_values(const option &field);
 /* The name of a code, or the code itself when it has none. */
 std::string name_of(std::span<const choice> choices, uint32_t code);
+/* "1-3,7" as 1, 2, 3, 7; empty when it is no ascending list of numbers that the option takes. */
+std::vector<uint32_t> parse_list(const option &field, const std::string &text);
 /* The value for an option in its word's form. Throws usage_error. */
 int64_t parse_value(const option &field, const std::string &value);
+
+/* The value of an option that stays with the station, if it was given. */
+std::optional<std::string> own_value(const request &sent, const char *name);
 
 /* Whether an option is a word of the payload that the service must send back as it was. */
 bool is_payload_word(const option &field);
@@ -101,6 +122,9 @@ template <class Record> Record record_of(const std::vector<uint8_t> &payload)
     std::memcpy(&record, payload.data(), sizeof(record));
     return record;
 }
+
+/* The unit word lies at the same place in every record that has one. */
+inline constexpr option unit_option{.name = "--unit", .help = "switch unit", .offset = 4};
 
 } // namespace station
 

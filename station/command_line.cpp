@@ -24,7 +24,7 @@ static void add_option(CLI::App &sub, request &sent, const option &field)
         return;
     }
     CLI::Option *added;
-    if (field.values == arity::one)
+    if (field.values != arity::any)
         added = sub.add_option_function<std::string>(
             field.name, [&](const std::string &value) { field.set(sent, field, value); }, field.help);
     else
@@ -37,7 +37,7 @@ static void add_option(CLI::App &sub, request &sent, const option &field)
     if (added->get_positional())
         added->required(field.values == arity::one);
     else if (is_payload_word(field))
-        added->default_str(field.choices.empty() ? std::to_string(field.initial)
+        added->default_str(field.choices.empty() ? field.hex ? "0x0" : std::to_string(field.initial)
                                                  : name_of(field.choices, static_cast<uint32_t>(field.initial)));
     if (field.values == arity::one)
         added->type_name("VALUE")->description(fmt::format("{} ({})", field.help, allowed_values(field)));
@@ -52,13 +52,19 @@ static void add_globals(CLI::App &app, settings &chosen)
     app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
 }
 
-/* The row of the subcommand that was given, or null. */
-static const command *find_row(const CLI::App &app)
+/* "fpga write" is the subcommand write of the subcommand fpga. */
+static CLI::App *add_subcommand(CLI::App &app, const command &row)
 {
-    for (const command &row : commands())
-        if (app.got_subcommand(row.name))
-            return &row;
-    return nullptr;
+    const std::string name = row.name;
+    const size_t blank = name.find(' ');
+    if (blank == std::string::npos)
+        return app.add_subcommand(name, row.help);
+    const std::string outer = name.substr(0, blank);
+    const auto same_name = [&](const CLI::App *known) { return known->get_name() == outer; };
+    const std::vector<CLI::App *> found = app.get_subcommands(same_name);
+    CLI::App *parent = found.empty() ? app.add_subcommand(outer, fmt::format("see '{} --help'", outer)) : found.front();
+    parent->allow_extras();
+    return parent->add_subcommand(name.substr(blank + 1), row.help);
 }
 
 /* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
@@ -87,7 +93,8 @@ static std::string explain_error(const std::string &what, const command *row)
         return fmt::format("--{}: takes no value", name);
     for (const option &field : row ? row->options : std::span<const option>{})
         if (name == field.name && field.values != arity::flag)
-            return fmt::format("{}: expected exactly one value, allowed: {}", name, allowed_values(field));
+            return fmt::format("{}: expected exactly one value{}", name,
+                               field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
     return what;
 }
 
@@ -102,10 +109,12 @@ invocation read_command_line(int argc, char **argv)
     app.require_subcommand(0, 1);
     add_globals(app, call.chosen);
     std::deque<request> requests;
+    const command *given = nullptr;
     for (const command &row : commands()) {
         request &sent = requests.emplace_back(empty_request(row));
-        CLI::App *sub = app.add_subcommand(row.name, row.help);
+        CLI::App *sub = add_subcommand(app, row);
         sub->allow_extras();
+        sub->preparse_callback([&given, &row](size_t) { given = &row; });
         sub->parse_complete_callback([&call, &row, &sent] {
             call.row = &row;
             call.sent = sent;
@@ -120,12 +129,12 @@ invocation read_command_line(int argc, char **argv)
         call.help = app.help();
         return call;
     } catch (const CLI::ParseError &error) {
-        throw usage_error(explain_error(error.what(), find_row(app)));
+        throw usage_error(explain_error(error.what(), given));
     }
     std::vector<std::string> extras = app.remaining(true);
     std::erase(extras, "--");
     if (!extras.empty())
-        throw usage_error(explain_extra(extras.front(), find_row(app)));
+        throw usage_error(explain_extra(extras.front(), given));
     if (call.row == nullptr)
         throw usage_error("no subcommand given; 'facmsg-station list' shows them all");
     return call;

@@ -7,54 +7,77 @@
 namespace station
 {
 
-static const command table[] = {
-    /* name, help, fixed type, type, payload bytes, options, {typical s, longest s}, decoder */
-    {"packet",
-     "loop 500 frames through every matching port",
-     true,
-     FACMSG_PACKET_TEST,
-     sizeof(packet_test_record),
-     packet_options,
-     {20, 160},
-     decode_packet},
-    {"log-level",
-     "set the log level of the service",
-     true,
-     FACMSG_MSG_DEBUG,
-     sizeof(debug_level_record),
-     level_options,
-     {1},
-     decode_log_level},
-    {"poe-debug",
-     "set the debug level of the PoE driver",
-     true,
-     FACMSG_POE_DEBUG,
-     sizeof(debug_level_record),
-     level_options,
-     {1},
-     decode_poe_debug},
-    {"port-debug",
-     "set the debug level of the port driver",
-     true,
-     FACMSG_PORT_DEBUG,
-     sizeof(debug_level_record),
-     level_options,
-     {1},
-     decode_port_debug},
-    {"factory-mode",
-     "put the switch into factory mode",
-     true,
-     FACMSG_ENTER_FACTORY,
-     sizeof(enter_factory_record),
-     {},
-     {1},
-     decode_factory_mode},
-    {"raw", "send any request, show the reply in hexadecimal", false, 0, 0, raw_options, {0}, decode_raw},
-    {"list", "show this table", false, 0, 0, {}, {0}, nullptr},
-};
+/* One request of a type, whose payload and reply are a Record. */
+template <class Record> static command one(const char *name, const char *help, uint32_t type,
+                                           std::span<const option> options, duration expected, decoder *decode)
+{
+    return {name, help, type, sizeof(Record), options, expected, decode};
+}
+
+static command fpga(const char *name, const char *help, uint32_t type, std::span<const option> options,
+                    outcome (*transfer)(const request &, const sender &))
+{
+    return {name, help, type, sizeof(fpga_record), options, {0}, nullptr, transfer};
+}
+
+static command asking(const char *question, command row)
+{
+    row.question = question;
+    return row;
+}
 
 std::span<const command> commands()
 {
+    /* name, help, type, options, {typical s, longest s}, decoder */
+    static const command table[] = {
+        one<packet_test_record>("packet", "loop 500 frames through every matching port", FACMSG_PACKET_TEST,
+                                packet_options, {20, 160}, decode_packet),
+        one<switch_test_record>("switch-speed", "set the speed of the 1G/10G ports", FACMSG_1G_10G_SWITCH,
+                                switch_speed_options, {1}, decode_switch_speed),
+        one<switch_test_record>("switch-40g", "no service supports this", FACMSG_10G_40G_SWITCH, unit_options, {1},
+                                decode_unsupported),
+        one<switch_test_record>("fc-report", "list the FC/Ethernet ports", FACMSG_FC_ETHER_SWITCH, unit_options, {1},
+                                decode_fc_report),
+        one<switch_test_record>("switch-medium", "change the medium of the combo ports over",
+                                FACMSG_COPPER_FIBER_SWITCH, unit_options, {5}, decode_switch_medium),
+        one<broadcast_test_record>("broadcast", "flood a burst, then count every port's FCS errors",
+                                   FACMSG_PORT_BROADCAST, broadcast_options, {14}, decode_broadcast),
+        one<poe_test_reply>("poe", "state, class, overload and switch-off of the PoE ports", FACMSG_PORT_POE,
+                            poe_options, {26, 1070}, decode_poe),
+        one<debug_level_record>("log-level", "set the log level of the service", FACMSG_MSG_DEBUG, level_options, {1},
+                                decode_level),
+        one<debug_level_record>("poe-debug", "set the debug level of the PoE driver", FACMSG_POE_DEBUG, level_options,
+                                {1}, decode_level),
+        one<debug_level_record>("port-debug", "set the debug level of the port driver", FACMSG_PORT_DEBUG,
+                                level_options, {1}, decode_level),
+        one<enter_factory_record>("factory-mode", "put the switch into factory mode", FACMSG_ENTER_FACTORY, {}, {1},
+                                  decode_factory_mode),
+        fpga("fpga write", "write data to the FPGA", FACMSG_FPGA_WRITE, fpga_write_options, write_fpga),
+        fpga("fpga read", "read data from the FPGA", FACMSG_FPGA_READ, fpga_read_options, read_fpga),
+        one<poe_test_reply>("hpoe", "the PoE test of the high-power, then of the PoE ports", FACMSG_PORT_HPOE,
+                            poe_options, {52, 1100}, decode_poe),
+        one<poe_test_reply>("box-hpoe", "the PoE test of the high-power ports in a test box", FACMSG_PBOX_HPOE,
+                            poe_options, {31, 1080}, decode_poe),
+        asking("Upgrade the firmware of the PoE controller? The service does nothing else meanwhile.",
+               one<poe_mcu_upgrade_reply>("poe-upgrade", "upgrade the firmware of the PoE controller",
+                                          FACMSG_POE_MCU_UPGRADE, poe_upgrade_options, {0}, decode_poe_upgrade)),
+        one<poe_mcu_ver_reply>("poe-version", "show the firmware versions of the PoE controller",
+                               FACMSG_POE_MCU_VERSION, {}, {1}, decode_poe_version),
+        one<vop_test_reply>("vop", "VOP measurement of the PoE ports, output off", FACMSG_POE_VOP, unit_options,
+                            {82, 166}, decode_vop),
+        one<packet_test_record>("box-packet", "the packet test of the high-power ports in a test box",
+                                FACMSG_PBOX_PACKET_TEST, packet_options, {20, 160}, decode_packet),
+        one<ess_flow_reply>("flow", "traffic stress in port pairs", FACMSG_ESS_FLOW, stress_options, {42, 430},
+                            decode_flow),
+        one<ess_flow_reply>("broadcast-flow", "traffic stress by broadcast", FACMSG_ESS_BC_FLOW, stress_options,
+                            {42, 470}, decode_flow),
+        one<serpentine_flow_reply>("serpentine", "traffic stress through a chain of all ports", FACMSG_ESS_SERPENTINE,
+                                   stress_options, {43, 430}, decode_serpentine),
+        one<prbs_test_reply>("prbs", "PRBS run of the fiber ports", FACMSG_ESS_SFI_PRBS, prbs_options, {70, 170},
+                             decode_prbs),
+        {"raw", "send any request, show the reply in hexadecimal", {}, 0, raw_options, {0}, decode_raw},
+        {"list", "show this table", {}, 0, {}, {0}, nullptr},
+    };
     return table;
 }
 

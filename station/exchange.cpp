@@ -6,7 +6,6 @@
 #include "exchange.h"
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <memory>
 #include <thread>
@@ -58,25 +57,23 @@ static std::thread start_sending(const std::shared_ptr<transfer> &job)
     });
 }
 
-exchange_end exchange(request &sent, const std::function<void(int)> &tick)
+exchange_end exchange(request &sent, const std::function<void()> &tick)
 {
     constexpr timespec tick_interval{0, 200'000'000};
     const scoped_signal_block signals;
     const auto job = std::make_shared<transfer>();
     job->sent = sent;
-    const auto start = std::chrono::steady_clock::now();
-    tick(0);
-    std::thread sender = start_sending(job);
+    tick();
+    std::thread client = start_sending(job);
     while (!job->done) {
         const int number = sigtimedwait(&signals.waited, nullptr, &tick_interval);
         if (number == SIGINT || number == SIGTERM) {
-            sender.detach();
+            client.detach();
             return exchange_end::interrupted;
         }
-        const auto elapsed = std::chrono::steady_clock::now() - start;
-        tick(static_cast<int>(std::chrono::duration_cast<std::chrono::seconds>(elapsed).count()));
+        tick();
     }
-    sender.join();
+    client.join();
     sent.payload = job->sent.payload;
     return job->status == 0 ? exchange_end::replied : exchange_end::failed;
 }

@@ -14,9 +14,9 @@ namespace station
 
 enum class exchange_end { replied, failed, interrupted };
 
-/* Sends the request and waits for the reply, which replaces its payload. Calls tick(seconds since the start) at once
- * and then a few times a second. SIGINT and SIGTERM end the waiting, not the service's work. */
-exchange_end exchange(request &sent, const std::function<void(int)> &tick);
+/* Sends the request and waits for the reply, which replaces its payload. Calls tick() at once and then a few times a
+ * second. SIGINT and SIGTERM end the waiting, not the service's work. */
+exchange_end exchange(request &sent, const std::function<void()> &tick);
 
 } // namespace station
 

@@ -12,9 +12,8 @@ namespace station
 using nlohmann::ordered_json;
 
 /* "--any-speed" is any_speed, "LEVEL" is level. */
-static std::string member_name(const option &field)
+static std::string member_name(std::string name)
 {
-    std::string name = field.name;
     name.erase(0, name.find_first_not_of('-'));
     std::ranges::transform(name, name.begin(), [](char letter) {
         return letter == '-' ? '_' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -30,10 +29,23 @@ static ordered_json request_members(const command &row, const request &sent)
             continue;
         const uint32_t word = word_at(sent.payload, field.offset);
         if (field.least < 0)
-            members[member_name(field)] = static_cast<int32_t>(word);
+            members[member_name(field.name)] = static_cast<int32_t>(word);
         else
-            members[member_name(field)] = word;
+            members[member_name(field.name)] = word;
     }
+    for (const auto &[name, value] : sent.own)
+        members[member_name(name)] = value;
+    return members;
+}
+
+static ordered_json port_members(const outcome &unit, const port_outcome &port)
+{
+    ordered_json members;
+    members[unit.row_name] = port.port;
+    for (size_t i = 0; i < unit.columns.size(); i++)
+        members[unit.columns[i].member] = port.cells[i].value;
+    members["verdict"] = word_of(port.judged);
+    members["reason"] = port.reason;
     return members;
 }
 
@@ -48,8 +60,7 @@ std::string json_report(const command &row, const request &sent, const outcome &
     for (const auto &[name, value] : unit.members.items())
         report[name] = value;
     for (const port_outcome &port : unit.ports)
-        report["ports"].push_back(
-            {{"port", port.port}, {"code", port.code}, {"verdict", word_of(port.judged)}, {"reason", port.reason}});
+        report["ports"].push_back(port_members(unit, port));
     return report.dump(2) + "\n";
 }
 

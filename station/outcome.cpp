@@ -16,6 +16,8 @@ const char *word_of(verdict judged)
         return "FAIL";
     case verdict::unjudged:
         return "NOT JUDGED";
+    case verdict::untested:
+        return "NOT TESTED";
     case verdict::none:
         break;
     }
@@ -30,6 +32,7 @@ exit_code exit_code_of(verdict judged)
         return exit_code::passed;
     case verdict::fail:
         return exit_code::failed;
+    case verdict::untested:
     case verdict::none:
         break;
     }

@@ -23,18 +23,32 @@ enum class exit_code : int {
     interrupted = 130
 };
 
+/* Of several verdicts on one port the later in this list counts. */
 enum class verdict {
     pass,
+    untested, /* the test ended before it got to this port */
     fail,
     none,    /* nothing can be said about the unit or port */
     unjudged /* a reply arrived that the station does not judge */
 };
 
+/* A word about a port beside its verdict. */
+struct cell {
+    nlohmann::json value;
+    std::string shown = value.dump();
+};
+
+struct column {
+    const char *member;  /* of the port's JSON object */
+    const char *heading; /* in the table for people; null: not shown there */
+};
+
 struct port_outcome {
-    uint32_t port;
-    uint32_t code;
-    verdict judged;
-    std::string reason; /* what was measured and what was expected; empty for a port that passed */
+    uint32_t port;                /* or the position, see outcome::row_name */
+    std::vector<cell> cells = {}; /* one for each column */
+    verdict judged = verdict::pass;
+    bool failed_here = false; /* by the station's own judgement alone, not by the service's */
+    std::string reason = {};  /* what was measured and what was expected; empty for a port that passed */
 };
 
 struct outcome {
@@ -42,6 +56,8 @@ struct outcome {
     std::string title = {};                       /* what was tested and how; empty when the summary says it all */
     std::string summary = {};                     /* one line; for verdict::none the sentence that says why */
     std::optional<int64_t> result = std::nullopt; /* the reply's result or status word */
+    const char *row_name = "port";
+    std::vector<column> columns = {};
     std::vector<port_outcome> ports = {};
     std::string text = {};               /* more lines for people, each with its line end */
     nlohmann::ordered_json members = {}; /* more members of the JSON object */

@@ -13,13 +13,19 @@ namespace station
 /* Return to the first column and erase the line. */
 constexpr const char *rewrite = "\r\033[K";
 
-void show_progress(const command &row, int elapsed_s)
+static std::string expectation(const duration &expected)
 {
     const std::string longest =
-        row.expected.longest_s > 0 ? fmt::format(", up to {} s if ports fail", row.expected.longest_s) : "";
-    const std::string typical = row.expected.typical_s > 0 ? fmt::format("about {} s expected", row.expected.typical_s)
-                                                           : "expected time unknown";
-    fmt::print(stderr, "{}{}: {} s elapsed, {}{}", rewrite, row.name, elapsed_s, typical, longest);
+        expected.longest_s > 0 ? fmt::format(", up to {} s if ports fail", expected.longest_s) : "";
+    if (expected.typical_s == 0)
+        return "expected time unknown";
+    return fmt::format("about {} s expected{}", expected.typical_s, longest);
+}
+
+void show_progress(const command &row, int elapsed_s, const std::string &done)
+{
+    fmt::print(stderr, "{}{}: {} s elapsed, {}", rewrite, row.name, elapsed_s,
+               done.empty() ? expectation(row.expected) : done);
     std::fflush(stderr);
 }
 

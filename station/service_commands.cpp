@@ -35,27 +35,20 @@ static outcome judge_status(int32_t status, const std::string &done, const std::
     return unit;
 }
 
-static outcome judge_level(const std::vector<uint8_t> &reply, const char *what)
+static const char *level_name(uint32_t type)
+{
+    return type == FACMSG_MSG_DEBUG   ? "service's log level"
+           : type == FACMSG_POE_DEBUG ? "PoE driver's debug level"
+                                      : "port driver's debug level";
+}
+
+outcome decode_level(const request &sent, const std::vector<uint8_t> &reply)
 {
     const auto record = record_of<debug_level_record>(reply);
+    const char *what = level_name(sent.type);
     return judge_status(
         record.status, fmt::format("the {} is now {}", what, record.level),
         fmt::format("the {} was not set to {}: the host lacks the function or it failed", what, record.level));
-}
-
-outcome decode_log_level(const request &, const std::vector<uint8_t> &reply)
-{
-    return judge_level(reply, "service's log level");
-}
-
-outcome decode_poe_debug(const request &, const std::vector<uint8_t> &reply)
-{
-    return judge_level(reply, "PoE driver's debug level");
-}
-
-outcome decode_port_debug(const request &, const std::vector<uint8_t> &reply)
-{
-    return judge_level(reply, "port driver's debug level");
 }
 
 outcome decode_factory_mode(const request &, const std::vector<uint8_t> &reply)

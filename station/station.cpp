@@ -5,9 +5,11 @@
  */
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
+#include <iostream>
 #include <system_error>
 #include <unistd.h>
 
@@ -37,37 +39,79 @@ static void enter_directory(const std::string &directory)
                                                           std::generic_category().message(errno)));
 }
 
-static request send_and_wait(const invocation &call)
+/* The progress line, for as long as this lives. */
+struct progress_line {
+    const invocation &call;
+    const bool wanted = !call.chosen.no_progress && isatty(STDERR_FILENO);
+    const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+
+    explicit progress_line(const invocation &shown) : call(shown) {}
+    ~progress_line()
+    {
+        if (wanted)
+            clear_progress();
+    }
+    progress_line(const progress_line &) = delete;
+    progress_line &operator=(const progress_line &) = delete;
+    void show(const std::string &done) const
+    {
+        const auto elapsed = std::chrono::steady_clock::now() - start;
+        if (wanted)
+            show_progress(*call.row, static_cast<int>(elapsed / std::chrono::seconds(1)), done);
+    }
+};
+
+static std::vector<uint8_t> send_and_wait(const invocation &call, const request &sent,
+                                          const std::function<void()> &tick)
 {
-    const bool progress = !call.chosen.no_progress && isatty(STDERR_FILENO);
-    request answered = call.sent;
-    const exchange_end end = exchange(answered, [&](int elapsed_s) {
-        if (progress)
-            show_progress(*call.row, elapsed_s);
-    });
-    if (progress)
-        clear_progress();
+    request answered = sent;
+    const exchange_end end = exchange(answered, tick);
     if (end == exchange_end::interrupted)
         throw no_reply(exit_code::interrupted, "interrupted; the service goes on with the request it has begun");
     if (end == exchange_end::failed)
-        throw no_reply(exit_code::no_verdict, why_no_reply(call.sent, call.chosen.directory));
-    return answered;
+        throw no_reply(exit_code::no_verdict, why_no_reply(sent, call.chosen.directory));
+    return answered.payload;
 }
 
 /* The client call takes any reply of the right size, so one that belongs to another request shows here: the service
  * sends back what was asked. */
-static void check_echo(const invocation &call, const std::vector<uint8_t> &reply)
+static void check_echo(const command &row, const request &sent, const std::vector<uint8_t> &reply)
 {
-    for (const option &field : call.row->options) {
+    for (const option &field : row.options) {
         if (!is_payload_word(field))
             continue;
-        const uint32_t asked = word_at(call.sent.payload, field.offset);
+        const uint32_t asked = word_at(sent.payload, field.offset);
         const uint32_t found = word_at(reply, field.offset);
         if (found != asked)
             throw no_reply(exit_code::no_verdict,
                            fmt::format("the reply does not belong to this request: its {} word is {}; expected {}",
                                        field.name, found, asked));
     }
+}
+
+static outcome carry_out(const invocation &call)
+{
+    const progress_line progress(call);
+    const sender send = [&](const request &part, const std::string &done) {
+        const std::vector<uint8_t> reply = send_and_wait(call, part, [&] { progress.show(done); });
+        check_echo(*call.row, part, reply);
+        return reply;
+    };
+    return call.row->transfer ? call.row->transfer(call.sent, send) : call.row->decode(call.sent, send(call.sent, ""));
+}
+
+/* Asks before a request that is not to be sent by mistake. */
+static void confirm(const invocation &call)
+{
+    if (call.row->question == nullptr || own_value(call.sent, "--yes"))
+        return;
+    if (!isatty(STDIN_FILENO))
+        throw usage_error(fmt::format("--yes: needed for {} when nobody can be asked", call.row->name));
+    fmt::print(stderr, "{} [y/N] ", call.row->question);
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer != "y" && answer != "yes")
+        throw no_reply(exit_code::no_verdict, "not confirmed; nothing was sent");
 }
 
 static bool colour_wanted()
@@ -78,14 +122,13 @@ static bool colour_wanted()
 
 static exit_code run(const invocation &call)
 {
-    if (call.row->decode == nullptr) {
+    if (call.row->decode == nullptr && call.row->transfer == nullptr) {
         print(list_report(call.chosen.json));
         return exit_code::passed;
     }
+    confirm(call);
     enter_directory(call.chosen.directory);
-    const request answered = send_and_wait(call);
-    check_echo(call, answered.payload);
-    const outcome unit = call.row->decode(call.sent, answered.payload);
+    const outcome unit = carry_out(call);
     print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, colour_wanted()));
     if (unit.judged == verdict::none)
         fmt::print(stderr, "facmsg-station: {}: {}\n", call.row->name, unit.summary);

@@ -43,6 +43,8 @@ std::string why_no_reply(const request &sent, const std::string &directory)
         return fmt::format("{} is not a socket; is the host running with that working directory?", where);
     switch (const int error = connect_error()) {
     case 0:
+        if (sent.type == FACMSG_10G_40G_SWITCH)
+            return "the service does not support this request and sends no reply to it";
         return fmt::format(
             "the service took the request but did not answer with the expected {} bytes: it does not know or "
             "support request type {}, or it closed the connection early",

@@ -1,0 +1,79 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The broadcast test. The service only counts; how many FCS errors a port may have is judged here.
+ */
+#include <fmt/format.h>
+
+#include "families.h"
+#include "port_report.h"
+
+namespace station
+{
+
+static const option options[] = {
+    unit_option,
+    {.name = "--fcs-limit", .help = "FCS errors that a port may have, 0 if not given", .set = set_own_number},
+};
+
+constinit const std::span<const option> broadcast_options{options};
+
+static constexpr code_sentence results[] = {
+    {FACMSG_BROADCAST_PASS, ""},
+    {FACMSG_BROADCAST_NO_LINK, ""},
+    {FACMSG_BROADCAST_NOT_POSSIBLE, "the host lacks a driver function, no port takes part, or the burst of frames "
+                                    "could not be sent"},
+    {FACMSG_BROADCAST_NO_MEMORY, "the service ran out of memory"},
+    {FACMSG_BROADCAST_NOT_BEGUN, "the switch did not go into its broadcast-test state"},
+    {FACMSG_BROADCAST_FAIL, ""},
+};
+
+/* The link check's code with 11 added to its bits when the counter could not be read: 7 becomes 15. */
+static constexpr code_sentence codes[] = {
+    {FACMSG_PORT_OK, ""},
+    {FACMSG_PORT_NO_LINK, "No link; expected a link. Its FCS errors are not judged."},
+    {FACMSG_PORT_NOT_STARTED, "The port's status could not be read. Its FCS errors are not judged."},
+    {FACMSG_PORT_FCS_UNREADABLE, "The FCS error counter could not be read; expected a count."},
+    {FACMSG_PORT_NOT_STARTED | FACMSG_PORT_FCS_UNREADABLE,
+     "Neither the port's status nor its FCS error counter could be read."},
+};
+
+static port_outcome judge_port(uint32_t word, uint64_t fcs, uint64_t limit)
+{
+    const uint32_t code = FACMSG_RESULT_CODE(word);
+    port_outcome port{FACMSG_RESULT_PORT(word), {{code}, {nullptr, "-"}}};
+    judge_code(port, codes, code);
+    if (code != FACMSG_PORT_OK)
+        return port;
+    port.cells[1] = {fcs};
+    if (fcs > limit)
+        fail_here(port, fmt::format("{} FCS errors; expected {}{}.", fcs, limit ? "at most " : "", limit));
+    return port;
+}
+
+outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payload)
+{
+    const auto reply = record_of<broadcast_test_record>(payload);
+    const uint64_t limit = std::stoull(own_value(sent, "--fcs-limit").value_or("0"));
+    outcome unit{.title = fmt::format("Broadcast test of unit {}: at most {} FCS errors a port", reply.unit, limit),
+                 .result = reply.result,
+                 .columns = {{"code", "code"}, {"fcs_errors", "FCS errors"}}};
+    unit.summary = find_obstacle(results, reply.result);
+    if (unit.summary.empty())
+        unit.summary = find_wrong_count(reply.port_count);
+    if (unit.summary.empty() && reply.result == FACMSG_BROADCAST_NO_LINK) {
+        unit.judged = verdict::fail;
+        unit.summary =
+            fmt::format("none of the {} ports has link; expected a link on all; no frame was sent", reply.port_count);
+    } else if (unit.summary.empty()) {
+        unit.summary = find_wrong_port(ports_of_words(reply.port_results, reply.port_count));
+    }
+    if (!unit.summary.empty())
+        return unit;
+    for (uint32_t i = 0; i < reply.port_count; i++)
+        unit.ports.push_back(judge_port(reply.port_results[i], reply.fcs_counts[i], limit));
+    judge_unit(unit, "result", reply.result == FACMSG_BROADCAST_PASS,
+               "the service still reports a port without link or counter");
+    return unit;
+}
+
+} // namespace station

@@ -1,0 +1,57 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The PRBS run of the fiber ports. What a status word means is the driver's matter, so it is judged only against a word
+ * that is known to be good.
+ */
+#include <fmt/format.h>
+
+#include "families.h"
+#include "stress_report.h"
+
+namespace station
+{
+
+static const option options[] = {
+    unit_option,
+    ports_option,
+    {.name = "--good-status",
+     .help = "status word of a good port, hexadecimal; without it nothing is judged",
+     .hex = true,
+     .set = set_own_number},
+};
+
+const std::span<const option> prbs_options{options};
+
+static constexpr code_sentence stages[] = {
+    {0, ""},
+    {FACMSG_PRBS_STAGE_SPEED, "A port refused its speed."},
+    {FACMSG_PRBS_STAGE_LINK, "The links did not come up and stay up for 8 s."},
+    {FACMSG_PRBS_STAGE_LOOPBACK, "A port's PHY loopback could not be set."},
+    {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "A port's PHY loopback could not be restored."},
+};
+
+static const stress_kind prbs{
+    "PRBS test", stages, FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "no port is named as the cause", {{"status", "status"}}};
+
+outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
+{
+    const auto reply = record_of<prbs_test_reply>(payload);
+    const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
+    const bool has_status = head.fail_stage == 0 || head.fail_stage == FACMSG_PRBS_STAGE_LOOPBACK_RESTORE;
+    const auto good = own_value(sent, "--good-status");
+    outcome unit = judge_stress(sent, prbs, head, [&](port_outcome &row, uint32_t i) {
+        const uint32_t status = reply.prbs_status[i];
+        row.cells = {has_status ? cell{status, fmt::format("{:#010x}", status)} : cell{nullptr, "-"}};
+        if (has_status && !good)
+            row.judged = verdict::unjudged;
+        else if (has_status && status != std::stoull(*good))
+            fail_here(row, fmt::format("Status {:#010x}; expected {:#010x}.", status, std::stoull(*good)));
+    });
+    if (unit.judged == verdict::pass && !good) {
+        unit.judged = verdict::unjudged;
+        unit.summary = fmt::format("status words of {} ports; --good-status judges them", reply.port_count);
+    }
+    return unit;
+}
+
+} // namespace station
