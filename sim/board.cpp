@@ -97,8 +97,10 @@ void board::switch_port(port &changed, bool on)
 
 void board::loop_phy(port &changed, bool looped)
 {
-    if (std::exchange(changed.looped, looped) != looped)
-        restart_link(changed);
+    if (std::exchange(changed.looped, looped) == looped)
+        return;
+    changed.link_down(); /* the wire that it has left no longer does that */
+    restart_link(changed);
 }
 
 bool board::prbs_locked(const port &checking) const

@@ -73,6 +73,7 @@ TEST(board_file, answers_a_wrong_file_with_place_and_expectation)
          "b.toml:1:30: class is 9, expected a whole number from 0 to 8"},
         {"loads = [{ports = 1, class = 3}]", "b.toml:1:10: found no key draw_mw, expected ports, class and draw_mw"},
         {"cables = [[1, 1]]\nplugs = 1", "b.toml:2:9: plugs names port 1, which is cabled already"},
+        {"cables = \"1\"", "b.toml:1:10: cables names an odd number of ports, expected pairs of neighbours"},
     };
     for (const auto &wrong : in_front_of_a_port)
         EXPECT_EQ(error_of(wrong.text + one_port).substr(0, strlen(wrong.expected)), wrong.expected) << wrong.text;
