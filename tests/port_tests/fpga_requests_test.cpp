@@ -86,7 +86,7 @@ TEST_F(fpga, frames_byte_for_byte)
 TEST_F(fpga, reads_zeros_without_a_reply)
 {
     ask(READ, 1, 64); /* leaves its reply in the buffer */
-    driver.on_send = nullptr;
+    driver.on_send = [](const pack_info &, const uint8_t *, uint32_t) {};
     const auto record = ask(READ, 1, 64);
     EXPECT_EQ(record.result, UNWRITTEN);
     EXPECT_EQ(std::string(std::begin(record.data), std::end(record.data)), std::string(64, 0));
