@@ -16,7 +16,7 @@ constexpr mac_address CHAIN_MAC = {0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 struct looped_bench {
     explicit looped_bench(const std::string &faults = "")
         : board(parse_board("boot_ms = 0\n[[ports]]\nports = \"1-4\"\ncopper_speeds = [\"1G\"]\n" + faults, "b.toml")),
-          switch_runner(board, 0, [](const pack_info *, const uint8_t *, uint32_t) {})
+          switch_runner(board, 0, ignore)
     {
         drive(switch_runner, false);
         drv = driver_table();
@@ -30,9 +30,9 @@ struct looped_bench {
         board.clock.run_until(board.clock.now() + duration * MS);
     }
 
-    void send(uint32_t number, mac_address to, uint16_t vlan = 0, size_t length = 128)
+    void send(uint32_t number, mac_address to, uint16_t vlan = 0)
     {
-        std::vector<uint8_t> bytes(length);
+        std::vector<uint8_t> bytes(128);
         std::copy(to.begin(), to.end(), bytes.begin());
         if (vlan) {
             bytes[12] = 0x81;

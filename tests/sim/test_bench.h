@@ -30,6 +30,9 @@ inline std::string fault(const std::string &kind, uint32_t port, const std::stri
     return "[[faults]]\nkind = \"" + kind + "\"\nports = " + std::to_string(port) + "\n" + more + "\n";
 }
 
+/* For runners whose frames nobody looks at. */
+inline void ignore(const pack_info *, const uint8_t *, uint32_t) {}
+
 struct test_bench {
     explicit test_bench(const std::string &faults = "")
         : board(std::make_unique<sim::board>(sim::parse_board(FOUR_PORTS + faults, "bench.toml")))
