@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <sstream>
 #include <type_traits>
 #include <utility>
 
@@ -111,7 +112,7 @@ template <class... Arguments> static uint32_t port_of(const std::string &slot, A
     return words[slot.starts_with("poe_") ? 0 : 1];
 }
 
-template <class Argument> static void write_output(const char *slot, uint32_t port, Argument to, int &nth)
+template <class Argument> static void write_output(const std::string &slot, uint32_t port, Argument to, int &nth)
 {
     if constexpr (std::is_pointer_v<Argument> && !std::is_const_v<std::remove_pointer_t<Argument>>) {
         const auto answer = present->answers.find(slot);
@@ -120,11 +121,11 @@ template <class Argument> static void write_output(const char *slot, uint32_t po
     }
 }
 
-template <auto member> static const char *slot_name;
+template <auto member> static std::string slot_name;
 
 template <auto member, class... Arguments> static int stateless(Arguments... arguments)
 {
-    const char *const slot = slot_name<member>;
+    const std::string &slot = slot_name<member>;
     const uint32_t port = port_of(slot, arguments...);
     if (const int error = present->enter(slot, list(arguments...), port))
         return error;
@@ -134,11 +135,20 @@ template <auto member, class... Arguments> static int stateless(Arguments... arg
 }
 
 template <auto member, class... Arguments>
-static void fill(vexa_diag_drv &table, int (*vexa_diag_drv::*)(Arguments...), const char *name)
+static void fill(vexa_diag_drv &table, int (*vexa_diag_drv::*)(Arguments...), const std::string &name)
 {
-    slot_name<member> = name;
+    slot_name<member> = name.substr(name.rfind(':') + 1);
     table.*member = stateless<member, Arguments...>;
 }
+
+/* `names` is the list of members as it was written. */
+template <auto... members> static void fill_all(vexa_diag_drv &table, const char *names)
+{
+    std::istringstream list(names);
+    std::string name;
+    (fill<members>(table, members, (std::getline(list, name, ','), name)), ...);
+}
+#define FILL(...) fill_all<__VA_ARGS__>(table, #__VA_ARGS__)
 
 vexa_diag_drv fake_table()
 {
@@ -148,39 +158,16 @@ vexa_diag_drv fake_table()
     table.get_ability = get_ability;
     table.get_port_phyid = get_port_phyid;
     table.send_packet = send_packet;
-#define FILL(slot) fill<&vexa_diag_drv::slot>(table, &vexa_diag_drv::slot, #slot)
-    FILL(poe_set_port_enable);
-    FILL(poe_get_power_state);
-    FILL(poe_get_overload);
-    FILL(poe_set_max_power);
-    FILL(poe_get_power);
-    FILL(poe_get_pd_class);
-    FILL(set_factory_mode);
-    FILL(set_cpu_mac_addr);
-    FILL(clear_cpu_mac_addr);
-    FILL(set_port_debug_level);
-    FILL(set_poe_debug_level);
-    FILL(port_on_off);
-    FILL(port_broadcast_begin);
-    FILL(port_broadcast_end);
-    FILL(get_port_fcs);
-    FILL(port_vlan_pair);
-    FILL(set_pvid);
-    FILL(vlan);
-    FILL(vlan_static_mac);
-    FILL(begin_end_prbs);
-    FILL(get_clear_prbs_status);
-    FILL(poe_get_mcu_ver);
-    FILL(poe_mcu_upg);
-    FILL(poe_get_vop_test_result);
-    FILL(port_vlan1);
-    FILL(port_phy_loopback);
-    FILL(port_speed_prepare);
-    FILL(get_port_type);
-    FILL(get_port_stat);
-    FILL(clear_port_stat);
-    FILL(get_ex_speed_support);
-#undef FILL
+    using drv = vexa_diag_drv;
+    FILL(&drv::poe_set_port_enable, &drv::poe_get_power_state, &drv::poe_get_overload, &drv::poe_set_max_power,
+         &drv::poe_get_power, &drv::poe_get_pd_class, &drv::poe_get_mcu_ver, &drv::poe_mcu_upg,
+         &drv::poe_get_vop_test_result);
+    FILL(&drv::set_factory_mode, &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr, &drv::set_port_debug_level,
+         &drv::set_poe_debug_level, &drv::port_on_off, &drv::port_broadcast_begin, &drv::port_broadcast_end,
+         &drv::get_port_fcs, &drv::port_vlan_pair, &drv::set_pvid, &drv::vlan, &drv::vlan_static_mac,
+         &drv::begin_end_prbs, &drv::get_clear_prbs_status, &drv::port_vlan1, &drv::port_phy_loopback,
+         &drv::port_speed_prepare, &drv::get_port_type, &drv::get_port_stat, &drv::clear_port_stat,
+         &drv::get_ex_speed_support);
     return table;
 }
 
@@ -213,9 +200,9 @@ fake_port *fake_driver::find(uint32_t number)
     return port == ports.end() ? nullptr : &port->second;
 }
 
-int fake_driver::enter(const char *slot, const std::string &arguments, uint32_t port)
+int fake_driver::enter(const std::string &slot, const std::string &arguments, uint32_t port)
 {
-    trace_add(std::string(slot) + "(" + arguments + ")");
+    trace_add(slot + "(" + arguments + ")");
     for (auto &order : failures)
         if (order.slot == slot && (order.port == 0 || order.port == port) && (++order.seen == order.nth || !order.nth))
             return order.value;

@@ -56,7 +56,7 @@ class fake_driver
     std::map<std::string_view, std::function<uint64_t(uint32_t port, int nth)>> answers;
 
     /* For the driver functions. */
-    int enter(const char *slot, const std::string &arguments, uint32_t port = 0);
+    int enter(const std::string &slot, const std::string &arguments, uint32_t port = 0);
     fake_port *find(uint32_t number);
     void transmit(const pack_info &info, const uint8_t *frame, uint32_t length);
     void pass_wait();
