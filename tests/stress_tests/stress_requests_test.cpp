@@ -271,6 +271,7 @@ TEST_F(stress, stops_at_the_stage_that_fails)
         {FLOW, {"set_status"}, 4, flow_speed, false},
         {FLOW, {"down"}, 5, "port3 down.\n" + down, false},
         {FLOW, {"port_vlan1"}, 6, up + "port speed 0 set vlan1 faild.\n", false},
+        {FLOW, {"port_vlan1", 3, -2}, 8, up + "port speed 0 cancel vlan1 faild.\n", false},
         {FLOW, {"get_port_phyid"}, 7, up + "port speed 0 cpsp faild.\n", false},
     };
     for (const auto &c : cases) {

@@ -203,9 +203,13 @@ fake_port *fake_driver::find(uint32_t number)
 int fake_driver::enter(const std::string &slot, const std::string &arguments, uint32_t port)
 {
     trace_add(slot + "(" + arguments + ")");
-    for (auto &order : failures)
-        if (order.slot == slot && (order.port == 0 || order.port == port) && (++order.seen == order.nth || !order.nth))
+    for (auto &order : failures) {
+        if (order.slot != slot || (order.port != 0 && order.port != port))
+            continue;
+        order.seen++;
+        if (order.nth == 0 || order.seen == order.nth || (order.nth < 0 && order.seen % order.nth == 0))
             return order.value;
+    }
     return 0;
 }
 

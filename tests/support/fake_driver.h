@@ -32,7 +32,7 @@ struct fake_port {
 struct fake_failure {
     std::string_view slot; /* its name; a literal */
     uint32_t port = 0;     /* only this port's calls; 0: any */
-    int nth = 0;           /* only the nth such call from now on; 0: every one */
+    int nth = 0;           /* only the nth such call from now on; 0: every one; -n: each nth */
     int value = -1;
     int seen = 0;
 };
