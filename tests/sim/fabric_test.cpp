@@ -123,7 +123,7 @@ TEST(fabric, carries_a_chain_through_every_port_once)
             EXPECT_EQ(counted.fcs_errors, c.expected[i].fcs_errors) << c.faults << i + 1;
         }
         const auto at_cpu = bench.board.cpu.take_frames();
-        EXPECT_EQ(at_cpu.size(), c.at_cpu) << c.faults;
+        ASSERT_EQ(at_cpu.size(), c.at_cpu) << c.faults;
         EXPECT_EQ(at_cpu.front().info.phy_id, 0x103u);
         EXPECT_EQ(at_cpu.front().bytes.size(), 128u) << "untagged, as it was sent";
     }
