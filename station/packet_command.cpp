@@ -62,10 +62,9 @@ static constexpr code_sentence codes[] = {
 
 /* The codes of the other ports when one refused its settings: the link read before the change. */
 static constexpr code_sentence untested_codes[] = {
-    {FACMSG_PORT_OK, "Not tested: another port refused its settings."},
-    {FACMSG_PORT_NO_LINK, "Not tested: another port refused its settings. Before that it had no link."},
-    {FACMSG_PORT_NOT_STARTED,
-     "Not tested: another port refused its settings. Before that its status could not be read."},
+    {FACMSG_PORT_OK, "Another port refused its settings."},
+    {FACMSG_PORT_NO_LINK, "Another port refused its settings. Before that it had no link."},
+    {FACMSG_PORT_NOT_STARTED, "Another port refused its settings. Before that its status could not be read."},
 };
 
 static std::string settings_of(const packet_test_record &asked)

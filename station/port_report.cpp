@@ -124,7 +124,7 @@ void judge_unit(outcome &unit, const std::string &word, bool reported_pass, cons
         unit.summary = fmt::format("the reply contradicts itself: its {} is 0 (passed), but {}", word, unit.summary);
     } else {
         unit.judged = reported_pass && !failed ? verdict::pass : verdict::fail;
-        if (!reported_pass && !service_failed)
+        if (!reported_pass && !service_failed && !unexplained.empty())
             unit.summary += "; " + unexplained;
     }
 }

@@ -24,10 +24,10 @@ const std::span<const option> prbs_options{options};
 
 static constexpr code_sentence stages[] = {
     {0, ""},
-    {FACMSG_PRBS_STAGE_SPEED, "A port refused its speed."},
-    {FACMSG_PRBS_STAGE_LINK, "The links did not come up and stay up for 8 s."},
-    {FACMSG_PRBS_STAGE_LOOPBACK, "A port's PHY loopback could not be set."},
-    {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "A port's PHY loopback could not be restored."},
+    {FACMSG_PRBS_STAGE_SPEED, "a port refused its speed"},
+    {FACMSG_PRBS_STAGE_LINK, "the links did not come up and stay up for 8 s"},
+    {FACMSG_PRBS_STAGE_LOOPBACK, "a port's PHY loopback could not be set"},
+    {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
 };
 
 static const stress_kind prbs{

@@ -16,14 +16,14 @@ const std::span<const option> stress_options{options};
 
 static constexpr code_sentence stages[] = {
     {FACMSG_STAGE_PASSED, ""},
-    {FACMSG_STAGE_SPEED, "A port refused its speed."},
-    {FACMSG_STAGE_LINK, "The links did not come up and stay up for 8 s."},
-    {FACMSG_STAGE_VLAN_SETUP, "The test's VLANs could not be set up."},
-    {FACMSG_STAGE_TRANSMIT, "The CPU could not send the test's frames."},
-    {FACMSG_STAGE_VLAN_REMOVAL, "The test's VLANs could not be removed."},
-    {FACMSG_STAGE_STATISTICS, "Frames were lost or damaged, in the last of 3 passes."},
-    {FACMSG_STAGE_LOOPBACK, "A port's PHY loopback could not be set."},
-    {FACMSG_STAGE_LOOPBACK_RESTORE, "A port's PHY loopback could not be restored."},
+    {FACMSG_STAGE_SPEED, "a port refused its speed"},
+    {FACMSG_STAGE_LINK, "the links did not come up and stay up for 8 s"},
+    {FACMSG_STAGE_VLAN_SETUP, "the test's VLANs could not be set up"},
+    {FACMSG_STAGE_TRANSMIT, "the CPU could not send the test's frames"},
+    {FACMSG_STAGE_VLAN_REMOVAL, "the test's VLANs could not be removed"},
+    {FACMSG_STAGE_STATISTICS, "frames were lost or damaged, in the last of 3 passes"},
+    {FACMSG_STAGE_LOOPBACK, "a port's PHY loopback could not be set"},
+    {FACMSG_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
 };
 
 static const char *const unexplained = "no port is named as the cause";

@@ -42,7 +42,7 @@ static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &
         port_outcome &row = unit.ports.emplace_back(port_outcome{named ? names[i] : i + 1});
         judge_entry(row, i);
         if (row.judged == verdict::pass && !complete)
-            add_reason(row, verdict::untested, "Not tested: the test stopped before.");
+            row.judged = verdict::untested;
     }
 }
 
@@ -65,9 +65,9 @@ outcome judge_stress(const request &sent, const stress_kind &kind, const stress_
     if (!names.empty() && names.size() != head.port_count)
         unit.title += fmt::format(", by position because --ports names {} of {} ports", names.size(), head.port_count);
     add_rows(unit, kind, head, names, judge_entry);
-    judge_unit(unit, "fail stage", head.fail_stage == 0, kind.unexplained);
+    judge_unit(unit, "fail stage", head.fail_stage == 0, head.fail_stage == kind.last_stage ? kind.unexplained : "");
     if (unit.judged == verdict::fail && head.fail_stage != 0)
-        unit.summary = fmt::format("stage {}: {} {}", head.fail_stage, stage, unit.summary);
+        unit.summary = fmt::format("stopped at stage {}: {}; {}", head.fail_stage, stage, unit.summary);
     return unit;
 }
 

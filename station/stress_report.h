@@ -16,7 +16,7 @@ struct stress_kind {
     const char *title;
     code_table stages;       /* of fail_stage; 0 has no sentence */
     uint32_t last_stage;     /* a test that stops here has judged all its ports */
-    const char *unexplained; /* a failure without a failed port */
+    const char *unexplained; /* a failure at the last stage without a failed port */
     std::vector<column> columns;
 };
 

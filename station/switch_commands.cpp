@@ -87,7 +87,7 @@ outcome decode_fc_report(const request &, const std::vector<uint8_t> &payload)
     unit.summary = fmt::format("FC/Ethernet ports: {}; the last one {} speed code 7, 8 or 9",
                                fmt::join(ports_of_words(reply.port_results, reply.port_count), ", "),
                                reply.setting == 0 ? "offers" : "does not offer");
-    unit.members = {{"ports", ports_of_words(reply.port_results, reply.port_count)},
+    unit.members = {{"fc_ports", ports_of_words(reply.port_results, reply.port_count)},
                     {"last_offers_speed_7_8_or_9", reply.setting == 0}};
     unit.ports.clear();
     return unit;

@@ -75,7 +75,8 @@ static std::string port_table(const outcome &unit, bool colour)
     const bool below = reason_column > last_reason_column;
     text += "  reason\n";
     for (const port_outcome &port : unit.ports) {
-        text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, 10, colour));
+        const bool alone = reason_column == first_width + 14 && port.reason.empty();
+        text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, alone ? 0 : 10, colour));
         for (size_t i = 0; i < widths.size(); i++)
             if (widths[i] > 0)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);

@@ -31,7 +31,7 @@ static words emulated(const std::string &program, const words &arguments)
     return command;
 }
 
-pid_t start(const words &command, int out, int err, uid_t user)
+pid_t start(const words &command, int out, int err, uid_t user, int in)
 {
     std::vector<char *> arguments;
     for (const std::string &word : command)
@@ -39,6 +39,7 @@ pid_t start(const words &command, int out, int err, uid_t user)
     arguments.push_back(nullptr);
     const pid_t pid = fork();
     if (pid == 0) {
+        dup2(in < 0 ? open("/dev/null", O_RDONLY) : in, STDIN_FILENO);
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
         if (user == 0 || setuid(user) == 0)
@@ -90,13 +91,14 @@ finished run(const words &arguments, uid_t user)
     return {code, written_to(out), written_to(err)};
 }
 
-finished run_on_terminal(const words &arguments)
+finished run_on_terminal(const words &arguments, const std::string &typed)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     grantpt(terminal);
     unlockpt(terminal);
     const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    const pid_t pid = start(station(arguments), screen, screen);
+    EXPECT_EQ(write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
+    const pid_t pid = start(station(arguments), screen, screen, 0, typed.empty() ? -1 : screen);
     close(screen);
     const std::string shown = read_all(terminal);
     return {wait_for(pid), shown, ""};

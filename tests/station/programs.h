@@ -6,6 +6,8 @@
 #ifndef TESTS_STATION_PROGRAMS_H
 #define TESTS_STATION_PROGRAMS_H
 
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -16,13 +18,13 @@ using words = std::vector<std::string>;
 
 struct finished {
     int code;
-    std::string out, err;
+    std::string out, err = {};
     bool operator==(const finished &) const = default;
 };
 std::ostream &operator<<(std::ostream &stream, const finished &end);
 
-/* Starts a program with its standard output and error; as another user when user is not 0. */
-pid_t start(const words &command, int out, int err, uid_t user = 0);
+/* Starts a program with its standard output, error and input (-1: none); as another user when user is not 0. */
+pid_t start(const words &command, int out, int err, uid_t user = 0, int in = -1);
 /* Waits for its end: the exit code, or 1000 + the signal that ended it. */
 int wait_for(pid_t pid);
 
@@ -30,8 +32,9 @@ int wait_for(pid_t pid);
 words station(const words &arguments);
 /* Runs the station to its end. */
 finished run(const words &arguments, uid_t user = 0);
-/* The same with a terminal for both outputs; out is all that the terminal got. */
-finished run_on_terminal(const words &arguments);
+/* The same with a terminal for both outputs, and for the input when something is typed; out is all that the terminal
+ * showed. */
+finished run_on_terminal(const words &arguments, const std::string &typed = "");
 
 struct temporary_folder {
     std::string path;
@@ -61,6 +64,19 @@ struct listener {
 
 /* Makes the bytes of a reply from the request's payload. */
 using responder = std::function<std::string(const std::string &payload, int connection)>;
+
+/* The request's payload as a record, changed by a test and sent back. */
+template <class Record> responder reply_of(uint32_t type, const std::function<void(Record &)> &change)
+{
+    return [=](const std::string &payload, int) {
+        Record record;
+        std::memcpy(&record, payload.data(), sizeof(record));
+        change(record);
+        const uint32_t header[2] = {type, sizeof(record)};
+        return std::string(reinterpret_cast<const char *>(header), sizeof(header)) +
+               std::string(reinterpret_cast<const char *>(&record), sizeof(record));
+    };
+}
 
 /* Takes one request and answers it; further connections find nobody. */
 struct fake_service {

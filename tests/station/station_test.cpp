@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -119,19 +120,21 @@ TEST(service_control, every_request_and_every_refusal)
                                 {"error", "factory mode was not entered: the host lacks the function or it failed"}}));
 }
 
-TEST(list, shows_every_subcommand)
+TEST(list, has_a_row_for_every_request)
 {
-    EXPECT_EQ(run({"list"}),
-              (finished{0,
-                        "subcommand    type  reply bytes  what it does\n"
-                        "packet           0         1052  loop 500 frames through every matching port\n"
-                        "log-level        7            8  set the log level of the service\n"
-                        "poe-debug        8            8  set the debug level of the PoE driver\n"
-                        "port-debug       9            8  set the debug level of the port driver\n"
-                        "factory-mode    10            4  put the switch into factory mode\n"
-                        "raw            any      as sent  send any request, show the reply in hexadecimal\n"
-                        "list             -            -  show this table\n",
-                        ""}));
+    std::set<int> types;
+    const auto rows = nlohmann::json::parse(run({"list", "--json"}).out)["subcommands"];
+    for (const auto &row : rows)
+        types.insert(row.value("type", -1));
+    EXPECT_EQ(types, (std::set{-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 20, 23, 24, 25, 26}));
+    const std::string text = run({"list"}).out;
+    EXPECT_EQ(text.find("subcommand      type  reply bytes  what it does\n"
+                        "packet             0         1052  loop 500 frames through every matching port\n"),
+              0u);
+    EXPECT_TRUE(text.ends_with("raw              any      as sent  send any request, show the reply in\n"
+                               "                                   hexadecimal\n"
+                               "list               -            -  show this table\n"))
+        << text;
 }
 
 TEST(unreachable, each_reason_has_its_sentence)
@@ -165,7 +168,6 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
     const std::pair<words, std::string> cases[] = {
         {{}, "no subcommand given; 'facmsg-station list' shows them all"},
         {{"pakcet"}, "unknown subcommand 'pakcet'; did you mean 'packet'?"},
-        {{"x"}, "unknown subcommand 'x'; known: packet, log-level, poe-debug, port-debug, factory-mode, raw, list"},
         {{"packet", "--spede", "1G"}, "unknown option '--spede'; did you mean '--speed'?"},
         {{"packet", "--speed", "7G"}, "--speed: found '7G', " + speeds},
         {{"packet", "--speed", "256"}, "--speed: found '256', " + speeds},
@@ -177,6 +179,20 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
         {{"packet", "list"}, "packet: found 'list', but no more arguments are allowed"},
         {{"log-level"}, "LEVEL: expected exactly one value, allowed: -2147483648 to 2147483647"},
         {{"log-level", "2x"}, "LEVEL: found '2x', allowed: -2147483648 to 2147483647"},
+        {{"fpga", "write", "10000000000", "00"}, "ADDRESS: found '10000000000', allowed: 0x0 to 0xffffffff"},
+        {{"fpga", "write", "0", "0011"}, "HEX: found 2 bytes, allowed: whole 32-bit words, at least one"},
+        {{"fpga", "write", "0", "00112233", "--file", "/dev/zero/x"},
+         "--file: found '/dev/zero/x', allowed: a file that can be read, or -"},
+        {{"fpga", "write", "0"}, "HEX: found nothing, allowed: data in HEX or with --file"},
+        {{"fpga", "write", "fffffffc", "0011223344556677"},
+         "ADDRESS: found '0xfffffffc', allowed: up to 0xfffffff8 for 8 bytes"},
+        {{"fpga", "read", "0", "6"}, "LENGTH: found '6', allowed: whole 32-bit words"},
+        {{"fpga", "read", "0", "8", "--port", "3"}, "--port: found '3', allowed: 1 to 2"},
+        {{"fpga"}, "no subcommand given; 'facmsg-station list' shows them all"},
+        {{"broadcast", "--fcs-limit", "-1"}, "--fcs-limit: found '-1', allowed: 0 to 4294967295"},
+        {{"flow", "--ports", "3,1"}, "--ports: found '3,1', allowed: ascending numbers from 1 to 256, as in 1-4,8"},
+        {{"prbs", "--ports"}, "--ports: expected exactly one value"},
+        {{"poe-upgrade"}, "--yes: needed for poe-upgrade when nobody can be asked"},
         {{"raw", "0", "abc"}, "HEX: found 'abc', allowed: pairs of hexadecimal digits for up to 8088 bytes"},
         {{"raw", "0", "aabb", "--size", "1"}, "--size: found '1', allowed: not less than the 2 bytes of HEX"},
     };
@@ -189,17 +205,12 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
 /* A packet reply for ports 1 to 28 that all passed, changed by a test. */
 static responder packet_reply(const std::function<void(packet_test_record &)> &change)
 {
-    return [=](const std::string &payload, int) {
-        packet_test_record record;
-        std::memcpy(&record, payload.data(), sizeof(record));
+    return reply_of<packet_test_record>(FACMSG_PACKET_TEST, [=](packet_test_record &record) {
         record.port_count = 28;
         for (uint32_t i = 0; i < 28; i++)
             record.port_results[i] = FACMSG_PORT_RESULT(i + 1, FACMSG_PORT_OK);
         change(record);
-        const facmsg_header header{FACMSG_PACKET_TEST, sizeof(record)};
-        return std::string(reinterpret_cast<const char *>(&header), sizeof(header)) +
-               std::string(reinterpret_cast<const char *>(&record), sizeof(record));
-    };
+    });
 }
 
 TEST(packet, replies_that_make_no_sense_give_no_verdict)
@@ -215,7 +226,7 @@ TEST(packet, replies_that_make_no_sense_give_no_verdict)
         {[](auto &reply) { reply.unit = 9; },
          "the reply does not belong to this request: its --unit word is 9; expected 0"},
         {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, 4); },
-         "the reply gives port 7 the unknown code 4"},
+         "port 7: Code 4 is unknown, so nothing can be said about this port; expected 0, 1, 2, 3, 6 or 7."},
         {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, FACMSG_PORT_RECEIVE_COUNT); },
          "the reply contradicts itself: its result is 0 (passed), but 28 ports tested: 27 passed, 1 failed"},
     };
@@ -243,13 +254,13 @@ TEST(packet, ports_that_got_no_frames_do_not_pass)
               (finished{1,
                         "Packet test of unit 0: speed code 8, duplex 2, medium fiber\n\n"
                         "port  verdict     code  reason\n"
-                        "   1  NO VERDICT     0  Not tested: another port refused its settings.\n"
-                        "   2  FAIL           6  The port refused speed code 8, duplex 2, medium fiber;\n"
+                        "   1  NOT TESTED     0  Another port refused its settings.\n"
+                        "   2  FAIL           6  The port refused the speed, duplex and medium asked for;\n"
                         "                        expected it to accept. No frame was sent.\n"
-                        "   3  NO VERDICT     1  Not tested: another port refused its settings. Before\n"
-                        "                        that it had no link.\n"
-                        "   4  NO VERDICT     7  Not tested: another port refused its settings. Before\n"
-                        "                        that its status could not be read.\n\n"
+                        "   3  NOT TESTED     1  Another port refused its settings. Before that it had no\n"
+                        "                        link.\n"
+                        "   4  NOT TESTED     7  Another port refused its settings. Before that its\n"
+                        "                        status could not be read.\n\n"
                         "FAIL  4 ports selected: 0 passed, 1 failed, 3 not tested\n",
                         ""}));
 }

@@ -1,0 +1,185 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Every request beyond the packet test: the station's whole output against boards with and without faults, as
+ * transcripts tell it, and what it says to replies that no board sends.
+ */
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+#include "facmsg_protocol.h"
+#include "programs.h"
+
+static const std::string who = "facmsg-station: ";
+
+/* Of neighbouring port rows that differ in the number alone only the first is left. */
+static std::string condensed(const std::string &text)
+{
+    std::istringstream lines(text);
+    std::string shown, previous;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t digit = line.find_first_not_of(' ');
+        const size_t after = line.find("  ", digit);
+        const bool is_row = digit != line.npos && after != line.npos && isdigit(line[digit]);
+        const std::string rest = is_row ? line.substr(after) : "";
+        if (!is_row || rest != previous)
+            shown += line + "\n";
+        previous = rest;
+    }
+    return shown;
+}
+
+/* One entry of a transcript: a board's name and what is added to its file, a command line, and what came of it. */
+static void play(const std::string &entry)
+{
+    std::istringstream lines(entry);
+    std::string board, faults, command, expected;
+    std::getline(lines, board);
+    while (std::getline(lines, command) && !command.starts_with("$ "))
+        faults += command + "\n";
+    for (std::string line; std::getline(lines, line);)
+        expected += line + "\n";
+    words arguments;
+    std::istringstream options(command.substr(2));
+    for (std::string word; options >> word;)
+        arguments.push_back(word);
+    const temporary_folder folder;
+    const std::string file = folder.path + "/board.toml";
+    std::ofstream(file) << "base = \"" BOARDS "/" << board << ".toml\"\nname = \"changed\"\n" << faults;
+    const finished end = simulated_switch(file).run(arguments);
+    EXPECT_EQ(condensed(end.out) + end.err + "exit " + std::to_string(end.code) + "\n", expected) << board << "\n"
+                                                                                                  << faults << command;
+}
+
+TEST(requests, transcripts)
+{
+    std::ifstream file(TRANSCRIPTS);
+    std::string entry;
+    int played = 0;
+    for (std::string line; std::getline(file, line);) {
+        if (!line.starts_with("#"))
+            entry += line + "\n";
+        if (line.starts_with("exit ")) {
+            play(entry.substr(entry.find_first_not_of('\n')));
+            entry.clear();
+            played++;
+        }
+    }
+    EXPECT_GT(played, 0);
+}
+
+TEST(requests, fpga_gives_back_what_was_written)
+{
+    const simulated_switch healthy("healthy-28");
+    const temporary_folder folder;
+    std::string data;
+    for (int i = 0; i < 4096; i++)
+        data += static_cast<char>(i * 7 + i / 256);
+    std::ofstream(folder.path + "/in") << data;
+    EXPECT_EQ(healthy.run({"fpga", "write", "20000", "--file", folder.path + "/in"}),
+              (finished{0,
+                        "NOT JUDGED  4096 bytes sent to FPGA address 0x20000; only reading them back\n"
+                        "            shows that they arrived\n",
+                        ""}));
+    EXPECT_EQ(healthy.run({"fpga", "read", "20000", "4096", "--output", folder.path + "/out"}),
+              (finished{0, "NOT JUDGED  4096 bytes read from FPGA address 0x20000\n", ""}));
+    std::ostringstream read_back;
+    read_back << std::ifstream(folder.path + "/out").rdbuf();
+    EXPECT_EQ(read_back.str(), data);
+    EXPECT_EQ(healthy.run({"fpga", "read", "0x20020", "4", "--port", "2"}).out.substr(0, 18), "0000  e0 e7 ee f5\n");
+    EXPECT_EQ(simulated_switch("fpga-silent").run({"fpga", "read", "0", "4"}),
+              (finished{0,
+                        "0000  00 00 00 00\nNOT JUDGED  4 bytes read from FPGA address 0x0, all zero; the same is "
+                        "read when\n            the FPGA does not answer\n",
+                        ""}));
+}
+
+TEST(requests, switched_medium_comes_back)
+{
+    const simulated_switch mixed("mixed");
+    for (const std::string medium : {"fiber", "copper", "fiber"})
+        EXPECT_TRUE(mixed.run({"switch-medium"}).out.ends_with("; the last one's medium is now " + medium + "\n"));
+}
+
+TEST(requests, upgrade_asks)
+{
+    const finished asked = run_on_terminal({"poe-upgrade"}, "n\n");
+    EXPECT_EQ(asked.code, 3);
+    EXPECT_NE(asked.out.find("not confirmed; nothing was sent"), std::string::npos) << asked.out;
+}
+
+/* What is to be said, with the exit code, to a reply that a test makes. */
+template <class Record>
+static void expect(const words &arguments, void (*change)(Record &), int code, const std::string &said)
+{
+    const finished end = fake_service(reply_of<Record>(0, change)).run(arguments);
+    EXPECT_EQ(end.code, code) << end;
+    EXPECT_NE((end.out + end.err).find(said), std::string::npos) << said << "\n" << end;
+}
+
+/* Two ports, 255 and, with a 0 for it, 256. */
+static poe_test_reply &two_ports(poe_test_reply &reply)
+{
+    reply.port_count = 2;
+    reply.ports[0] = 255;
+    return reply;
+}
+
+TEST(requests, poe_replies_that_no_board_sends)
+{
+    using reply = poe_test_reply;
+    expect<reply>(
+        {"poe"}, [](auto &r) { two_ports(r); }, 0, " 256  PASS           ok      0");
+    expect<reply>(
+        {"poe"}, [](auto &r) { two_ports(r).ports[1] = 255; }, 3, "entry 2 of the reply names port 255");
+    expect<reply>(
+        {"hpoe"}, [](auto &r) { two_ports(r).ports[1] = 255; }, 0, "PASS  2 ports tested");
+    expect<reply>(
+        {"hpoe"}, [](auto &r) { r.port_count = 257; }, 3, "the reply counts 257 ports");
+    expect<reply>(
+        {"poe"}, [](auto &r) { two_ports(r).power_off_code[0] = 20; }, 3, "the reply contradicts itself");
+    expect<reply>(
+        {"poe"}, [](auto &r) { two_ports(r).state_code[1] = 1 << 16 | 15; }, 3, "256: Code 65551 is unknown");
+    expect<reply>(
+        {"poe"}, [](auto &r) { two_ports(r).result = 1; }, 1, "the service still reports a failure");
+    expect<reply>(
+        {"box-hpoe"}, [](auto &) {}, 3, "no high-power port, so nothing was tested");
+    expect<poe_mcu_ver_reply>(
+        {"poe-version"}, [](auto &r) { r.result = 2; }, 3, "the host lacks the function");
+}
+
+TEST(requests, other_replies_that_no_board_sends)
+{
+    expect<broadcast_test_record>(
+        {"broadcast"}, [](auto &r) { r.result = 1, r.port_count = 2; }, 1, "none of the 2 ports has link");
+    expect<broadcast_test_record>(
+        {"broadcast"}, [](auto &r) { r.port_count = 1, r.port_results[0] = 1 << 16, r.fcs_counts[0] = 1ull << 40; }, 1,
+        "1099511627776 FCS errors; expected 0.");
+    expect<ess_flow_reply>(
+        {"flow"}, [](auto &r) { r.result = 3; }, 3, "(result 3): the service ran out of memory");
+    expect<ess_flow_reply>(
+        {"flow"}, [](auto &r) { r.port_count = 1, r.fail_stage = 12; }, 3, "the reply's fail stage 12 is unknown");
+    expect<ess_flow_reply>(
+        {"flow", "--ports", "7"}, [](auto &r) { r.port_count = 2, r.fail_stage = 9, r.port_cnt_err[1] = 1; }, 1,
+        "2  FAIL        Received 0 frames and transmitted 0; expected equal");
+    expect<ess_flow_reply>(
+        {"flow"}, [](auto &r) { r.port_count = r.port_down[0] = 1; }, 3, "its fail stage is 0 (passed), but");
+    expect<ess_flow_reply>(
+        {"flow"}, [](auto &r) { r.port_count = 2, r.fail_stage = 9, r.port_fcs_err[1] = 7; }, 3,
+        "position 2: A flag is 7");
+    expect<serpentine_flow_reply>(
+        {"serpentine"}, [](auto &r) { r.port_count = 1, r.fail_stage = 9; }, 1, "so the\n      CPU received another");
+    expect<serpentine_flow_reply>(
+        {"serpentine"},
+        [](auto &r) {
+            r.port_count = 2, r.fail_stage = 9, r.cpu_send_cnt = 10000;
+            r.port_fcs_err[0] = r.port_ex_err[1] = 1, r.fcs[0] = 3, r.ex_pkts[1] = 9996;
+        },
+        1, "2  FAIL        Transmitted 9996 frames; expected 9997.");
+    expect<prbs_test_reply>(
+        {"prbs"}, [](auto &r) { r.port_count = 1, r.fail_stage = 7; }, 1, "stage 7: a port's PHY loopback could not");
+    expect<fpga_record>(
+        {"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)");
+    expect<fpga_record>(
+        {"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16");
+}
