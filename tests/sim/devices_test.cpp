@@ -2,6 +2,7 @@
  *
  * The FPGA, bit sequences, and what the driver says of kinds of ports.
  */
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "driver_table.h"
@@ -16,7 +17,8 @@ static std::vector<uint8_t> fpga_frame(uint8_t operation, uint8_t address, uint8
     std::vector<uint8_t> bytes = {0x01, 0x6B, 0xE2,      0, 0,    0x0A, 0x01, 0x6B, 0xE2, 0, 0, 0x0B,    0xFF, 0xF9,
                                   0,    0,    operation, 0, 0xF3, 0xF3, 0,    0,    0,    0, 0, address, 0,    words};
     bytes[21] = static_cast<uint8_t>(6 + data.size());
-    bytes.insert(bytes.end(), data.begin(), data.end());
+    bytes.resize(128);
+    std::copy(data.begin(), data.end(), bytes.begin() + 28);
     bytes.resize(64);
     return bytes;
 }
