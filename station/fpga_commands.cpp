@@ -157,15 +157,18 @@ outcome read_fpga(const request &asked, const sender &send)
     bytes data(record.len);
     if (const auto failure = move_data(asked, send, data, FACMSG_FPGA_MAX_READ))
         return *failure;
-    if (output)
-        save(*output, data);
     const bool silent = std::ranges::all_of(data, [](uint8_t byte) { return byte == 0; });
-    return {.judged = verdict::unjudged,
-            .summary = fmt::format("{} bytes read from FPGA address {:#x}{}", data.size(), record.addr,
-                                   silent ? ", all zero; the same is read when the FPGA does not answer" : ""),
-            .result = 0,
-            .text = output ? "" : hex_dump(data),
-            .members = {{"data_hex", fmt::format("{:02x}", fmt::join(data, ""))}}};
+    outcome unit{.judged = verdict::unjudged,
+                 .summary = fmt::format("{} bytes read from FPGA address {:#x}{}", data.size(), record.addr,
+                                        silent ? ", all zero; the same is read when the FPGA does not answer" : ""),
+                 .result = 0};
+    if (output) {
+        save(*output, data);
+    } else {
+        unit.text = hex_dump(data);
+        unit.members = {{"data_hex", fmt::format("{:02x}", fmt::join(data, ""))}};
+    }
+    return unit;
 }
 
 } // namespace station

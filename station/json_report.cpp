@@ -34,7 +34,7 @@ static ordered_json request_members(const command &row, const request &sent)
             members[member_name(field.name)] = word;
     }
     for (const auto &[name, value] : sent.own)
-        members[member_name(name)] = value;
+        members[member_name(name)] = value.empty() ? ordered_json(true) : ordered_json(value);
     return members;
 }
 
