@@ -18,22 +18,29 @@
 namespace sim
 {
 
-static constexpr int DEEPEST_BASE = 8;
+/* A board file and those that led to it by their base. */
+using chain = std::vector<std::string>;
 
-static board_config load(const std::string &path, int depth);
+static board_config load(const chain &paths);
 
-static board_config base_of(const toml_reader &reader, const std::string &path, int depth)
+static board_config base_of(const toml_reader &reader, const chain &paths)
 {
     const auto base = reader.text("base");
     if (!base)
         return {};
-    if (depth >= DEEPEST_BASE)
-        reader.fail("base", fmt::format("base is \"{}\", expected at most {} boards on top of each other", *base,
-                                        DEEPEST_BASE));
-    const auto base_path = std::filesystem::path(path).parent_path() / *base;
+    const auto base_path = std::filesystem::path(paths.back()).parent_path() / *base;
     if (!std::filesystem::is_regular_file(base_path))
         reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one", *base));
-    return load(base_path.string(), depth + 1);
+    auto longer = paths;
+    longer.push_back(base_path.string());
+    const auto same = [&](const auto &path) {
+        std::error_code no_file;
+        return std::filesystem::equivalent(path, base_path, no_file);
+    };
+    if (const auto first = std::ranges::find_if(paths, same); first != paths.end())
+        reader.fail("base", fmt::format("base is \"{}\", which makes a circle ({}), expected another board", *base,
+                                        fmt::join(longer.begin() + (first - paths.begin()), longer.end(), ", ")));
+    return load(longer);
 }
 
 static void read_head(const toml_reader &reader, board_config &board)
@@ -59,6 +66,11 @@ static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const toml_reader &r
     } else {
         reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { cables.emplace_back(a, b); });
     }
+    for (const auto &[a, b] : cables) {
+        if (a == b)
+            reader.fail("cables",
+                        fmt::format("cables joins port {} to itself, expected two different ports, or plugs", a));
+    }
     for (const auto number : reader.ports("plugs"))
         cables.emplace_back(number, number);
     return cables;
@@ -69,7 +81,7 @@ static void read_cables(const toml_reader &reader, board_config &board)
 {
     std::set<uint32_t> cabled;
     for (const auto &[a, b] : cables_in(reader)) {
-        const std::string_view key = a == b && reader.has("plugs") ? "plugs" : "cables";
+        const std::string_view key = a == b ? "plugs" : "cables";
         for (const auto number : std::set{a, b}) {
             if (!board.ports.count(number) || board.ports.at(number).faces_fpga)
                 reader.fail(key, fmt::format("{} names port {}, expected a port of the board", key, number));
@@ -102,12 +114,13 @@ static void read_fpga(const std::string &path, const toml::table &table, board_c
     }
 }
 
-static board_config read_board(const toml::table &table, const std::string &path, int depth)
+static board_config read_board(const toml::table &table, const chain &paths)
 {
+    const auto &path = paths.back();
     const toml_reader reader(path, table,
                              {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us", "boot_ms",
                               "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
-    auto board = base_of(reader, path, depth);
+    auto board = base_of(reader, paths);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
     if (board.ports.empty())
@@ -120,8 +133,9 @@ static board_config read_board(const toml::table &table, const std::string &path
     return board;
 }
 
-static board_config parse(std::string_view text, const std::string &path, int depth)
+static board_config parse(std::string_view text, const chain &paths)
 {
+    const auto &path = paths.back();
     toml::table table;
     try {
         table = toml::parse(text, path);
@@ -129,26 +143,27 @@ static board_config parse(std::string_view text, const std::string &path, int de
         const auto at = error.source().begin;
         throw board_error(fmt::format("{}:{}:{}: {}", path, at.line, at.column, error.description()));
     }
-    return read_board(table, path, depth);
+    return read_board(table, paths);
 }
 
-static board_config load(const std::string &path, int depth)
+static board_config load(const chain &paths)
 {
+    const auto &path = paths.back();
     std::ifstream file(path);
     std::ostringstream text;
     if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
         throw board_error(fmt::format("{}:1:1: found no readable text, expected a board file", path));
-    return parse(text.str(), path, depth);
+    return parse(text.str(), paths);
 }
 
 board_config load_board(const std::string &path)
 {
-    return load(path, 0);
+    return load({path});
 }
 
 board_config parse_board(std::string_view text, const std::string &path)
 {
-    return parse(text, path, 0);
+    return parse(text, {path});
 }
 
 } // namespace sim

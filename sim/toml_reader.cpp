@@ -6,11 +6,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <sstream>
 
 #include <fmt/format.h>
 
 #include "facmsg_protocol.h"
-#include "names.h"
+#include "text/nearest.h"
 
 namespace sim
 {
@@ -26,8 +27,11 @@ static std::string shown(const toml::node &node)
         return fmt::format("{}", number->get());
     if (const auto *flag = node.as_boolean())
         return flag->get() ? "true" : "false";
-    const std::string_view kind = node.is_array() ? "an array" : node.is_table() ? "a table" : "another type";
-    return std::string(kind);
+    if (node.is_array() || node.is_table())
+        return node.is_array() ? "an array" : "a table";
+    std::ostringstream other;
+    other << toml::node_view(node);
+    return other.str();
 }
 
 toml_reader::toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known)
@@ -35,7 +39,7 @@ toml_reader::toml_reader(const std::string &file, const toml::table &table, cons
 {
     for (const auto &[key, value] : table_) {
         if (std::find(known.begin(), known.end(), key.str()) == known.end())
-            fail_at(value, fmt::format("unknown key {}{}", key.str(), expected_one_of(key.str(), known)));
+            fail_at(value, fmt::format("unknown key {}{}", key.str(), text::expected_one_of(key.str(), known)));
     }
 }
 
@@ -94,9 +98,9 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
 {
     const auto *text = node.as_string();
     if (!text)
-        fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), joined(names)));
+        fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), text::joined(names)));
     if (std::find(names.begin(), names.end(), text->get()) == names.end())
-        fail_at(node, fmt::format("{} is {}{}", key, shown(node), expected_one_of(text->get(), names)));
+        fail_at(node, fmt::format("{} is {}{}", key, shown(node), text::expected_one_of(text->get(), names)));
     return text->get();
 }
 
@@ -117,7 +121,7 @@ const toml::array *toml_reader::array(std::string_view key, std::string_view exp
 std::vector<std::string> toml_reader::some_of(std::string_view key, const std::vector<std::string_view> &names) const
 {
     std::vector<std::string> found;
-    if (const auto *entries = array(key, fmt::format("a list of {}", joined(names)))) {
+    if (const auto *entries = array(key, fmt::format("a list of {}", text::joined(names)))) {
         for (const auto &entry : *entries)
             found.push_back(name_from(entry, key, names));
     }
