@@ -47,11 +47,12 @@ FACMSG_API extern struct vexa_diag_drv facmsg_vexa_diag_drv;
 FACMSG_API void vexa_recv_packet(const struct pack_info *info, const uint8_t *frame, uint32_t length);
 
 /* Writes the number of test frames counted for a port since load to *count; 0 for a port that never received one.
- * Counts wrap at 2^32 and are never reset: take differences. Always returns 0. Any thread. */
+ * Test frames have the type F0 F0 or 89 06. At most 256 ports are counted for the life of the process; further ones
+ * read 0. Counts wrap at 2^32 and are never reset: take differences. Always returns 0. Any thread. */
 FACMSG_API int vexa_get_recv_packet_number(uint32_t phy_id, uint32_t *count);
 
-/* The latest FPGA reply frame: 128 bytes, zero behind the frame's end. Lives as long as the process. The receiving
- * thread may overwrite it at any time. */
+/* The latest FPGA reply frame: 128 bytes, zero behind the frame's end, and all zero from an FPGA request until its
+ * reply. Lives as long as the process. The receiving thread may overwrite it at any time. */
 FACMSG_API uint8_t *get_fpga_data(void);
 
 /* The log level, 0 at load: above 0 error lines go to standard output, above 1 trace lines as well. The host may read
@@ -68,8 +69,9 @@ FACMSG_API int facmsg_send(int fd, uint32_t type, uint32_t payload_size, const v
  *
  * attempts says how often to try reading, 100 ms before each; a try blocks until the service answers or closes the
  * connection, so 1 is enough for a service that is alive, however long its test takes. The reply's type is not
- * examined. Returns -1 when the service cannot be reached, or sends no reply or a shorter one; payload is then
- * untouched. Must run in the service's working directory. Any thread. */
+ * examined, and of a longer one only the first payload_size bytes are taken: send each record at its reply's size.
+ * Returns -1 when the service cannot be reached, or sends no reply or a shorter one, and without an attempt; payload is
+ * then untouched. Must run in the service's working directory. Any thread. */
 FACMSG_API int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int attempts);
 
 /* ---- Request handlers ---- */

@@ -7,7 +7,8 @@
  *
  * Rules that hold for every slot unless its comment says otherwise:
  *   - 0 is success, any other value is failure;
- *   - the library calls it on its server thread, one call at a time;
+ *   - the library calls it on its server thread, or on the thread that calls a handler or FPGA function directly; one
+ *     call at a time;
  *   - pointers are valid for the duration of the call only; the host must not keep or free them;
  *   - a null slot means "this host does not provide the function". The library never calls through a null slot: the
  *     requests that need it are answered as not supported, or report the failure their own description names;
@@ -25,10 +26,11 @@ extern "C" {
 /* Medium codes in port_status_row.medium. */
 enum { FACMSG_MEDIUM_COPPER = 0, FACMSG_MEDIUM_FIBER = 1 };
 
-/* Status of one port, read by get_status and given back to set_status. */
+/* Status of one port, read by get_status and given back to set_status with some words changed. The stress tests and the
+ * PRBS run give set_status a record that is zero but for the speed: they ask for a speed and nothing else. */
 struct port_status_row {
     uint32_t host_word_0; /* the host's own; handed back as get_status left it */
-    uint32_t link;        /* 0 link down, anything else link up */
+    uint32_t link;        /* 0 link down, else up; report 1: the broadcast test sends only from a port with exactly 1 */
     uint32_t speed;       /* speed code: 3 is 1G, 4 is 10G, the others are the host's */
     uint32_t medium;      /* FACMSG_MEDIUM_COPPER or FACMSG_MEDIUM_FIBER */
     uint32_t duplex;      /* duplex code: 0, 1 or 2 */
@@ -139,7 +141,8 @@ struct vexa_diag_drv {
     int (*port_broadcast_end)(uint32_t unit);
     /* 180: reads a port's count of received frames with a wrong frame check sequence. */
     int (*get_port_fcs)(uint32_t unit, uint32_t port, uint64_t *fcs);
-    /* 181: adds (1) or removes (0) a VLAN with two member ports, which may be the same one, each with a mode flag. */
+    /* 181: adds (1) or removes (0) a VLAN with two member ports, which may be the same one, each with a mode flag. The
+     * serpentine chain also calls it once with VLAN 0, which must not fail. */
     int (*port_vlan_pair)(uint32_t unit, uint32_t port_a, uint32_t port_b, uint32_t vlan_id, uint32_t mode_a,
                           uint32_t mode_b, uint32_t add);
     /* 182: sets the VLAN that a port's untagged frames belong to. */

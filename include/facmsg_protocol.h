@@ -127,7 +127,7 @@ enum facmsg_switch_result {
 struct switch_test_record {
     uint32_t result;  /* out: enum facmsg_switch_result; type 3 leaves it alone when it succeeds */
     uint32_t unit;    /* in: switch unit */
-    uint32_t setting; /* type 1: in: speed code to set; type 3: out: 0 the last listed port runs speed code 7, 8 or 9,
+    uint32_t setting; /* type 1: in: speed code to set; type 3: out: 0 the last listed port offers speed code 7, 8 or 9,
                        * 1 it does not; type 4: out: the medium just set on the last port that could be read */
     uint32_t port_count;                     /* out: ports listed; written when there is at least one */
     uint32_t port_results[FACMSG_MAX_PORTS]; /* out: FACMSG_PORT_RESULT words: OK, MEDIUM (type 4) or SET_STATUS (1) */
@@ -136,7 +136,7 @@ struct switch_test_record {
 /* 5 FACMSG_PORT_BROADCAST: 3088 bytes. */
 enum facmsg_broadcast_result {
     FACMSG_BROADCAST_PASS = 0,         /* every listed port had link and its counter was read; judge the counts */
-    FACMSG_BROADCAST_NO_LINK = 1,      /* no listed port has link */
+    FACMSG_BROADCAST_NO_LINK = 1,      /* no listed port has link 1 */
     FACMSG_BROADCAST_NOT_POSSIBLE = 2, /* driver functions missing, no port, or the burst could not be sent */
     FACMSG_BROADCAST_NO_MEMORY = 7,
     FACMSG_BROADCAST_NOT_BEGUN = 9, /* the switch did not go into its broadcast-test state */
@@ -233,7 +233,8 @@ struct vop_test_reply {
 };
 
 /* The traffic stress tests. Their per-port arrays go by position in the port list: ports that have any ability (type
- * 26: any fiber ability), ascending. Flags are 1 or as sent. */
+ * 26: any fiber ability), ascending. A repeated pass starts on a cleared reply: what no step writes is then 0 instead
+ * of as sent. Send fail_stage as 0: no step writes 0 to it. */
 enum facmsg_stress_result {
     FACMSG_STRESS_NOT_SUPPORTED = 1, /* driver functions missing */
     FACMSG_STRESS_NO_PORT = 2,
@@ -272,7 +273,8 @@ struct flow_pressure_reply {
     struct speed_choice speed_codes[FACMSG_FLOW_SETTINGS];        /* out */
     uint8_t port_down[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS];    /* out: had no link when the link wait failed */
     uint8_t port_fcs_err[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS]; /* out: counted FCS errors */
-    uint8_t port_cnt_err[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS]; /* out: a port of the pair lost frames */
+    uint8_t port_cnt_err[FACMSG_FLOW_SETTINGS][FACMSG_MAX_PORTS]; /* out: the pair is off: a port did not receive
+                                                                   * exactly what its partner transmitted */
     uint8_t reserved[3];                                          /* not written */
 };
 

@@ -72,7 +72,8 @@ bool read_fcs(broadcast_test_record &record, uint32_t position)
         record.port_results[position] |= FACMSG_PORT_FCS_UNREADABLE;
         return false;
     }
-    log_as(OP, LOG_ERROR, "Port%d FCS number %ld.\n", static_cast<int>(g_test_ports[position]), static_cast<long>(fcs));
+    log_as(OP, LOG_ERROR, "Port%d FCS number %lld.\n", static_cast<int>(g_test_ports[position]),
+           static_cast<long long>(fcs));
     record.fcs_counts[position] = fcs;
     return true;
 }
