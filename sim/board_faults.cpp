@@ -8,7 +8,7 @@
 
 #include "board_sections.h"
 #include "driver_table.h"
-#include "names.h"
+#include "text/nearest.h"
 
 namespace sim
 {
@@ -185,7 +185,7 @@ void read_fault(const std::string &file, const toml::table &table, board_config 
     const toml_reader reader(file, table, any_key); /* which keys are right depends on the kind */
     const auto kind = reader.one_of("kind", kinds());
     if (!kind)
-        reader.fail("kind", fmt::format("found no key kind, expected one of {}", joined(kinds())));
+        reader.fail("kind", fmt::format("found no key kind, expected one of {}", text::joined(kinds())));
     if (*kind == FAILING_CALL)
         return read_failing_call(file, table, board);
     if (*kind == FPGA_SILENT)

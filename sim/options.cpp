@@ -8,13 +8,16 @@
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include "board_file.h"
 #include "driver_table.h"
-#include "names.h"
+#include "text/nearest.h"
+#include "text/say.h"
+#include "toml_reader.h"
 
 namespace fs = std::filesystem;
 
@@ -24,17 +27,43 @@ namespace sim
 static constexpr double SLOWEST = 0.01;
 static constexpr double FASTEST = 1000;
 
-static double parse_pace(const std::string &text)
+/* An option with a text for its value, and what may be given. */
+struct text_option {
+    std::string name;
+    std::string &value;
+    std::string help;
+    std::string expected;
+};
+
+[[noreturn]] static void refuse(const text_option &option, const std::string &found)
 {
-    double pace = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), pace);
-    const bool number = end.ec == std::errc() && end.ptr == text.data() + text.size();
-    if (text == "max")
+    throw usage_error(fmt::format("{}: found {}, expected {}", option.name, found, option.expected));
+}
+
+/* The whole text as a number; nothing when it is none. */
+template <class Number> static std::optional<Number> parse_number(const std::string &text)
+{
+    Number number{};
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    return end.ec == std::errc() && end.ptr == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
+static double pace_of(const text_option &option)
+{
+    const auto pace = parse_number<double>(option.value);
+    if (option.value == "max")
         return 0;
-    if (!number || !(pace >= SLOWEST && pace <= FASTEST))
-        throw usage_error(
-            fmt::format("--pace: found {}, expected max or a number from {} to {}", text, SLOWEST, FASTEST));
-    return pace;
+    if (!pace || !(*pace >= SLOWEST && *pace <= FASTEST))
+        refuse(option, "'" + option.value + "'");
+    return *pace;
+}
+
+static int level_of(const text_option &option)
+{
+    const auto level = parse_number<int>(option.value);
+    if (!level)
+        refuse(option, "'" + option.value + "'");
+    return *level;
 }
 
 static void check_slots(const std::vector<std::string> &dropped)
@@ -42,7 +71,7 @@ static void check_slots(const std::vector<std::string> &dropped)
     const auto &known = slot_names();
     for (const auto &name : dropped) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            throw usage_error(fmt::format("--drop-slot: found {}{}", name, expected_one_of(name, known)));
+            throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, text::expected_one_of(name, known)));
     }
 }
 
@@ -55,32 +84,79 @@ static std::string default_boards_dir()
     return fs::is_directory(FACMSG_SOURCE_BOARDS) ? FACMSG_SOURCE_BOARDS : FACMSG_INSTALLED_BOARDS;
 }
 
-options parse_options(int argc, const char *const *argv)
+/* The parser says which option is wrong, but not what it takes. */
+[[noreturn]] static void explain(const std::string &what, const CLI::App &app, const std::vector<text_option> &options)
 {
-    options parsed;
-    parsed.boards_dir = default_boards_dir();
-    std::string pace = "max";
-    CLI::App app("Simulated switch that hosts the factory-test service.", "facmsg-simhost");
-    app.add_option("--board", parsed.board, "Board: a name from --list-boards, or a file")->capture_default_str();
-    app.add_option("--boards-dir", parsed.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)");
-    app.add_option("--directory", parsed.directory, "Working directory; the socket is in its tmp/");
-    app.add_option("--pace", pace, "Board seconds per second, or max")->capture_default_str();
-    app.add_option("--pcap", parsed.pcap, "Write every CPU frame to this capture file");
-    app.add_option("--drop-slot", parsed.dropped_slots, "Leave a driver slot empty; repeatable")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_option("--log-level", parsed.log_level, "Log level of the library: 0 silent, 1 errors, 2 traces");
-    app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit");
-    app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit");
-    app.add_flag("--quiet", parsed.quiet, "Print the ready line only");
+    const auto name = what.substr(0, what.find_first_of(": "));
+    if (what.ends_with("flag override"))
+        throw usage_error(fmt::format("--{}: found a value, expected none", name));
+    for (const auto &option : options) {
+        if (option.name == name)
+            refuse(option, app.count(name) > 1 ? "more than one value" : "nothing");
+    }
+    throw usage_error(what);
+}
+
+static void refuse_unknown(const std::string &found, const std::vector<text_option> &options)
+{
+    std::vector<std::string_view> known = {"--help", "--list-boards", "--run-flow", "--quiet"};
+    for (const auto &option : options)
+        known.push_back(option.name);
+    if (!found.starts_with("-"))
+        throw usage_error(fmt::format("found '{}', expected options only; see --help", found));
+    throw usage_error(fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, known)));
+}
+
+static void parse(CLI::App &app, int argc, const char *const *argv, const std::vector<text_option> &options)
+{
+    app.allow_extras();
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp &help) {
         throw early_exit{app.exit(help)};
     } catch (const CLI::ParseError &error) {
-        throw usage_error(fmt::format("{}; see --help", error.what()));
+        explain(error.what(), app, options);
     }
-    parsed.pace = parse_pace(pace);
+    if (const auto extras = app.remaining(); !extras.empty())
+        refuse_unknown(extras.front(), options);
+    for (const auto &option : options) {
+        if (app.count(option.name) > 0 && option.value.empty())
+            refuse(option, "nothing");
+    }
+}
+
+options parse_options(int argc, const char *const *argv)
+{
+    options parsed;
+    parsed.boards_dir = default_boards_dir();
+    std::string pace = "max", level = "0", slot;
+    const text_option pace_option{"--pace", pace, "Board seconds per second, or max",
+                                  fmt::format("max or a number from {} to {}", SLOWEST, FASTEST)};
+    const text_option level_option{"--log-level", level, "Log level of the library: 0 silent, 1 errors, 2 traces",
+                                   "a number: 0 silent, 1 errors, 2 traces"};
+    const std::vector<text_option> options = {
+        {"--board", parsed.board, "Board: a name from --list-boards, or a file", "a board's name or a .toml file"},
+        {"--boards-dir", parsed.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)",
+         "a folder with boards"},
+        {"--directory", parsed.directory, "Working directory; the socket is in its tmp/", "a folder"},
+        {"--pcap", parsed.pcap, "Write every CPU frame to this capture file", "a file that can be written"},
+        {"--drop-slot", slot, "Leave a driver slot empty; repeatable", "the name of a driver slot"},
+        pace_option,
+        level_option,
+    };
+    CLI::App app("Simulated switch that hosts the factory-test service.", "facmsg-simhost");
+    for (const auto &option : options)
+        app.add_option(option.name, option.value, option.help)->capture_default_str();
+    app.get_option("--drop-slot")
+        ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
+        ->take_last();
+    app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit")->disable_flag_override();
+    app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit")
+        ->disable_flag_override();
+    app.add_flag("--quiet", parsed.quiet, "Print the ready line only")->disable_flag_override();
+    parse(app, argc, argv, options);
+    parsed.pace = pace_of(pace_option);
+    parsed.log_level = level_of(level_option);
     check_slots(parsed.dropped_slots);
     return parsed;
 }
@@ -93,6 +169,8 @@ static std::vector<std::string> board_names(const std::string &folder)
         if (entry.path().extension() == ".toml")
             names.push_back(entry.path().stem().string());
     }
+    if (names.empty())
+        throw usage_error(fmt::format("--boards-dir: found '{}', expected a folder with boards", folder));
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -104,16 +182,25 @@ std::string find_board(const options &options)
     const auto names = board_names(options.boards_dir);
     const std::vector<std::string_view> known(names.begin(), names.end());
     if (std::find(names.begin(), names.end(), options.board) == names.end())
-        throw usage_error(fmt::format("--board: found {}{} of {}, or a .toml file", options.board,
-                                      expected_one_of(options.board, known), options.boards_dir));
+        throw usage_error(fmt::format("--board: found '{}', which is no .toml file and not in {}{}", options.board,
+                                      options.boards_dir, text::expected_one_of(options.board, known)));
     return (fs::path(options.boards_dir) / (options.board + ".toml")).string();
+}
+
+/* What is wrong with the board when it has none. */
+static std::string description_of(const fs::path &board)
+{
+    try {
+        return load_board(board.string()).description;
+    } catch (const board_error &error) {
+        return error.what();
+    }
 }
 
 void list_boards(const options &options)
 {
     for (const auto &name : board_names(options.boards_dir)) {
-        const auto board = load_board((fs::path(options.boards_dir) / (name + ".toml")).string());
-        fmt::print("{:<18} {}\n", name, board.description);
+        fmt::print("{:<18} {}\n", name, text::escaped(description_of(fs::path(options.boards_dir) / (name + ".toml"))));
     }
 }
 

@@ -40,7 +40,8 @@ options parse_options(int argc, const char *const *argv);
 /* The path of the board file that --board means: a file, or a board's name. Throws usage_error. */
 std::string find_board(const options &options);
 
-/* Prints name and description of every board in the boards folder. Throws board_error when one is wrong. */
+/* Prints name and description of every board in the boards folder, or what is wrong with it. Throws
+ * usage_error when there is no board. */
 void list_boards(const options &options);
 
 } // namespace sim

@@ -16,6 +16,7 @@
 #include "host_time.h"
 #include "options.h"
 #include "service_probe.h"
+#include "text/say.h"
 #include "toml_reader.h"
 
 namespace fs = std::filesystem;
@@ -36,7 +37,7 @@ static void print_start(const board_config &config, const options &options)
 {
     if (options.quiet)
         return;
-    fmt::print("board: {} ({})\n", config.name, config.description);
+    fmt::print("board: {}\n", text::escaped(fmt::format("{} ({})", config.name, config.description)));
     fmt::print("ports: {}, cables and plugs: {}\n", config.ports.size(), config.cables.size());
     fmt::print("wires: line rate / {}, at least {} Mbit/s\n", config.rate_divisor, config.min_wire_mbps);
     fmt::print("pace: {}\n", pace_text(options.pace));
@@ -55,14 +56,34 @@ static sigset_t block_end_signals()
     return signals;
 }
 
+static std::unique_ptr<pcap_writer> open_capture(const std::string &path)
+{
+    try {
+        return path.empty() ? nullptr : std::make_unique<pcap_writer>(path);
+    } catch (const std::system_error &error) {
+        throw usage_error(
+            fmt::format("--pcap: found '{}' ({}), expected a file that can be written", path, error.code().message()));
+    }
+}
+
+static void enter_directory(const std::string &path)
+{
+    try {
+        fs::create_directories(fs::path(path) / "tmp");
+        fs::current_path(path);
+    } catch (const std::system_error &error) {
+        throw usage_error(fmt::format("--directory: found '{}' ({}), expected a folder, or where one can be made", path,
+                                      error.code().message()));
+    }
+}
+
 static void power_up(board_config config, const options &options)
 {
+    auto capture = open_capture(options.pcap);
+    enter_directory(options.directory);
     print_start(config, options);
-    auto capture = options.pcap.empty() ? nullptr : std::make_unique<pcap_writer>(options.pcap);
     g_board = new board(std::move(config));
     g_board->cpu.capture_to(std::move(capture));
-    fs::create_directories(fs::path(options.directory) / "tmp");
-    fs::current_path(options.directory);
     g_runner = new runner(*g_board, options.pace, vexa_recv_packet);
     drive(*g_runner, !options.quiet);
     use_board_time(*g_runner);
@@ -99,13 +120,13 @@ static int run(const options &options)
         sigwait(&end_signals, &signal_number);
     }
     if (!g_runner->with_board([](board &b) { return b.cpu.close_capture(); }))
-        fmt::print(stderr, "facmsg-simhost: {}: not everything could be written\n", options.pcap);
+        text::say(fmt::format("facmsg-simhost: {}: not everything could be written", options.pcap));
     return EXIT_ENDED;
 }
 
 static int complain(const std::exception &error, exit_status status)
 {
-    fmt::print(stderr, "facmsg-simhost: {}\n", error.what());
+    text::say(fmt::format("facmsg-simhost: {}", error.what()));
     return status;
 }
 

@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "nearest.h"
+#include "text/nearest.h"
 
 namespace station
 {
@@ -70,25 +70,27 @@ static CLI::App *add_subcommand(CLI::App &app, const command &row)
 /* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
 static std::string explain_extra(const std::string &found, const command *row)
 {
-    std::vector<std::string> names;
+    std::vector<std::string_view> names;
     if (found.starts_with("-")) {
         names = {"--help", "--directory", "--json", "--no-progress"};
         for (const option &field : row ? row->options : std::span<const option>{})
             if (*field.name == '-')
                 names.emplace_back(field.name);
-        return fmt::format("unknown option '{}'{}", found, did_you_mean(found, names));
+        return fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, names));
     }
     if (row != nullptr)
         return fmt::format("{}: found '{}', but no more arguments are allowed", row->name, found);
     for (const command &known : commands())
         names.emplace_back(known.name);
-    return fmt::format("unknown subcommand '{}'{}", found, did_you_mean(found, names));
+    return fmt::format("unknown subcommand '{}'{}", found, text::expected_one_of(found, names));
 }
 
 /* An option of the row with too few or too many values; every other error explains itself. */
 static std::string explain_error(const std::string &what, const command *row)
 {
     const std::string name = what.substr(0, what.find_first_of(": "));
+    if (name == "--directory")
+        return "--directory: expected exactly one value, allowed: the host's working directory";
     if (what.ends_with("flag override"))
         return fmt::format("--{}: takes no value", name);
     for (const option &field : row ? row->options : std::span<const option>{})

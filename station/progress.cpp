@@ -24,14 +24,15 @@ static std::string expectation(const duration &expected)
 
 void show_progress(const command &row, int elapsed_s, const std::string &done)
 {
-    fmt::print(stderr, "{}{}: {} s elapsed, {}", rewrite, row.name, elapsed_s,
-               done.empty() ? expectation(row.expected) : done);
+    const std::string shown = fmt::format("{}{}: {} s elapsed, {}", rewrite, row.name, elapsed_s,
+                                          done.empty() ? expectation(row.expected) : done);
+    std::fputs(shown.c_str(), stderr);
     std::fflush(stderr);
 }
 
 void clear_progress()
 {
-    fmt::print(stderr, "{}", rewrite);
+    std::fputs(rewrite, stderr);
     std::fflush(stderr);
 }
 

@@ -16,6 +16,7 @@
 #include "command_line.h"
 #include "exchange.h"
 #include "report.h"
+#include "text/say.h"
 #include "unreachable.h"
 
 namespace station
@@ -107,7 +108,7 @@ static void confirm(const invocation &call)
         return;
     if (!isatty(STDIN_FILENO))
         throw usage_error(fmt::format("--yes: needed for {} when nobody can be asked", call.row->name));
-    fmt::print(stderr, "{} [y/N] ", call.row->question);
+    std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "y" && answer != "yes")
@@ -131,7 +132,7 @@ static exit_code run(const invocation &call)
     const outcome unit = carry_out(call);
     print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, colour_wanted()));
     if (unit.judged == verdict::none)
-        fmt::print(stderr, "facmsg-station: {}: {}\n", call.row->name, unit.summary);
+        text::say(fmt::format("facmsg-station: {}: {}", call.row->name, unit.summary));
     return exit_code_of(unit.judged);
 }
 
@@ -139,7 +140,7 @@ static exit_code report_error(const command *row, bool json, exit_code code, con
 {
     if (json)
         print(json_error(row, code, sentence));
-    fmt::print(stderr, "facmsg-station: {}{}{}\n", row ? row->name : "", row ? ": " : "", sentence);
+    text::say(fmt::format("facmsg-station: {}{}{}", row ? row->name : "", row ? ": " : "", sentence));
     return code;
 }
 
@@ -169,6 +170,6 @@ int main(int argc, char **argv)
     const station::exit_code code = station::run_command_line(argc, argv);
     if (std::fflush(stdout) == 0)
         return static_cast<int>(code);
-    fmt::print(stderr, "facmsg-station: the result could not be written to stdout\n");
+    text::say("facmsg-station: the result could not be written to stdout");
     return static_cast<int>(station::exit_code::no_verdict);
 }

@@ -2,14 +2,14 @@
  *
  * Answers a name that nobody knows with the one that was probably meant.
  */
-#include "names.h"
+#include "nearest.h"
 
 #include <algorithm>
 #include <numeric>
 
 #include <fmt/format.h>
 
-namespace sim
+namespace text
 {
 
 /* How many characters to insert, remove or replace to get from a to b. */
@@ -46,8 +46,7 @@ static std::string_view nearest(std::string_view given, const std::vector<std::s
 std::string expected_one_of(std::string_view given, const std::vector<std::string_view> &known)
 {
     const auto best = nearest(given, known);
-    const auto start = best.empty() ? ", expected" : fmt::format(", did you mean {}? Expected", best);
-    return fmt::format("{} one of {}", start, joined(known));
+    return best.empty() ? fmt::format(", expected one of {}", joined(known)) : fmt::format(", did you mean {}?", best);
 }
 
 std::string joined(const std::vector<std::string_view> &names)
@@ -55,4 +54,4 @@ std::string joined(const std::vector<std::string_view> &names)
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
-} // namespace sim
+} // namespace text

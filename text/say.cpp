@@ -1,0 +1,37 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Lines for whoever runs a program, whatever stands in them and wherever stderr leads.
+ */
+#include "say.h"
+
+#include <cstdio>
+
+#include <fmt/format.h>
+
+namespace text
+{
+
+static std::string escaped_char(char c)
+{
+    const auto code = static_cast<unsigned char>(c);
+    if (c == '\n')
+        return "\\n";
+    if (c == '\t')
+        return "\\t";
+    return code < ' ' || code == 0x7F ? fmt::format("\\x{:02x}", code) : std::string(1, c);
+}
+
+std::string escaped(std::string_view text)
+{
+    std::string shown;
+    for (const char c : text)
+        shown += escaped_char(c);
+    return shown;
+}
+
+void say(std::string_view line)
+{
+    std::fputs((escaped(line) + "\n").c_str(), stderr);
+}
+
+} // namespace text

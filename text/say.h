@@ -1,0 +1,22 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Lines for whoever runs a program, whatever stands in them and wherever stderr leads.
+ */
+#ifndef TEXT_SAY_H
+#define TEXT_SAY_H
+
+#include <string>
+#include <string_view>
+
+namespace text
+{
+
+/* The text with control characters as \n, \t or \x1b, so that it stays one line. */
+std::string escaped(std::string_view text);
+
+/* Writes one line to stderr, escaped. A stderr that is full or closed changes nothing else. */
+void say(std::string_view line);
+
+} // namespace text
+
+#endif
