@@ -183,3 +183,14 @@ TEST(requests, other_replies_that_no_board_sends)
     expect<fpga_record>(
         {"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16");
 }
+
+TEST(requests, healthy_boards_pass_the_traffic_tests)
+{
+    for (const std::string board : {"healthy-2", "healthy-27", "healthy-28", "healthy-52", "cabled-28"}) {
+        const simulated_switch healthy(board);
+        for (const std::string request : {"flow", "broadcast-flow", "serpentine"}) {
+            const finished end = healthy.run({request});
+            EXPECT_EQ(end.code, 0) << board << "\n" << end;
+        }
+    }
+}

@@ -167,9 +167,11 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
     const std::string speeds = "allowed: 10M, 100M, 1G, 2.5G, 5G, 10G or 0 to 255";
     const std::pair<words, std::string> cases[] = {
         {{}, "no subcommand given; 'facmsg-station list' shows them all"},
-        {{"pakcet"}, "unknown subcommand 'pakcet'; did you mean 'packet'?"},
-        {{"packet", "--spede", "1G"}, "unknown option '--spede'; did you mean '--speed'?"},
+        {{"pakcet"}, "unknown subcommand 'pakcet', did you mean packet?"},
+        {{"packet", "--spede", "1G"}, "unknown option '--spede', did you mean --speed?"},
         {{"packet", "--speed", "7G"}, "--speed: found '7G', " + speeds},
+        {{"packet", "--speed", "a\nb"}, "--speed: found 'a\\nb', " + speeds},
+        {{"packet", "--directory"}, "--directory: expected exactly one value, allowed: the host's working directory"},
         {{"packet", "--speed", "256"}, "--speed: found '256', " + speeds},
         {{"packet", "--speed"}, "--speed: expected exactly one value, " + speeds},
         {{"packet", "--speed", "1G", "--speed", "5G"}, "--speed: expected exactly one value, " + speeds},
@@ -199,7 +201,7 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
     for (const auto &[arguments, message] : cases)
         EXPECT_EQ(run(arguments), (finished{2, "", who + message + "\n"}));
     EXPECT_EQ(run({"--json", "pakcet"}).out, "{\n  \"verdict\": \"NO VERDICT\",\n  \"exit_code\": 2,\n  \"error\": "
-                                             "\"unknown subcommand 'pakcet'; did you mean 'packet'?\"\n}\n");
+                                             "\"unknown subcommand 'pakcet', did you mean packet?\"\n}\n");
 }
 
 /* A packet reply for ports 1 to 28 that all passed, changed by a test. */
