@@ -4,7 +4,9 @@
  */
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <dirent.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <sys/stat.h>
@@ -52,6 +54,34 @@ TEST_F(requests, larger_than_the_buffer_are_refused_at_once)
         EXPECT_EQ(request_client().send(frame(10, size)).reply(), INCOMPLETE) << size;
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(3));
     EXPECT_EQ(ask_service(frame(10, 8088, std::string(8088, 'x'))), FACTORY_MODE);
+}
+
+static std::atomic<bool> alarm_blocked, fault_blocked;
+static std::atomic<int> private_sockets;
+
+/* A driver function, and so on the server thread. */
+static int look_around()
+{
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    alarm_blocked = sigismember(&blocked, SIGALRM) == 1;
+    fault_blocked = sigismember(&blocked, SIGSEGV) == 1;
+    private_sockets = 0;
+    for (int fd = 0; fd < 256; fd++) {
+        struct stat status;
+        if (fstat(fd, &status) == 0 && S_ISSOCK(status.st_mode) && (fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0)
+            private_sockets++;
+    }
+    return 0;
+}
+
+TEST_F(requests, run_where_no_signal_cuts_a_wait_short_and_no_child_inherits_a_socket)
+{
+    facmsg_vexa_diag_drv.set_factory_mode = look_around;
+    EXPECT_EQ(ask_service(frame(10, 0)), FACTORY_MODE);
+    EXPECT_TRUE(alarm_blocked);
+    EXPECT_FALSE(fault_blocked);
+    EXPECT_EQ(private_sockets, 2) << "the listening one and the client's";
 }
 
 TEST_F(requests, of_unknown_types_are_answered_unknown)
