@@ -66,10 +66,11 @@ void fabric::forward(const port &at, const frame &arrived)
         ++dropped_;
         return;
     }
-    const auto &[members, untagged] = vlans_[vlan];
-    members.for_each_also_in(with_room_, [&](uint32_t to) {
+    const auto &entry = vlans_[vlan];
+    entry.members.for_each_also_in(with_room_, [&](uint32_t to) {
         if (to != number)
-            send_out(*by_number_[to], untagged.has(to) ? egress_tag::UNTAGGED : egress_tag::TAGGED, vlan, arrived);
+            send_out(*by_number_[to], entry.untagged.has(to) ? egress_tag::UNTAGGED : egress_tag::TAGGED, vlan,
+                     arrived);
     });
 }
 

@@ -59,7 +59,7 @@ bool is_request(std::span<const uint8_t> bytes)
         !has_at(bytes, TYPE_AT, TYPE) || !has_at(bytes, MARK_AT, MARK))
         return false;
     const size_t length = number_at(bytes, LENGTH_AT, 2);
-    const size_t data = number_at(bytes, WORDS_AT, 2) * 4;
+    const size_t data = size_t{number_at(bytes, WORDS_AT, 2)} * 4;
     switch (bytes[OPERATION_AT]) {
     case READ:
         return length == BEFORE_DATA && DATA_AT + data <= LONGEST_ANSWER;

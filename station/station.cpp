@@ -94,7 +94,7 @@ static outcome carry_out(const invocation &call)
 {
     const progress_line progress(call);
     const sender send = [&](const request &part, const std::string &done) {
-        const std::vector<uint8_t> reply = send_and_wait(call, part, [&] { progress.show(done); });
+        std::vector<uint8_t> reply = send_and_wait(call, part, [&] { progress.show(done); });
         check_echo(*call.row, part, reply);
         return reply;
     };

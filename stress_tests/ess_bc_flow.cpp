@@ -22,20 +22,9 @@ static bool set_loopback(const ess_run &run, uint8_t mode)
 
 static bool flood_frames(const ess_run &run)
 {
-    if (vexa_port_vlan1(run.unit, run.ports, run.count, 1) != 0) {
-        log_as(run.op, LOG_ERROR, "port set pvid faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_SETUP);
-    }
-    if (vexa_send_ess_bc_packet_pressure_use_cpsp(run.ports, run.count) != 0) {
-        log_as(run.op, LOG_ERROR, "port cpsp faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_TRANSMIT);
-    }
-    sleep(TRAFFIC_S);
-    if (vexa_port_vlan1(run.unit, run.ports, run.count, 0) != 0) {
-        log_as(run.op, LOG_ERROR, "port cancel vlan1 faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_REMOVAL);
-    }
-    return true;
+    return ess_carry_traffic(
+        run, [&](uint32_t member) { return vexa_port_vlan1(run.unit, run.ports, run.count, member); },
+        [&] { return vexa_send_ess_bc_packet_pressure_use_cpsp(run.ports, run.count); }, TRAFFIC_S);
 }
 
 static bool run_pass(const ess_run &run, ess_flow_reply *reply)

@@ -17,20 +17,9 @@ static_assert(offsetof(ess_flow_reply, in_pkts) == 788 && offsetof(ess_flow_repl
 
 static bool circulate_frames(const ess_run &run)
 {
-    if (vexa_ess_port_vlan(run.unit, run.ports, run.count, 1) != 0) {
-        log_as(run.op, LOG_ERROR, "port set pvid faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_SETUP);
-    }
-    if (vexa_send_ess_packet_pressure_use_cpsp(run.ports, run.count) != 0) {
-        log_as(run.op, LOG_ERROR, "port cpsp faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_TRANSMIT);
-    }
-    sleep(TRAFFIC_S);
-    if (vexa_ess_port_vlan(run.unit, run.ports, run.count, 0) != 0) {
-        log_as(run.op, LOG_ERROR, "port cancel vlan1 faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_REMOVAL);
-    }
-    return true;
+    return ess_carry_traffic(
+        run, [&](uint8_t enable) { return vexa_ess_port_vlan(run.unit, run.ports, run.count, enable); },
+        [&] { return vexa_send_ess_packet_pressure_use_cpsp(run.ports, run.count); }, TRAFFIC_S);
 }
 
 static bool run_pass(const ess_run &run, ess_flow_reply *reply)

@@ -18,25 +18,23 @@ static_assert(offsetof(serpentine_flow_reply, ex_pkts) == 2072 && offsetof(serpe
 
 constexpr unsigned DRAIN_S = 1; /* for the last frames to get through the chain */
 
+/* Sends from the CPU and notes how many frames; 0 on success. */
+static int send_from_cpu(const ess_run &run, serpentine_flow_reply *reply)
+{
+    uint32_t sent = 0;
+    const int ret = vexa_send_ess_serpentine_flow_use_cpsp(run.ports, run.count, &sent);
+    if (ret == 0) {
+        log_as(run.op, LOG_TRACE, "cpu_send_cnt=%d\n", static_cast<int>(sent));
+        reply->cpu_send_cnt = sent;
+    }
+    return ret;
+}
+
 static bool send_through_chain(const ess_run &run, serpentine_flow_reply *reply)
 {
-    if (vexa_ess_serpentine_vlan(run.unit, run.ports, run.count, 1) != 0) {
-        log_as(run.op, LOG_ERROR, "port set pvid faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_SETUP);
-    }
-    uint32_t sent = 0;
-    if (vexa_send_ess_serpentine_flow_use_cpsp(run.ports, run.count, &sent) != 0) {
-        log_as(run.op, LOG_ERROR, "port cpsp faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_TRANSMIT);
-    }
-    log_as(run.op, LOG_TRACE, "cpu_send_cnt=%d\n", static_cast<int>(sent));
-    reply->cpu_send_cnt = sent;
-    sleep(DRAIN_S);
-    if (vexa_ess_serpentine_vlan(run.unit, run.ports, run.count, 0) != 0) {
-        log_as(run.op, LOG_ERROR, "port cancel vlan1 faild.\n");
-        return ess_stopped(run, FACMSG_STAGE_VLAN_REMOVAL);
-    }
-    return true;
+    return ess_carry_traffic(
+        run, [&](uint8_t enable) { return vexa_ess_serpentine_vlan(run.unit, run.ports, run.count, enable); },
+        [&] { return send_from_cpu(run, reply); }, DRAIN_S);
 }
 
 static bool run_pass(const ess_run &run, serpentine_flow_reply *reply)

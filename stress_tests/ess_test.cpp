@@ -42,6 +42,15 @@ bool ess_stopped(const ess_run &run, facmsg_stress_stage stage)
     return false;
 }
 
+bool ess_traffic_stopped(const ess_run &run, facmsg_stress_stage stage)
+{
+    const char *const reason = stage == FACMSG_STAGE_VLAN_SETUP ? "port set pvid faild."
+                               : stage == FACMSG_STAGE_TRANSMIT ? "port cpsp faild."
+                                                                : "port cancel vlan1 faild.";
+    log_as(run.op, LOG_ERROR, "%s\n", reason);
+    return ess_stopped(run, stage);
+}
+
 static bool set_speeds(const ess_run &run)
 {
     const int ret = vexa_port_speed(run.unit, run.ports, run.count, FASTEST, run.speed_codes);

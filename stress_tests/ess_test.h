@@ -6,6 +6,7 @@
 #define STRESS_TESTS_ESS_TEST_H
 
 #include <cstring>
+#include <unistd.h>
 
 #include "facmsg_internal.h"
 #include "stress_ports.h"
@@ -40,9 +41,25 @@ bool ess_set_loopback(const ess_run &run, uint8_t mode);
 /* Notes the step at which a pass stopped. Always false. */
 bool ess_stopped(const ess_run &run, facmsg_stress_stage stage);
 
+/* The same for a step around the traffic, with its error line. */
+bool ess_traffic_stopped(const ess_run &run, facmsg_stress_stage stage);
+
 /* From any state to stable links in loopback, at the fastest speeds, with the counters cleared. False when it stopped.
  */
 bool ess_prepare_ports(const ess_run &run);
+
+/* Sets up the VLANs with set_vlans(1), sends, waits for traffic_s and removes them with set_vlans(0); both are 0 on
+ * success. False when it stopped. */
+template <class SetVlans, class Send>
+bool ess_carry_traffic(const ess_run &run, SetVlans set_vlans, Send send, unsigned traffic_s)
+{
+    if (set_vlans(1) != 0)
+        return ess_traffic_stopped(run, FACMSG_STAGE_VLAN_SETUP);
+    if (send() != 0)
+        return ess_traffic_stopped(run, FACMSG_STAGE_TRANSMIT);
+    sleep(traffic_s);
+    return set_vlans(0) == 0 || ess_traffic_stopped(run, FACMSG_STAGE_VLAN_REMOVAL);
+}
 
 /* Runs passes until one does not end with wrong counts, three at most; each starts on a cleared reply. A pass is false
  * when it stopped before the counts were judged. */
