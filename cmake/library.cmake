@@ -34,7 +34,7 @@ add_library(facmsg_objects OBJECT
     stress_tests/sfi_prbs.cpp)
 target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
-    -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong)
+    -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong -g)
 if(NOT FACMSG_SANITIZE)
     target_compile_definitions(facmsg_objects PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 endif()
@@ -46,11 +46,12 @@ endif()
 
 # Linked as C: nothing but libc is needed at run time.
 add_library(facmsg SHARED $<TARGET_OBJECTS:facmsg_objects>)
-target_include_directories(facmsg PUBLIC include)
+target_include_directories(facmsg PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_options(facmsg PRIVATE
     -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
 if(NOT FACMSG_SANITIZE)
     target_link_options(facmsg PRIVATE -Wl,-z,defs)
 endif()
 set_target_properties(facmsg PROPERTIES
-    LINKER_LANGUAGE C SOVERSION 0 LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/facmsg.map)
+    LINKER_LANGUAGE C VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/facmsg.map)

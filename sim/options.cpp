@@ -75,13 +75,15 @@ static void check_slots(const std::vector<std::string> &dropped)
     }
 }
 
-/* Installed boards, or those of the source tree, unless the user says otherwise. */
+/* The boards that lie beside the program, wherever it was installed or built, unless the user says otherwise. */
 static std::string default_boards_dir()
 {
     const char *named = getenv("FACMSG_BOARDS");
     if (named && *named)
         return named;
-    return fs::is_directory(FACMSG_SOURCE_BOARDS) ? FACMSG_SOURCE_BOARDS : FACMSG_INSTALLED_BOARDS;
+    std::error_code unreadable;
+    const fs::path program = fs::read_symlink("/proc/self/exe", unreadable);
+    return (program.parent_path() / FACMSG_BOARDS_FROM_PROGRAM).lexically_normal();
 }
 
 /* The parser says which option is wrong, but not what it takes. */

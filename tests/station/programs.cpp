@@ -43,7 +43,7 @@ pid_t start(const words &command, int out, int err, uid_t user, int in)
         dup2(out, STDOUT_FILENO);
         dup2(err, STDERR_FILENO);
         if (user == 0 || setuid(user) == 0)
-            execv(arguments[0], arguments.data());
+            execvp(arguments[0], arguments.data());
         _exit(127);
     }
     return pid;
