@@ -46,7 +46,7 @@ TEST_F(registration, of_an_empty_table_starts_the_service_of_none_does_not)
     add(&EMPTY, 0, EMPTY);
     ASSERT_TRUE(wait_for_service());
     EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, '\xff')));
-    char bytes[sizeof(table) + 1]; /* a table may lie at any address */
+    alignas(void *) char bytes[sizeof(table) + 1]; /* a table may lie at any address, an odd one here */
     memcpy(bytes + 1, &table, sizeof(table));
     add(reinterpret_cast<const vexa_diag_drv *>(bytes + 1), 0, table);
     EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, 0)));

@@ -1,0 +1,38 @@
+# Installation: the library, what a host is built with, the tools; each also a Debian package.
+include(CMakePackageConfigHelpers)
+
+set(headers include/facmsg.h include/facmsg_driver.h include/facmsg_protocol.h)
+set(cmake_files ${CMAKE_INSTALL_LIBDIR}/cmake/facmsg)
+
+install(TARGETS facmsg EXPORT facmsg
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES examples/minimal_host.c DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libfacmsg-dev/examples
+    COMPONENT development)
+
+# find_package(facmsg) gives the target facmsg::facmsg.
+install(EXPORT facmsg NAMESPACE facmsg:: FILE facmsg-config.cmake DESTINATION ${cmake_files} COMPONENT development)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/facmsg-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/facmsg-config-version.cmake DESTINATION ${cmake_files} COMPONENT development)
+
+# As seen from its own folder, so that a copied installation still finds itself.
+file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/facmsg.pc.in facmsg.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/facmsg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+if(FACMSG_TOOLS)
+    install(FILES man/facmsg-station.1 man/facmsg-simhost.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+    install(FILES completion/facmsg-station completion/facmsg-simhost
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
+
+# Debian wants the licence beside each package.
+set(package_library libfacmsg${PROJECT_VERSION_MAJOR})
+set(package_development libfacmsg-dev)
+set(package_tools facmsg-tools)
+foreach(component library development tools)
+    install(FILES LICENSE RENAME copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}
+        COMPONENT ${component})
+endforeach()
+
+include(cmake/packages.cmake)
