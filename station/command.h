@@ -110,6 +110,9 @@ int64_t parse_value(const option &field, const std::string &value);
 /* The value of an option that stays with the station, if it was given. */
 std::optional<std::string> own_value(const request &sent, const char *name);
 
+/* The name of an option in JSON and plans: "--any-speed" is any_speed, "LEVEL" is level. */
+std::string member_name(std::string name);
+
 /* Whether an option is a word of the payload that the service must send back as it was. */
 bool is_payload_word(const option &field);
 

@@ -4,40 +4,25 @@
  * switch's host process and judged. Results go to stdout, errors and progress to stderr.
  */
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
 #include <iostream>
-#include <system_error>
 #include <unistd.h>
 
+#include "carry_out.h"
 #include "command_line.h"
-#include "exchange.h"
+#include "interruption.h"
 #include "report.h"
 #include "text/say.h"
-#include "unreachable.h"
 
 namespace station
 {
 
-/* The run ends without a reply that can be judged. */
-struct no_reply : std::runtime_error {
-    exit_code code;
-    no_reply(exit_code why, const std::string &sentence) : std::runtime_error(sentence), code(why) {}
-};
-
 static void print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
-}
-
-static void enter_directory(const std::string &directory)
-{
-    if (chdir(directory.c_str()) != 0)
-        throw no_reply(exit_code::no_verdict, fmt::format("cannot enter directory '{}': {}", directory,
-                                                          std::generic_category().message(errno)));
 }
 
 /* The progress line, for as long as this lives. */
@@ -62,43 +47,12 @@ struct progress_line {
     }
 };
 
-static std::vector<uint8_t> send_and_wait(const invocation &call, const request &sent,
-                                          const std::function<void()> &tick)
-{
-    request answered = sent;
-    const exchange_end end = exchange(answered, tick);
-    if (end == exchange_end::interrupted)
-        throw no_reply(exit_code::interrupted, "interrupted; the service goes on with the request it has begun");
-    if (end == exchange_end::failed)
-        throw no_reply(exit_code::no_verdict, why_no_reply(sent, call.chosen.directory));
-    return answered.payload;
-}
-
-/* The client call takes any reply of the right size, so one that belongs to another request shows here: the service
- * sends back what was asked. */
-static void check_echo(const command &row, const request &sent, const std::vector<uint8_t> &reply)
-{
-    for (const option &field : row.options) {
-        if (!is_payload_word(field))
-            continue;
-        const uint32_t asked = word_at(sent.payload, field.offset);
-        const uint32_t found = word_at(reply, field.offset);
-        if (found != asked)
-            throw no_reply(exit_code::no_verdict,
-                           fmt::format("the reply does not belong to this request: its {} word is {}; expected {}",
-                                       field.name, found, asked));
-    }
-}
-
 static outcome carry_out(const invocation &call)
 {
     const progress_line progress(call);
-    const sender send = [&](const request &part, const std::string &done) {
-        std::vector<uint8_t> reply = send_and_wait(call, part, [&] { progress.show(done); });
-        check_echo(*call.row, part, reply);
-        return reply;
-    };
-    return call.row->transfer ? call.row->transfer(call.sent, send) : call.row->decode(call.sent, send(call.sent, ""));
+    watch_signals(signal_policy::note);
+    return carry_out(*call.row, call.sent, call.chosen.directory, {},
+                     [&](const std::string &done) { progress.show(done); });
 }
 
 /* Asks before a request that is not to be sent by mistake. */
@@ -112,7 +66,7 @@ static void confirm(const invocation &call)
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "y" && answer != "yes")
-        throw no_reply(exit_code::no_verdict, "not confirmed; nothing was sent");
+        throw no_reply(exit_code::no_verdict, "no-verdict", "not confirmed; nothing was sent");
 }
 
 static bool colour_wanted()

@@ -298,7 +298,7 @@ TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
         close(err[1]); /* so that reading ends with the station */
         received.get_future().wait();
         kill(pid, number);
-        EXPECT_EQ(wait_for(pid), 130);
+        EXPECT_EQ(wait_for(pid), 128 + number);
         char sentence[200] = "";
         EXPECT_GT(read(err[0], sentence, sizeof(sentence) - 1), 0);
         EXPECT_EQ(sentence, who + "packet: interrupted; the service goes on with the request it has begun\n");
