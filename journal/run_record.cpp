@@ -1,0 +1,359 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * One run as its journal tells it. The reader trusts nothing: members that are missing or of another type are empty.
+ */
+#include "run_record.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <system_error>
+
+#include "journal_text.h"
+#include "text/printable.h"
+#include "timestamp.h"
+
+namespace journal
+{
+
+using nlohmann::json;
+
+static const json &member(const json &object, const char *name)
+{
+    static const json none;
+    const auto found = object.is_object() ? object.find(name) : object.end();
+    return object.is_object() && found != object.end() ? *found : none;
+}
+
+static std::string text_of(const json &value)
+{
+    return value.is_string() ? text::printable(value.get_ref<const std::string &>()) : "";
+}
+
+static std::string text_at(const json &object, const char *name)
+{
+    return text_of(member(object, name));
+}
+
+static std::string scalar_text(const json &value)
+{
+    return value.is_number() || value.is_boolean() ? value.dump() : text_of(value);
+}
+
+static int64_t count_at(const json &object, const char *name, int64_t otherwise)
+{
+    const json &value = member(object, name);
+    return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
+}
+
+static moment moment_at(const json &object, const char *name)
+{
+    const std::string text = text_at(object, name);
+    return {text, parse_timestamp(text)};
+}
+
+/* The number at the end of a location such as 7 or PORT7, which can be no more than a few digits long. */
+static int port_number(const std::string &location)
+{
+    constexpr size_t most_digits = 4;
+    const size_t begin = location.find_last_not_of("0123456789") + 1;
+    const size_t digits = location.size() - begin;
+    return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
+}
+
+namespace
+{
+
+class reader
+{
+  public:
+    explicit reader(run_record &record) : run(record) {}
+    void read(const json &line);
+    void finish();
+
+  private:
+    using step_handler = void (reader::*)(attempt &, const json &);
+    static const std::map<std::string, step_handler, std::less<>> step_handlers;
+
+    void run_start(const json &start);
+    void hardware(const json &info);
+    void run_artifact(const json &artifact);
+    void step_artifact(const json &artifact);
+    void start(attempt &, const json &);
+    void extension(attempt &, const json &);
+    void measurement(attempt &, const json &);
+    void series_start(attempt &, const json &);
+    void series_element(attempt &, const json &);
+    void diagnosis(attempt &, const json &);
+    void error(attempt &, const json &);
+    void log(attempt &, const json &);
+    void end(attempt &, const json &);
+    observation measured(const json &) const;
+    place where(const json &) const;
+    void find_contradiction();
+
+    run_record &run;
+    moment now = {};
+    bool ended = false;
+    std::map<std::string, place, std::less<>> places = {};
+    std::map<std::string, size_t, std::less<>> steps = {}; /* index of the attempt by its testStepId */
+    std::map<std::string, observation, std::less<>> series = {};
+};
+
+const std::map<std::string, reader::step_handler, std::less<>> reader::step_handlers = {
+    {"testStepStart", &reader::start},
+    {"extension", &reader::extension},
+    {"measurement", &reader::measurement},
+    {"measurementSeriesStart", &reader::series_start},
+    {"measurementSeriesElement", &reader::series_element},
+    {"diagnosis", &reader::diagnosis},
+    {"error", &reader::error},
+    {"log", &reader::log},
+    {"testStepEnd", &reader::end},
+};
+
+void reader::read(const json &line)
+{
+    now = moment_at(line, "timestamp");
+    if (!ended)
+        run.end = now;
+    run_artifact(member(line, "testRunArtifact"));
+    step_artifact(member(line, "testStepArtifact"));
+}
+
+void reader::run_artifact(const json &artifact)
+{
+    const json &begin = member(artifact, "testRunStart"), &close = member(artifact, "testRunEnd");
+    if (begin.is_object())
+        run_start(begin);
+    if (close.is_object()) {
+        run.result = read_result(text_at(close, "status"), text_at(close, "result"));
+        ended = true;
+    }
+    if (const json &wrong = member(artifact, "error"); wrong.is_object())
+        run.errors.push_back({text_at(wrong, "symptom"), text_at(wrong, "message")});
+}
+
+void reader::run_start(const json &begin)
+{
+    const json &unit = member(begin, "dutInfo"), &metadata = member(begin, "metadata");
+    run.start = now;
+    run.plan = text_at(begin, "name");
+    run.version = text_at(begin, "version");
+    run.plan_file = text_at(member(begin, "parameters"), "plan");
+    run.product = text_at(unit, "name");
+    run.operator_name = text_at(metadata, "operator");
+    run.station = text_at(metadata, "station");
+    run.run_id = text_at(metadata, "run_id");
+    if (const json &parts = member(unit, "hardwareInfos"); parts.is_array())
+        std::ranges::for_each(parts, [&](const json &part) { hardware(part); });
+}
+
+void reader::hardware(const json &info)
+{
+    const std::string id = text_at(info, "hardwareInfoId");
+    const std::string name = text_at(info, "name");
+    const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number(text_at(info, "location"))};
+    if (run.serial.empty())
+        run.serial = text_at(info, "serialNumber");
+    const bool is_new = places.emplace(id, part).second;
+    if (is_new && part.port > 0)
+        run.ports.push_back(part);
+}
+
+void reader::step_artifact(const json &artifact)
+{
+    if (!artifact.is_object())
+        return;
+    const auto [found, is_new] = steps.emplace(text_at(artifact, "testStepId"), run.attempts.size());
+    if (is_new)
+        run.attempts.emplace_back().start = now;
+    for (const auto &[name, content] : artifact.items())
+        if (const auto handler = step_handlers.find(name); handler != step_handlers.end())
+            (this->*handler->second)(run.attempts[found->second], content);
+}
+
+void reader::start(attempt &step, const json &content)
+{
+    step.step = text_at(content, "name");
+}
+
+void reader::extension(attempt &step, const json &added)
+{
+    const json &content = member(added, "content");
+    if (member(added, "name") != "facmsg-step")
+        return;
+    step.request = text_at(content, "request");
+    step.number = count_at(content, "attempt", 1);
+    step.most = count_at(content, "attempts", 1);
+    const json &expected = member(content, "expected_s");
+    step.expected_s = expected.is_number() ? std::clamp(expected.get<double>(), 0.0, 1e6) : 0;
+}
+
+place reader::where(const json &content) const
+{
+    const std::string id = text_at(content, "hardwareInfoId");
+    const std::string within = text_at(member(content, "subcomponent"), "name");
+    const auto known = places.find(id);
+    place at = known != places.end() ? known->second : place{id, id};
+    if (within.empty())
+        return at.id.empty() ? place{"unit", "unit"} : at;
+    at.name += (at.name.empty() ? "" : " ") + within;
+    at.id += (at.id.empty() ? "" : ".") + within;
+    return at;
+}
+
+observation reader::measured(const json &content) const
+{
+    observation made{observation::kind::measurement, text_at(content, "name"), where(content), now};
+    made.value = scalar_text(member(content, "value"));
+    made.is_number = member(content, "value").is_number();
+    made.unit = text_at(content, "unit");
+    if (const json &limits = member(content, "validators"); limits.is_array())
+        for (const json &one : limits)
+            made.limits.push_back({text_at(one, "type"), scalar_text(member(one, "value"))});
+    return made;
+}
+
+void reader::measurement(attempt &step, const json &content)
+{
+    step.checks.push_back(measured(content));
+}
+
+void reader::series_start(attempt &, const json &content)
+{
+    series.insert_or_assign(text_at(content, "measurementSeriesId"), measured(content));
+}
+
+void reader::series_element(attempt &step, const json &content)
+{
+    const auto known = series.find(text_at(content, "measurementSeriesId"));
+    if (known == series.end())
+        return;
+    observation &made = step.checks.emplace_back(known->second);
+    made.value = scalar_text(member(content, "value"));
+    made.is_number = member(content, "value").is_number();
+    made.time = now;
+}
+
+void reader::diagnosis(attempt &step, const json &content)
+{
+    const auto [check, judged] = read_diagnosis(text_at(content, "verdict"), text_at(content, "type"));
+    observation made{observation::kind::diagnosis, check, where(content), now};
+    made.judged = judged;
+    made.message = text_at(content, "message");
+    if (check != "step" || made.where.id != "unit") {
+        step.checks.push_back(std::move(made));
+        return;
+    }
+    step.judged = judged;
+    step.summary = made.message;
+}
+
+void reader::error(attempt &step, const json &content)
+{
+    step.errors.push_back({text_at(content, "symptom"), text_at(content, "message")});
+}
+
+void reader::log(attempt &step, const json &content)
+{
+    step.notes.push_back(text_at(content, "message"));
+}
+
+/* The verdict of a step about which no line says one: that of its worst check. */
+static verdict worst_check(const attempt &step)
+{
+    verdict worst = verdict::none;
+    for (const observation &made : step.checks)
+        worst = std::max(worst, made.judged);
+    return worst == verdict::none ? verdict::unjudged : worst;
+}
+
+void reader::end(attempt &step, const json &content)
+{
+    const std::string status = text_at(content, "status");
+    step.end = now;
+    if (status == "SKIP")
+        step.judged = verdict::not_run;
+    else if (status != "COMPLETE")
+        step.judged = verdict::error;
+    else if (step.judged == verdict::unfinished)
+        step.judged = worst_check(step);
+    if (step.judged == verdict::error && !step.errors.empty())
+        step.summary = step.errors.front().message;
+    if (step.judged == verdict::not_run && !step.notes.empty())
+        step.summary = step.notes.back();
+}
+
+/* A pass that the run's own steps contradict is none. */
+void reader::find_contradiction()
+{
+    const auto wrong = std::ranges::find_if(run.attempts, [](const attempt &step) {
+        return step.judged >= verdict::fail || worst_check(step) == verdict::fail;
+    });
+    if (run.result != run_result::pass || wrong == run.attempts.end())
+        return;
+    run.result = run_result::error;
+    run.errors.push_back(
+        {"contradiction", fmt::format("The journal ends with PASS, but its step {} is {}.", wrong->step,
+                                      word_of(std::max(wrong->judged, worst_check(*wrong))))});
+}
+
+void reader::finish()
+{
+    std::map<std::string, int64_t, std::less<>> last;
+    for (const attempt &step : run.attempts)
+        last[step.step] = std::max(last[step.step], step.number);
+    for (attempt &step : run.attempts) {
+        if (step.end.text.empty()) {
+            step.judged = verdict::unfinished;
+            step.summary = "The journal ends during this step.";
+        }
+        step.is_last = step.number == last[step.step];
+    }
+    std::ranges::stable_sort(run.ports, {}, &place::port);
+    find_contradiction();
+}
+
+} // namespace
+
+static json parsed(const text_line &line, const std::filesystem::path &file)
+{
+    json value = json::parse(text::printable(line.text), nullptr, false);
+    const bool is_first = line.number == 1;
+    if (!value.is_object())
+        throw no_journal(fmt::format("{}:{}: not a JSON object, so this is no journal", file.string(), line.number));
+    if (is_first && !member(value, "schemaVersion").is_object())
+        throw no_journal(fmt::format("{}:1: no schemaVersion, so this is no journal", file.string()));
+    return value;
+}
+
+run_record read_run(const std::filesystem::path &run_dir)
+try {
+    const auto file = run_dir / file_name;
+    const std::string text = read_text(file);
+    run_record run;
+    reader journal(run);
+    for (const text_line &line : lines_of(text))
+        if (line.complete)
+            journal.read(parsed(line, file));
+    journal.finish();
+    return run;
+} catch (const std::system_error &why) {
+    throw no_journal(why.what());
+}
+
+std::optional<double> seconds_between(const moment &start, const moment &end)
+{
+    if (!start.ms || !end.ms)
+        return std::nullopt;
+    return static_cast<double>(std::max<int64_t>(0, *end.ms - *start.ms)) / 1000;
+}
+
+bool passed_by_retry(const attempt &tried)
+{
+    return tried.judged == verdict::pass && tried.number > 1;
+}
+
+} // namespace journal

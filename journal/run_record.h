@@ -1,0 +1,96 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * One run as its journal tells it: what all reports are made from. Texts are valid UTF-8 without control characters;
+ * what the journal does not say is empty.
+ */
+#ifndef JOURNAL_RUN_RECORD_H
+#define JOURNAL_RUN_RECORD_H
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "verdict.h"
+
+namespace journal
+{
+
+/* There is no journal, or the file is none; what() names the file and the line. */
+struct no_journal : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct moment {
+    std::string text = {};
+    std::optional<int64_t> ms = std::nullopt; /* since 1970 */
+};
+
+/* What was measured or judged: a port, the unit, or a row of a reply that does not say which port it means. */
+struct place {
+    std::string id = {};    /* port07 */
+    std::string name = {};  /* port 7 */
+    std::string group = {}; /* of ports on the panel, as RJ45 */
+    int port = 0;           /* number on the front panel; 0: none of its ports */
+};
+
+struct limit {
+    std::string type, value; /* LESS_THAN_OR_EQUAL, 5 */
+};
+
+/* A value that was measured, or the judgement of a check. */
+struct observation {
+    enum class kind { measurement, diagnosis };
+    kind is;
+    std::string name; /* of the measurement or the check */
+    place where;
+    moment time;
+    std::string value = {}, unit = {}; /* of a measurement */
+    bool is_number = false;
+    std::vector<limit> limits = {};
+    verdict judged = verdict::none; /* of a diagnosis */
+    std::string message = {};
+};
+
+/* The station's own fault. */
+struct fault {
+    std::string symptom, message;
+};
+
+struct attempt {
+    std::string step = {}, request = {};
+    int64_t number = 1, most = 1;
+    double expected_s = 0; /* 0: unknown */
+    moment start = {}, end = {};
+    verdict judged = verdict::unfinished;
+    std::string summary = {};             /* the sentence on the whole, or why there is no verdict */
+    std::vector<observation> checks = {}; /* in the journal's order, without the judgement on the whole */
+    std::vector<fault> errors = {};
+    std::vector<std::string> notes = {}; /* its log */
+    bool is_last = true;                 /* no later attempt at the step */
+};
+
+struct run_record {
+    std::string plan = {}, version = {}, plan_file = {};
+    std::string serial = {}, product = {}, operator_name = {}, station = {}, run_id = {};
+    moment start = {}, end = {}; /* an incomplete run ends with its last line */
+    run_result result = run_result::incomplete;
+    std::vector<place> ports = {}; /* of the front panel */
+    std::vector<attempt> attempts = {};
+    std::vector<fault> errors = {}; /* outside of any step */
+};
+
+/* Reads RUN_DIR/journal.jsonl. A last line without its line end is ignored. Throws no_journal. */
+run_record read_run(const std::filesystem::path &run_dir);
+
+/* The time between, never negative although clocks are set; nothing when either is unknown. */
+std::optional<double> seconds_between(const moment &start, const moment &end);
+
+/* Whether the step passed after attempts that failed. */
+bool passed_by_retry(const attempt &tried);
+
+} // namespace journal
+
+#endif

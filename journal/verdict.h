@@ -1,0 +1,44 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What a journal says of a check, of an attempt at a step, and of a run.
+ */
+#ifndef JOURNAL_VERDICT_H
+#define JOURNAL_VERDICT_H
+
+#include <string>
+#include <string_view>
+
+namespace journal
+{
+
+enum class verdict {
+    none, /* nothing was said */
+    pass,
+    unjudged, /* it was measured, but nothing judges it */
+    retried,  /* failed, and was to be tried again */
+    not_run,
+    not_tested,
+    fail,
+    error,     /* the station could not come to a verdict */
+    unfinished /* the journal ends within the attempt */
+};
+
+enum class run_result { pass, fail, error, skip, incomplete };
+
+/* In capitals: PASS, NOT TESTED; SKIP, INCOMPLETE. */
+const char *word_of(verdict judged);
+const char *word_of(run_result result);
+
+/* A diagnosis has a name such as overload-fail-retried and a type: PASS, FAIL or UNKNOWN. */
+struct diagnosis_name {
+    std::string check;
+    verdict judged;
+};
+diagnosis_name read_diagnosis(std::string_view name, std::string_view type);
+
+/* The result of a run by its end line. A pair that means nothing is an error, never a pass. */
+run_result read_result(std::string_view status, std::string_view result);
+
+} // namespace journal
+
+#endif

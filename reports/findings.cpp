@@ -1,0 +1,138 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What the reports have in common: what failed, what the station could not do, and how each port of the panel fared.
+ */
+#include "findings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <map>
+
+namespace reports
+{
+
+using journal::verdict;
+
+static std::string sentence_or(const std::string &sentence, const char *otherwise)
+{
+    return sentence.empty() ? otherwise : sentence;
+}
+
+static const char *no_reason = "No reason is given.";
+
+std::vector<finding> failures_of(const journal::run_record &run)
+{
+    std::vector<finding> failures;
+    for (const journal::attempt &tried : run.attempts) {
+        const size_t before = failures.size();
+        for (const journal::observation &made : tried.checks)
+            if (made.judged == verdict::fail)
+                failures.push_back({made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
+        if (tried.judged == verdict::fail && failures.size() == before)
+            failures.push_back({{"unit", "unit"}, tried.step, "step", sentence_or(tried.summary, no_reason)});
+    }
+    std::ranges::stable_sort(failures, {}, [](const finding &one) { return one.where.port; });
+    return failures;
+}
+
+static finding fault_of(const std::string &step, const journal::fault &wrong)
+{
+    return {{}, step, wrong.symptom, sentence_or(wrong.message, no_reason)};
+}
+
+std::vector<finding> faults_of(const journal::run_record &run)
+{
+    std::vector<finding> faults;
+    for (const journal::fault &wrong : run.errors)
+        faults.push_back(fault_of("", wrong));
+    for (const journal::attempt &tried : run.attempts) {
+        for (const journal::fault &wrong : tried.errors)
+            faults.push_back(fault_of(tried.step, wrong));
+        if (tried.errors.empty() && tried.judged == verdict::error)
+            faults.push_back(fault_of(tried.step, {"no-verdict", tried.summary}));
+    }
+    if (run.result == journal::run_result::incomplete)
+        faults.push_back({{}, "", "incomplete", "The journal has no end: the run was cut off. It is no pass."});
+    return faults;
+}
+
+/* Whether what was found at the port is worse than what is known. Of attempts that were repeated only failures count.
+ */
+static bool is_worse(const port_finding &known, const journal::attempt &tried, const journal::observation &made)
+{
+    return made.judged > known.judged && (tried.is_last || made.judged == verdict::retried);
+}
+
+std::vector<port_finding> ports_of(const journal::run_record &run)
+{
+    std::vector<port_finding> ports;
+    std::map<std::string, size_t> index;
+    for (const journal::place &port : run.ports) {
+        index.emplace(port.id, ports.size());
+        ports.push_back({port, verdict::none, ""});
+    }
+    for (const journal::attempt &tried : run.attempts)
+        for (const journal::observation &made : tried.checks) {
+            const auto found = index.find(made.where.id);
+            if (found != index.end() && is_worse(ports[found->second], tried, made))
+                ports[found->second] = {
+                    ports[found->second].port, made.judged,
+                    fmt::format("{}, {}: {}", tried.step, made.name, sentence_or(made.message, word_of(made.judged)))};
+        }
+    for (port_finding &port : ports)
+        if (port.judged == verdict::pass)
+            port.sentence = "Passed every check.";
+    return ports;
+}
+
+std::string result_word(journal::run_result result)
+{
+    return result == journal::run_result::skip ? "SKIPPED" : word_of(result);
+}
+
+std::string duration_text(std::optional<double> seconds)
+{
+    if (!seconds)
+        return "-";
+    if (*seconds < 10)
+        return fmt::format("{:.1f} s", *seconds);
+    const auto whole = static_cast<int64_t>(std::llround(*seconds));
+    if (whole < 60)
+        return fmt::format("{} s", whole);
+    if (whole < 3600)
+        return fmt::format("{} min {} s", whole / 60, whole % 60);
+    return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
+}
+
+std::string time_text(const journal::moment &time)
+{
+    return time.ms ? fmt::format("{} {} UTC", time.text.substr(0, 10), time.text.substr(11, 8)) : time.text;
+}
+
+struct sign {
+    const char *type, *text;
+};
+constexpr sign signs[] = {{"EQUAL", "exactly"},       {"NOT_EQUAL", "not"},
+                          {"LESS_THAN", "<"},         {"LESS_THAN_OR_EQUAL", "<="},
+                          {"GREATER_THAN", ">"},      {"GREATER_THAN_OR_EQUAL", ">="},
+                          {"REGEX_MATCH", "matches"}, {"REGEX_NO_MATCH", "does not match"},
+                          {"IN_SET", "in"},           {"NOT_IN_SET", "not in"}};
+
+std::string limits_text(const std::vector<journal::limit> &limits)
+{
+    std::string text;
+    for (const journal::limit &one : limits) {
+        const auto *known = std::ranges::find_if(signs, [&](const sign &shown) { return one.type == shown.type; });
+        text += text.empty() ? "" : ", ";
+        text += (known != std::end(signs) ? known->text : one.type) + " " + one.value;
+    }
+    return text;
+}
+
+std::string counted(size_t count, const std::string &noun)
+{
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+} // namespace reports

@@ -1,0 +1,49 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What the reports have in common: what failed, what the station could not do, and how each port of the panel fared.
+ */
+#ifndef REPORTS_FINDINGS_H
+#define REPORTS_FINDINGS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "journal/run_record.h"
+
+namespace reports
+{
+
+/* A sentence about a port or the unit, or about the station when it names no check. */
+struct finding {
+    journal::place where;
+    std::string step, check, sentence;
+};
+
+/* What makes the unit fail, port by port. A step as a whole appears only when none of its checks says why. */
+std::vector<finding> failures_of(const journal::run_record &run);
+/* The station's own faults; that the journal has no end is one. */
+std::vector<finding> faults_of(const journal::run_record &run);
+
+struct port_finding {
+    journal::place port;
+    journal::verdict judged; /* the worst; failures of attempts after which the step passed are RETRIED */
+    std::string sentence;
+};
+/* One for each port of the front panel. */
+std::vector<port_finding> ports_of(const journal::run_record &run);
+
+/* "PASS", "SKIPPED" and so on: the result in a word for people. */
+std::string result_word(journal::run_result result);
+/* "2 min 14 s"; "-" when unknown. */
+std::string duration_text(std::optional<double> seconds);
+/* "2026-11-23 08:15:02 UTC"; what the journal says when that is no time. */
+std::string time_text(const journal::moment &time);
+/* "<= 5, > 0": the limits of a measurement; empty when it has none. */
+std::string limits_text(const std::vector<journal::limit> &limits);
+/* "1 port", "2 ports". */
+std::string counted(size_t count, const std::string &noun);
+
+} // namespace reports
+
+#endif

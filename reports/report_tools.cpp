@@ -1,0 +1,72 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What the program does with journals that are there already.
+ */
+#include "report_tools.h"
+
+#include <cstdio>
+#include <fmt/format.h>
+#include <system_error>
+
+#include "findings.h"
+#include "history.h"
+#include "journal/journal_check.h"
+#include "journal/journal_text.h"
+#include "reports.h"
+#include "text/printable.h"
+#include "text/say.h"
+
+namespace reports
+{
+
+constexpr int passed = 0, failed = 1, invalid = 1, unreadable = 2, no_verdict = 3, not_saved = 4, nothing_run = 5;
+
+static void print(const std::string &text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+static int code_of(journal::run_result result)
+{
+    return result == journal::run_result::pass ? passed : result == journal::run_result::fail ? failed : no_verdict;
+}
+
+int report_tool(const std::filesystem::path &run_dir, bool colour)
+try {
+    const journal::run_record run = journal::read_run(run_dir);
+    write_reports(run_dir, run);
+    print(verdict_text(run, run_dir, colour));
+    return code_of(run.result);
+} catch (const journal::no_journal &why) {
+    text::say(why.what());
+    return unreadable;
+} catch (const std::system_error &why) {
+    text::say(why.what());
+    return not_saved;
+}
+
+int check_tool(const std::filesystem::path &file)
+try {
+    const journal::check_outcome found = journal::check_journal(journal::read_text(file));
+    const std::string name = text::escaped(text::printable(file.string()));
+    if (found.problems.empty())
+        print(fmt::format("{}: {}, valid\n", name, counted(found.lines, "line")));
+    for (const journal::problem &one : found.problems)
+        print(fmt::format("{}:{}: {}\n", name, one.line, text::escaped(one.sentence)));
+    return found.problems.empty() ? passed : invalid;
+} catch (const std::system_error &why) {
+    text::say(why.what());
+    return unreadable;
+}
+
+int history_tool(const std::filesystem::path &dir, bool json)
+try {
+    const history runs = read_history(dir);
+    print(json ? history_json(runs) : history_text(runs));
+    return runs.runs == 0 ? nothing_run : passed;
+} catch (const std::filesystem::filesystem_error &why) {
+    text::say(fmt::format("{}: {}", why.path1().string(), why.code().message()));
+    return unreadable;
+}
+
+} // namespace reports

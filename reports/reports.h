@@ -1,0 +1,30 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What a run came to, for everyone who asks: the operator, the build server, the spreadsheet, the browser.
+ */
+#ifndef REPORTS_REPORTS_H
+#define REPORTS_REPORTS_H
+
+#include <filesystem>
+#include <string>
+
+#include "journal/run_record.h"
+
+namespace reports
+{
+
+/* Writes junit.xml, results.csv and report.html into the run folder. Each is whole on the disk before it gets its
+ * name. Throws std::system_error when one could not be written. */
+void write_reports(const std::filesystem::path &run_dir, const journal::run_record &run);
+
+/* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
+
+/* The texts of the files. */
+std::string junit_text(const journal::run_record &run);
+std::string csv_text(const journal::run_record &run);
+std::string html_text(const journal::run_record &run);
+
+} // namespace reports
+
+#endif

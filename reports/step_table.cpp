@@ -1,0 +1,114 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What an attempt at a step found, as a table: a row for each port, a column for each check and each value.
+ */
+#include "step_table.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "findings.h"
+
+namespace reports
+{
+
+using journal::observation;
+
+/* What the journal says of one port without a break. */
+using passage = std::vector<const observation *>;
+
+static bool is_same(const observation &one, const observation &other)
+{
+    return one.is == other.is && one.name == other.name;
+}
+
+static bool holds(const passage &row, const observation &made)
+{
+    return std::ranges::any_of(row, [&](const observation *known) { return is_same(*known, made); });
+}
+
+static std::vector<passage> passages_of(const journal::attempt &tried)
+{
+    std::vector<passage> passages;
+    for (const observation &made : tried.checks) {
+        if (passages.empty() || passages.back().front()->where.id != made.where.id || holds(passages.back(), made))
+            passages.emplace_back();
+        passages.back().push_back(&made);
+    }
+    return passages;
+}
+
+/* Passages on the same port are one row, unless they say the same things twice: a port may be tested in two ways. */
+static std::vector<passage> rows_of(const journal::attempt &tried)
+{
+    std::vector<passage> rows;
+    std::multimap<std::string, size_t> by_place;
+    for (const passage &part : passages_of(tried)) {
+        const std::string &id = part.front()->where.id;
+        const auto [begin, end] = by_place.equal_range(id);
+        const auto fits = std::find_if(begin, end, [&](const auto &known) {
+            return std::ranges::none_of(part,
+                                        [&](const observation *made) { return holds(rows[known.second], *made); });
+        });
+        if (fits == end) {
+            by_place.emplace(id, rows.size());
+            rows.push_back(part);
+        } else {
+            rows[fits->second].insert(rows[fits->second].end(), part.begin(), part.end());
+        }
+    }
+    return rows;
+}
+
+/* Checks before values, otherwise as they appear. */
+static std::vector<table_column> columns_of(const journal::attempt &tried)
+{
+    std::vector<table_column> columns;
+    std::set<std::pair<bool, std::string>> known;
+    for (const observation &made : tried.checks) {
+        const bool is_check = made.is == observation::kind::diagnosis;
+        if (known.emplace(is_check, made.name).second)
+            columns.push_back({made.name, is_check, limits_text(made.limits)});
+    }
+    std::ranges::stable_sort(columns, std::ranges::greater{}, &table_column::is_check);
+    return columns;
+}
+
+static bool belongs(const observation &made, const table_column &column)
+{
+    return (made.is == observation::kind::diagnosis) == column.is_check && made.name == column.name;
+}
+
+static table_row row_of(const passage &part, const std::vector<table_column> &columns)
+{
+    table_row row{part.front()->where, std::vector<const observation *>(columns.size(), nullptr)};
+    for (const observation *made : part) {
+        const auto column = std::ranges::find_if(columns, [&](const table_column &one) { return belongs(*made, one); });
+        row.cells[static_cast<size_t>(column - columns.begin())] = made;
+        row.judged = std::max(row.judged, made->judged);
+        if (!made->message.empty())
+            row.reason += (row.reason.empty() ? "" : " ") + made->message;
+    }
+    return row;
+}
+
+static bool have_common_limits(const step_table &table, size_t column)
+{
+    return std::ranges::all_of(table.rows, [&](const table_row &row) {
+        return row.cells[column] == nullptr || limits_text(row.cells[column]->limits) == table.columns[column].limits;
+    });
+}
+
+step_table table_of(const journal::attempt &tried)
+{
+    step_table table{columns_of(tried)};
+    for (const passage &part : rows_of(tried))
+        table.rows.push_back(row_of(part, table.columns));
+    for (size_t i = 0; i < table.columns.size(); i++)
+        if (!have_common_limits(table, i))
+            table.columns[i].limits.clear();
+    return table;
+}
+
+} // namespace reports

@@ -1,0 +1,82 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What a folder of runs comes to.
+ */
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "reports/history.h"
+#include "reports/report_tools.h"
+#include "run_folders.h"
+
+/* A run of one step on a unit, at so many hours after the first. */
+static void add_run(const run_folders &folder, const std::string &serial, int hour, const std::string &outcome,
+                    double seconds = 10)
+{
+    journal_builder journal(serial, 4, hour);
+    if (outcome == "retry")
+        journal.begin("poe", 1, 2).judge(2, "overload", "fail-retried", "once").whole("fail-retried", "");
+    journal.begin("poe", outcome == "retry" ? 2 : 1, 2).wait(seconds);
+    journal.judge(1, "overload", outcome == "fail" ? "fail" : "pass", outcome == "fail" ? "kept its power" : "");
+    journal.whole(outcome == "fail" ? "fail" : "pass", "");
+    if (outcome == "error")
+        journal.end("ERROR", "NOT_APPLICABLE");
+    else if (outcome != "cut off")
+        journal.end("COMPLETE", outcome == "fail" ? "FAIL" : "PASS");
+    journal.save(folder.path / fmt::format("{:03}-{}", 100 - hour, serial));
+}
+
+/* Folders sort against time, as they do when a clock is set: the journal counts. */
+static void add_runs(const run_folders &folder)
+{
+    add_run(folder, "A", 0, "pass");
+    add_run(folder, "B", 1, "error");
+    add_run(folder, "B", 2, "retry", 40); /* B's first judged run */
+    add_run(folder, "C", 3, "fail", 20);
+    add_run(folder, "C", 4, "pass", 30);
+    add_run(folder, "D", 5, "pass");
+    add_run(folder, "D", 6, "fail");
+    add_run(folder, "D", 7, "fail"); /* the same unit for the same reason */
+    add_run(folder, "E", 8, "cut off");
+}
+
+TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
+{
+    const run_folders folder;
+    add_runs(folder);
+    std::filesystem::create_directory(folder.path / "no run");
+    const auto runs = reports::read_history(folder.path);
+    EXPECT_EQ(runs.runs, 9U);
+    EXPECT_EQ(runs.units, 5U);
+    EXPECT_EQ(runs.by_result, (std::array<size_t, 5>{4, 3, 1, 0, 1}));
+    EXPECT_EQ(runs.judged_units, 4U);
+    EXPECT_EQ(runs.passed_first, 3U);
+    EXPECT_EQ(runs.passed_first_by_retry, 1U);
+    EXPECT_EQ(runs.passed_last, 3U);
+    ASSERT_EQ(runs.reasons.size(), 1U);
+    EXPECT_EQ(runs.reasons[0].units, 2U);
+    EXPECT_EQ(runs.reasons[0].example, "port 1: kept its power");
+    EXPECT_EQ(runs.skipped, std::vector<std::string>{"no run"});
+
+    const std::string text = reports::history_text(runs);
+    for (const char *part :
+         {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 ERROR, 1 INCOMPLETE\n",
+          "First-pass yield   75.0 %  3 of 4 units, 1 only by trying a step again\n",
+          "After all runs     75.0 %  3 of 4 units\n", "shortest 10 s, median 10 s, longest 40 s\n",
+          "    2  poe, overload\n       such as port 1: kept its power\n", "1 folder not a run: no run\n"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
+    const auto object = nlohmann::json::parse(reports::history_json(runs));
+    EXPECT_EQ(object["first_pass"], (nlohmann::json{{"passed", 3}, {"of", 4}, {"percent", 75.0}, {"by_retry", 1}}));
+    EXPECT_EQ(object["failures"][0]["check"], "overload");
+}
+
+TEST(History, SaysWhenThereIsNothingToCount)
+{
+    const run_folders folder;
+    EXPECT_EQ(reports::history_tool(folder.path, false), 5);
+    EXPECT_EQ(reports::history_tool(folder.path / "nowhere", false), 2);
+    add_run(folder, "A", 0, "cut off");
+    EXPECT_EQ(reports::history_tool(folder.path, true), 0);
+    const auto object = nlohmann::json::parse(reports::history_json(reports::read_history(folder.path)));
+    EXPECT_FALSE(object.contains("first_pass")); /* no run was judged, so there is no yield */
+}

@@ -1,0 +1,214 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What each report says of a run, and that no run says it in another report's or program's words.
+ */
+#include <fmt/format.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <pugixml.hpp>
+#include <set>
+#include <sstream>
+
+#include "journal/journal_text.h"
+#include "reports/findings.h"
+#include "reports/panel.h"
+#include "reports/report_tools.h"
+#include "reports/reports.h"
+#include "reports/step_table.h"
+#include "run_folders.h"
+
+static pugi::xml_document junit_of(const journal_builder &journal)
+{
+    pugi::xml_document document;
+    EXPECT_TRUE(document.load_string(reports::junit_text(record_of(journal)).c_str()));
+    return document;
+}
+
+/* The element and the sentence within a case, such as "failure: No link."; "passed" when there is none. */
+static std::string case_of(const pugi::xml_document &document, const std::string &class_name, const std::string &name)
+{
+    for (const auto &node : document.child("testsuites").child("testsuite").children("testcase"))
+        if (class_name == node.attribute("classname").value() && name == node.attribute("name").value()) {
+            const auto inner = node.first_child();
+            EXPECT_STREQ(inner.attribute("message").value(), inner.text().get());
+            return inner.empty() ? "passed" : std::string(inner.name()) + ": " + inner.text().get();
+        }
+    return "no such case";
+}
+
+TEST(Junit, TellsTheUnitFromTheStation)
+{
+    const auto failed = junit_of(failing_run()), erred = junit_of(erring_run()), skipped = junit_of(skipped_run()),
+               cut_off = junit_of(incomplete_run());
+    EXPECT_EQ(case_of(failed, "packet.port13", "link"),
+              "failure: No link at the last check; expected a link. No frame was sent.");
+    EXPECT_EQ(case_of(failed, "packet.port20", "link"), "skipped: NOT TESTED: Another port refused its settings.");
+    EXPECT_EQ(case_of(failed, "packet.port12", "link"), "passed");
+    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors"), "skipped: RETRIED: 9 FCS errors; expected at most 4.");
+    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors (attempt 2)"), "passed");
+    EXPECT_EQ(case_of(failed, "poe.unit", "step"), "failure: 1 port failed the PoE test.");
+    EXPECT_EQ(case_of(erred, "poe.unit", "step"),
+              "error: timeout: The service did not answer within 120 s; expected 26 s.");
+    EXPECT_EQ(case_of(skipped, "packet.unit", "step"), "skipped: NOT RUN: The operator interrupted the run.");
+    EXPECT_EQ(case_of(cut_off, "run", "end"), "error: The journal has no end: the run was cut off. It is no pass.");
+}
+
+TEST(Junit, CountsAndNamesAgreeInEveryRun)
+{
+    journal_builder empty, says_nothing;
+    says_nothing.begin("poe").whole("pass", "").end("COMPLETE", "FAIL");
+    for (const journal_builder &journal : {passing_run(), failing_run(), erring_run(), skipped_run(), incomplete_run(),
+                                           hostile_run(), empty, says_nothing}) {
+        const auto document = junit_of(journal);
+        const auto suite = document.child("testsuites").child("testsuite");
+        std::map<std::string, int> count{{"", 0}, {"failure", 0}, {"error", 0}, {"skipped", 0}};
+        std::set<std::string> names;
+        int cases = 0;
+        for (const auto &node : suite.children("testcase")) {
+            count[node.first_child().name()]++;
+            names.insert(fmt::format("{}/{}", node.attribute("classname").value(), node.attribute("name").value()));
+            cases++;
+        }
+        EXPECT_GT(cases, 0);
+        EXPECT_EQ(names.size(), size_t(cases));
+        EXPECT_EQ(suite.attribute("tests").as_int(), cases);
+        EXPECT_EQ(suite.attribute("failures").as_int(), count["failure"]);
+        EXPECT_EQ(suite.attribute("errors").as_int(), count["error"]);
+        EXPECT_EQ(suite.attribute("skipped").as_int(), count["skipped"]);
+        const auto run = record_of(journal);
+        EXPECT_EQ(run.result == journal::run_result::fail, count["failure"] > 0) << journal.text();
+        EXPECT_EQ(run.result == journal::run_result::error || run.result == journal::run_result::incomplete,
+                  count["error"] > 0);
+        EXPECT_EQ(std::string(suite.attribute("time").value()).find_first_not_of("0123456789."), std::string::npos);
+    }
+}
+
+TEST(Csv, QuotesWhatNeedsItAndArmsNoFormula)
+{
+    std::istringstream lines(reports::csv_text(record_of(hostile_run())));
+    const char *start = "'=cmd|' /C calc'!A0,7c1e,<script>alert(1)</script>,1,";
+    const std::vector<std::string> expected = {
+        "serial,run_id,step,attempt,port,kind,name,value,unit,limits,verdict,message,time\r",
+        fmt::format("{}1,measurement,'-2+3,\"'@SUM(1,2)\",,,,,2026", start),
+        fmt::format("{}1,measurement,delta,-5,,,,,2026", start),
+        fmt::format("{}1,diagnosis,\"a\"\"b,c\",,,,FAIL,\"[31mred ]]> & \"\"quoted\"\", line", start), "end \",2026"};
+    for (const std::string &line : expected) {
+        std::string found;
+        std::getline(lines, found);
+        EXPECT_EQ(found.substr(0, line.size()), line);
+    }
+    EXPECT_NE(reports::csv_text(record_of(failing_run())).find(",broadcast,2,5,measurement,fcs_errors,0,,<= 4,,,2026"),
+              std::string::npos);
+}
+
+static std::string verdict_of(const journal_builder &journal, bool colour = false)
+{
+    return reports::verdict_text(record_of(journal), "results/run", colour);
+}
+
+TEST(Verdict, SaysWhatFailedAndWhere)
+{
+    struct {
+        journal_builder journal;
+        std::vector<std::string> parts;
+    } const runs[] = {
+        {passing_run(), {"\nPASS  serial SW28-0041"}},
+        {failing_run(),
+         {"\nFAIL  serial SW28-0042", "\n  port 7   poe, overload: The port kept", "\n  port 13  packet, link: No link",
+          "passed only when tried again:\n  broadcast  passed in attempt 2 of 2"}},
+        {erring_run(), {"\nERROR  ", "\n  poe  timeout: The service did not answer"}},
+        {skipped_run(), {"\nSKIPPED  ", "\n  packet  The operator interrupted the run."}},
+        {incomplete_run(), {"\nINCOMPLETE  ", "the run was cut off. It is no pass.", "\n  poe  The journal ends"}},
+        {hostile_run(), {"[31mred ]]> & \"quoted\", line end"}},
+    };
+    for (const auto &run : runs) {
+        const std::string text = verdict_of(run.journal);
+        for (const std::string &part : run.parts)
+            EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in" << text;
+        EXPECT_TRUE(text.ends_with("\nReport: results/run/report.html\n"));
+        EXPECT_EQ(text.find('\033'), std::string::npos);
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80U) << line;
+    }
+    EXPECT_EQ(verdict_of(passing_run()).find("failed"), std::string::npos);
+    EXPECT_NE(verdict_of(failing_run(), true).find("\033[1;31mFAIL\033[0m"), std::string::npos);
+}
+
+TEST(Findings, APortShowsItsWorstVerdict)
+{
+    const journal::run_record run = record_of(failing_run());
+    const auto ports = reports::ports_of(run);
+    std::string shown;
+    for (const int port : {1, 5, 7, 13, 20, 28})
+        shown += fmt::format("{} {}, ", port, word_of(ports[size_t(port - 1)].judged));
+    EXPECT_EQ(shown, "1 PASS, 5 RETRIED, 7 FAIL, 13 FAIL, 20 NOT TESTED, 28 PASS, ");
+    EXPECT_EQ(ports[4].sentence, "broadcast, fcs-errors: 9 FCS errors; expected at most 4.");
+}
+
+TEST(Panel, OddPortsStandAboveEvenOnes)
+{
+    const journal::run_record run = record_of(passing_run());
+    const auto ports = reports::ports_of(run);
+    const auto groups = reports::lay_out(ports);
+    ASSERT_EQ(groups.size(), 2U);
+    ASSERT_EQ(groups[0].blocks.size(), 2U);
+    std::string shown;
+    for (const auto &port : groups[0].blocks[1].ports)
+        shown += fmt::format("{}:{}/{} ", port.found->port.port, port.column, port.row);
+    EXPECT_EQ(shown, "13:0/0 14:0/1 15:1/0 16:1/1 17:2/0 18:2/1 19:3/0 20:3/1 21:4/0 22:4/1 23:5/0 24:5/1 ");
+    EXPECT_EQ(groups[1].name, "SFP+");
+    EXPECT_EQ(groups[1].blocks[0].rows, 1);
+    EXPECT_EQ(groups[1].blocks[0].columns, 4);
+}
+
+TEST(StepTable, APortThatIsTestedTwiceHasTwoRows)
+{
+    journal_builder journal;
+    journal.begin("hpoe");
+    for (const char *outcome : {"pass", "fail"})
+        for (const int port : {3, 4})
+            journal.measure(port, "class", 4).judge(port, "state", outcome, outcome).judge(port, "overload", "pass");
+    const journal::run_record run = record_of(journal.whole("fail", "").end("COMPLETE", "FAIL"));
+    const auto table = reports::table_of(run.attempts[0]);
+    std::string shown;
+    for (const auto &row : table.rows)
+        shown += fmt::format("{} {} {}; ", row.where.name, word_of(row.judged), row.reason);
+    EXPECT_EQ(shown, "port 3 PASS pass; port 4 PASS pass; port 3 FAIL fail; port 4 FAIL fail; ");
+    EXPECT_EQ(table.columns.size(), 3U);
+}
+
+TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
+{
+    const run_folders folder;
+    const std::pair<journal_builder, int> runs[] = {
+        {passing_run(), 0}, {failing_run(), 1}, {erring_run(), 3}, {skipped_run(), 3}, {incomplete_run(), 3}};
+    for (const auto &[journal, code] : runs)
+        EXPECT_EQ(reports::report_tool(journal.save(folder.path / "run"), false), code);
+    std::set<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(folder.path / "run"))
+        names.insert(entry.path().filename());
+    EXPECT_EQ(names, (std::set<std::string>{"journal.jsonl", "junit.xml", "report.html", "results.csv"}));
+    EXPECT_EQ(reports::report_tool(folder.path, false), 2);
+    std::filesystem::remove(folder.path / "run" / "report.html");
+    std::filesystem::create_directories(folder.path / "run" / "report.html" / "in the way");
+    EXPECT_EQ(reports::report_tool(folder.path / "run", false), 4);
+    EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
+}
+
+TEST(CheckTool, PrintsOneLineForEachProblem)
+{
+    const run_folders folder;
+    const auto file = failing_run().save(folder.path) / "journal.jsonl";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(reports::check_tool(file), 0);
+    const std::string valid = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(valid.ends_with("lines, valid\n")) << valid;
+    std::ofstream(file, std::ios::app) << "{";
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(reports::check_tool(file), 1);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find(": the line has no line end, so it may not be whole\n"),
+              std::string::npos);
+    EXPECT_EQ(reports::check_tool(folder.path), 2);
+}

@@ -1,0 +1,39 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Sentences on a screen of 80 columns.
+ */
+#include "wrap.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "printable.h"
+
+namespace text
+{
+
+std::string wrapped(const std::string &text, size_t indent)
+{
+    std::string lines;
+    size_t column = indent;
+    std::istringstream words(text);
+    for (std::string word; words >> word; column += length(word)) {
+        const bool first = lines.empty();
+        if (!first && column + 1 + length(word) > screen_columns) {
+            lines += "\n" + std::string(indent, ' ');
+            column = indent;
+        } else if (!first) {
+            lines += " ";
+            column++;
+        }
+        lines += word;
+    }
+    return lines;
+}
+
+std::string padded(const std::string &text, size_t width)
+{
+    return text + std::string(width - std::min(width, length(text)), ' ');
+}
+
+} // namespace text
