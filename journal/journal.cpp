@@ -20,9 +20,14 @@ namespace journal
 
 static constexpr const char *file_name = "journal.jsonl";
 
-[[noreturn]] static void refuse(const char *what, const std::filesystem::path &path, int error)
+static std::string reason_of(int error)
 {
-    throw not_saved(fmt::format("cannot {} '{}': {}", what, path.string(), std::generic_category().message(error)));
+    return std::generic_category().message(error);
+}
+
+[[noreturn]] static void refuse(const char *what, const std::filesystem::path &path, const std::string &reason)
+{
+    throw not_saved(fmt::format("cannot {} '{}': {}", what, path.string(), reason));
 }
 
 /* Makes a new name in a folder outlast a loss of power. */
@@ -34,7 +39,7 @@ static void sync_folder(const std::filesystem::path &folder)
     if (fd >= 0)
         close(fd);
     if (!synced)
-        refuse("save folder", folder, error);
+        refuse("save folder", folder, reason_of(error));
 }
 
 std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name)
@@ -42,7 +47,7 @@ std::filesystem::path create_run_folder(const std::filesystem::path &results, co
     std::error_code error;
     std::filesystem::create_directories(results, error);
     if (error)
-        refuse("create folder", results, error.value());
+        refuse("create folder", results, error.message());
     for (int count = 1;; count++) {
         const auto folder = results / (count == 1 ? name : fmt::format("{}-{}", name, count));
         if (mkdir(folder.c_str(), 0777) == 0) {
@@ -50,7 +55,7 @@ std::filesystem::path create_run_folder(const std::filesystem::path &results, co
             return folder;
         }
         if (errno != EEXIST)
-            refuse("create folder", folder, errno);
+            refuse("create folder", folder, reason_of(errno));
     }
 }
 
@@ -67,7 +72,7 @@ writer::writer(const std::filesystem::path &run_dir)
       fd_(open((run_dir / file_name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
 {
     if (fd_ < 0)
-        fail(errno);
+        fail(reason_of(errno));
     write_line("schemaVersion", {{"major", 2}, {"minor", 0}});
     sync_folder(run_dir_);
 }
@@ -79,12 +84,12 @@ writer::~writer()
 }
 
 /* A line cut short must stay the last one, so the file is given up. */
-void writer::fail(int error)
+void writer::fail(const std::string &reason)
 {
     if (fd_ >= 0)
         close(fd_);
     fd_ = -1;
-    refuse("write", run_dir_ / file_name, error);
+    refuse("write", run_dir_ / file_name, reason);
 }
 
 void writer::write_line(const char *kind, const ordered_json &content)
@@ -94,7 +99,8 @@ void writer::write_line(const char *kind, const ordered_json &content)
     errno = EBADF; /* of a journal that was given up before */
     const ssize_t written = fd_ < 0 ? -1 : write(fd_, line.data(), line.size());
     if (written != static_cast<ssize_t>(line.size()))
-        fail(written < 0 ? errno : ENOSPC);
+        fail(written < 0 ? reason_of(errno)
+                         : fmt::format("only {} of {} bytes of a line were taken", written, line.size()));
     lines_++;
 }
 
@@ -170,7 +176,7 @@ void writer::run_end(run_status status)
     const char *result = !complete ? "NOT_APPLICABLE" : status == run_status::pass ? "PASS" : "FAIL";
     write_line("testRunArtifact", {{"testRunEnd", {{"status", word}, {"result", result}}}});
     if (fdatasync(fd_) != 0)
-        fail(errno);
+        fail(reason_of(errno));
     sync_folder(run_dir_);
 }
 

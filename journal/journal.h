@@ -64,7 +64,7 @@ class writer
   private:
     void step_artifact(const std::string &step_id, const char *kind, const ordered_json &content);
     void write_line(const char *kind, const ordered_json &content);
-    [[noreturn]] void fail(int error);
+    [[noreturn]] void fail(const std::string &reason);
 
     std::filesystem::path run_dir_;
     int fd_;

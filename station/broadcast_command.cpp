@@ -12,7 +12,10 @@ namespace station
 
 static const option options[] = {
     unit_option,
-    {.name = "--fcs-limit", .help = "FCS errors that a port may have, 0 if not given", .set = set_own_number},
+    {.name = "--fcs-limit",
+     .help = "FCS errors that a port may have, 0 if not given",
+     .set = set_own_number,
+     .limited = "fcs_errors"},
 };
 
 constinit const std::span<const option> broadcast_options{options};

@@ -67,6 +67,7 @@ struct option {
     std::span<const choice> choices = {}; /* names that may be given instead */
     bool hex = false;                     /* numbers are hexadecimal, with or without 0x */
     void (*set)(request &sent, const option &field, const std::string &value) = set_word;
+    const char *limited = nullptr; /* the column of the reply whose greatest value this is */
 };
 
 /* How long a request takes, in seconds. */

@@ -1,12 +1,11 @@
 /* SPDX-License-Identifier: MIT
  *
  * facmsg-station: what a production engineer runs. One request of the command table, sent to the test service of the
- * switch's host process and judged. Results go to stdout, errors and progress to stderr.
+ * switch's host process and judged, or one of the tools. Results go to stdout, errors and progress to stderr.
  */
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <iostream>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include "interruption.h"
 #include "report.h"
 #include "text/say.h"
+#include "text/toml_reader.h"
 
 namespace station
 {
@@ -69,12 +69,6 @@ static void confirm(const invocation &call)
         throw no_reply(exit_code::no_verdict, "no-verdict", "not confirmed; nothing was sent");
 }
 
-static bool colour_wanted()
-{
-    const char *no_colour = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) && (no_colour == nullptr || *no_colour == '\0');
-}
-
 static exit_code run(const invocation &call)
 {
     if (call.row->decode == nullptr && call.row->transfer == nullptr) {
@@ -84,18 +78,25 @@ static exit_code run(const invocation &call)
     confirm(call);
     enter_directory(call.chosen.directory);
     const outcome unit = carry_out(call);
-    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, colour_wanted()));
+    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, text::colour_wanted()));
     if (unit.judged == verdict::none)
         text::say(fmt::format("facmsg-station: {}: {}", call.row->name, unit.summary));
     return exit_code_of(unit.judged);
 }
 
-static exit_code report_error(const command *row, bool json, exit_code code, const std::string &sentence)
+static exit_code report_error(const invocation &call, bool json, exit_code code, const std::string &sentence)
 {
     if (json)
-        print(json_error(row, code, sentence));
-    text::say(fmt::format("facmsg-station: {}{}{}", row ? row->name : "", row ? ": " : "", sentence));
+        print(json_error(call.row, code, sentence));
+    const char *name = call.row ? call.row->name : call.tool_name;
+    text::say(fmt::format("facmsg-station: {}{}{}", name ? name : "", name ? ": " : "", sentence));
     return code;
+}
+
+static exit_code report_usage(int argc, char **argv, const std::string &sentence)
+{
+    const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+    return report_error({}, json, exit_code::usage, sentence);
 }
 
 static exit_code run_command_line(int argc, char **argv)
@@ -103,17 +104,20 @@ static exit_code run_command_line(int argc, char **argv)
     invocation call{};
     try {
         call = read_command_line(argc, argv);
+        if (call.tool_name != nullptr)
+            return call.run(call.chosen);
         if (call.row != nullptr)
             return run(call);
         print(call.help);
         return exit_code::passed;
     } catch (const usage_error &error) {
-        const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
-        return report_error(nullptr, json, exit_code::usage, error.what());
+        return report_usage(argc, argv, error.what());
+    } catch (const text::file_error &error) {
+        return report_usage(argc, argv, error.what());
     } catch (const no_reply &error) {
-        return report_error(call.row, call.chosen.json, error.code, error.what());
+        return report_error(call, call.chosen.json, error.code, error.what());
     } catch (const std::exception &error) {
-        return report_error(call.row, call.chosen.json, exit_code::no_verdict, error.what());
+        return report_error(call, call.chosen.json, exit_code::no_verdict, error.what());
     }
 }
 

@@ -133,7 +133,12 @@ TEST(list, has_a_row_for_every_request)
               0u);
     EXPECT_TRUE(text.ends_with("raw              any      as sent  send any request, show the reply in\n"
                                "                                   hexadecimal\n"
-                               "list               -            -  show this table\n"))
+                               "list               -            -  show this table\n"
+                               "plan               -            -  run a test plan, record and report it\n"
+                               "report             -            -  write the reports of a run anew, show its\n"
+                               "                                   verdict\n"
+                               "check              -            -  check the journal of a run, line by line\n"
+                               "history            -            -  show what a folder of runs says\n"))
         << text;
 }
 
