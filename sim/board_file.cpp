@@ -6,9 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include <fmt/format.h>
 
@@ -23,7 +21,7 @@ using chain = std::vector<std::string>;
 
 static board_config load(const chain &paths);
 
-static board_config base_of(const toml_reader &reader, const chain &paths)
+static board_config base_of(const text::toml_reader &reader, const chain &paths)
 {
     const auto base = reader.text("base");
     if (!base)
@@ -43,7 +41,7 @@ static board_config base_of(const toml_reader &reader, const chain &paths)
     return load(longer);
 }
 
-static void read_head(const toml_reader &reader, board_config &board)
+static void read_head(const text::toml_reader &reader, board_config &board)
 {
     board.name = reader.text("name").value_or(board.name);
     board.description = reader.text("description").value_or(board.description);
@@ -54,7 +52,7 @@ static void read_head(const toml_reader &reader, board_config &board)
 }
 
 /* The ends of every cable of this file, in order; a plug has the same port at both ends. */
-static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const toml_reader &reader)
+static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const text::toml_reader &reader)
 {
     std::vector<std::pair<uint32_t, uint32_t>> cables;
     if (reader.is_text("cables")) {
@@ -77,7 +75,7 @@ static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const toml_reader &r
 }
 
 /* Whoever cables a port takes the base's cable or plug out of it. */
-static void read_cables(const toml_reader &reader, board_config &board)
+static void read_cables(const text::toml_reader &reader, board_config &board)
 {
     std::set<uint32_t> cabled;
     for (const auto &[a, b] : cables_in(reader)) {
@@ -98,7 +96,7 @@ static void read_cables(const toml_reader &reader, board_config &board)
 /* The two internal ports behind which the FPGA is. */
 static void read_fpga(const std::string &path, const toml::table &table, board_config &board)
 {
-    const toml_reader section(path, table, {"ports", "phy_id_offset"});
+    const text::toml_reader section(path, table, {"ports", "phy_id_offset"});
     const auto numbers = section.ports("ports");
     if (numbers.size() != 2)
         section.fail("ports", "expected the two ports that face the FPGA, such as \"37,38\"");
@@ -117,9 +115,9 @@ static void read_fpga(const std::string &path, const toml::table &table, board_c
 static board_config read_board(const toml::table &table, const chain &paths)
 {
     const auto &path = paths.back();
-    const toml_reader reader(path, table,
-                             {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us", "boot_ms",
-                              "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
+    const text::toml_reader reader(path, table,
+                                   {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us",
+                                    "boot_ms", "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
     auto board = base_of(reader, paths);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
@@ -133,27 +131,9 @@ static board_config read_board(const toml::table &table, const chain &paths)
     return board;
 }
 
-static board_config parse(std::string_view text, const chain &paths)
-{
-    const auto &path = paths.back();
-    toml::table table;
-    try {
-        table = toml::parse(text, path);
-    } catch (const toml::parse_error &error) {
-        const auto at = error.source().begin;
-        throw board_error(fmt::format("{}:{}:{}: {}", path, at.line, at.column, error.description()));
-    }
-    return read_board(table, paths);
-}
-
 static board_config load(const chain &paths)
 {
-    const auto &path = paths.back();
-    std::ifstream file(path);
-    std::ostringstream text;
-    if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
-        throw board_error(fmt::format("{}:1:1: found no readable text, expected a board file", path));
-    return parse(text.str(), paths);
+    return read_board(text::read_toml(paths.back(), "a board file"), paths);
 }
 
 board_config load_board(const std::string &path)
@@ -163,7 +143,7 @@ board_config load_board(const std::string &path)
 
 board_config parse_board(std::string_view text, const std::string &path)
 {
-    return parse(text, {path});
+    return read_board(text::parse_toml(text, path), {path});
 }
 
 } // namespace sim

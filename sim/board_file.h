@@ -13,8 +13,8 @@
 namespace sim
 {
 
-/* The board that a file describes, with the boards that it is based on. Throws board_error (toml_reader.h) when the
- * file cannot be read or anything in it is wrong. */
+/* The board that a file describes, with the boards that it is based on. Throws text::file_error (toml_reader.h) when
+ * the file cannot be read or anything in it is wrong. */
 board_config load_board(const std::string &path);
 
 /* The same for text; path stands in messages, and a base is looked for beside it. */

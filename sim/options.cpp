@@ -17,7 +17,7 @@
 #include "driver_table.h"
 #include "text/nearest.h"
 #include "text/say.h"
-#include "toml_reader.h"
+#include "text/toml_reader.h"
 
 namespace fs = std::filesystem;
 
@@ -194,7 +194,7 @@ static std::string description_of(const fs::path &board)
 {
     try {
         return load_board(board.string()).description;
-    } catch (const board_error &error) {
+    } catch (const text::file_error &error) {
         return error.what();
     }
 }

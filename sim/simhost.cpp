@@ -17,7 +17,7 @@
 #include "options.h"
 #include "service_probe.h"
 #include "text/say.h"
-#include "toml_reader.h"
+#include "text/toml_reader.h"
 
 namespace fs = std::filesystem;
 using namespace sim;
@@ -139,7 +139,7 @@ int main(int argc, char **argv)
         return done.status;
     } catch (const usage_error &error) {
         return complain(error, EXIT_USAGE);
-    } catch (const board_error &error) {
+    } catch (const text::file_error &error) {
         return complain(error, EXIT_USAGE);
     } catch (const std::exception &error) {
         return complain(error, EXIT_NOT_STARTED);

@@ -12,7 +12,10 @@ namespace station
 
 static const option options[] = {
     unit_option,
-    {.name = "--fcs-limit", .help = "FCS errors that a port may have, 0 if not given", .set = set_own_number},
+    {.name = "--fcs-limit",
+     .help = "FCS errors that a port may have, 0 if not given",
+     .set = set_own_number,
+     .limited = "fcs_errors"},
 };
 
 constinit const std::span<const option> broadcast_options{options};
@@ -41,12 +44,21 @@ static port_outcome judge_port(uint32_t word, uint64_t fcs, uint64_t limit)
 {
     const uint32_t code = FACMSG_RESULT_CODE(word);
     port_outcome port{FACMSG_RESULT_PORT(word), {{code}, {nullptr, "-"}}};
-    judge_code(port, codes, code);
-    if (code != FACMSG_PORT_OK)
+    const char *const counted = "fcs_errors";
+    const bool unreadable = code == FACMSG_PORT_FCS_UNREADABLE;
+    if (unreadable)
+        add_check(port, "link", verdict::pass);
+    judge_code(port, unreadable ? counted : "link", codes, code);
+    if (code != FACMSG_PORT_OK) {
+        if (!unreadable)
+            list_untested(port, counted);
         return port;
+    }
     port.cells[1] = {fcs};
-    if (fcs > limit)
-        fail_here(port, fmt::format("{} FCS errors; expected {}{}.", fcs, limit ? "at most " : "", limit));
+    if (fcs <= limit)
+        add_check(port, counted, verdict::pass);
+    else
+        fail_here(port, counted, fmt::format("{} FCS errors; expected {}{}.", fcs, limit ? "at most " : "", limit));
     return port;
 }
 

@@ -4,6 +4,7 @@
  */
 #include "command.h"
 
+#include <algorithm>
 #include <charconv>
 #include <fmt/format.h>
 #include <optional>
@@ -107,6 +108,15 @@ std::optional<std::string> own_value(const request &sent, const char *name)
 {
     const auto found = sent.own.find(name);
     return found == sent.own.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::string member_name(std::string name)
+{
+    name.erase(0, name.find_first_not_of('-'));
+    std::ranges::transform(name, name.begin(), [](char letter) {
+        return letter == '-' ? '_' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    return name;
 }
 
 bool is_payload_word(const option &field)

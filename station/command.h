@@ -67,6 +67,7 @@ struct option {
     std::span<const choice> choices = {}; /* names that may be given instead */
     bool hex = false;                     /* numbers are hexadecimal, with or without 0x */
     void (*set)(request &sent, const option &field, const std::string &value) = set_word;
+    const char *limited = nullptr; /* the column of the reply whose greatest value this is */
 };
 
 /* How long a request takes, in seconds. */
@@ -109,6 +110,9 @@ int64_t parse_value(const option &field, const std::string &value);
 
 /* The value of an option that stays with the station, if it was given. */
 std::optional<std::string> own_value(const request &sent, const char *name);
+
+/* The name of an option in JSON and plans: "--any-speed" is any_speed, "LEVEL" is level. */
+std::string member_name(std::string name);
 
 /* Whether an option is a word of the payload that the service must send back as it was. */
 bool is_payload_word(const option &field);

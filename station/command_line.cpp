@@ -10,9 +10,17 @@
 #include <fmt/ranges.h>
 
 #include "text/nearest.h"
+#include "tools.h"
 
 namespace station
 {
+
+/* The subcommand that was given; all null while there is none. */
+struct chosen_subcommand {
+    const CLI::App *sub = nullptr;
+    const char *name = nullptr;
+    const command *row = nullptr; /* null for a tool */
+};
 
 /* sent and field must outlive the application. */
 static void add_option(CLI::App &sub, request &sent, const option &field)
@@ -67,27 +75,44 @@ static CLI::App *add_subcommand(CLI::App &app, const command &row)
     return parent->add_subcommand(name.substr(blank + 1), row.help);
 }
 
-/* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
-static std::string explain_extra(const std::string &found, const command *row)
+/* Every subcommand that can be given. */
+static std::vector<std::string_view> subcommand_names()
 {
     std::vector<std::string_view> names;
-    if (found.starts_with("-")) {
-        names = {"--help", "--directory", "--json", "--no-progress"};
-        for (const option &field : row ? row->options : std::span<const option>{})
-            if (*field.name == '-')
-                names.emplace_back(field.name);
-        return fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, names));
-    }
-    if (row != nullptr)
-        return fmt::format("{}: found '{}', but no more arguments are allowed", row->name, found);
     for (const command &known : commands())
         names.emplace_back(known.name);
-    return fmt::format("unknown subcommand '{}'{}", found, text::expected_one_of(found, names));
+    for (const tool &known : tools())
+        names.emplace_back(known.name);
+    return names;
 }
 
-/* An option of the row with too few or too many values; every other error explains itself. */
-static std::string explain_error(const std::string &what, const command *row)
+/* Every option that can be given with a subcommand, or with none. */
+static std::vector<std::string> option_names(const chosen_subcommand &given)
 {
+    std::vector<std::string> names{"--help", "--directory", "--json", "--no-progress"};
+    if (given.sub != nullptr)
+        for (const CLI::Option *known : given.sub->get_options())
+            if (!known->get_positional() && known->get_name() != "--help")
+                names.push_back(known->get_name());
+    return names;
+}
+
+/* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
+static std::string explain_extra(const std::string &found, const chosen_subcommand &given)
+{
+    if (found.starts_with("-")) {
+        const std::vector<std::string> names = option_names(given);
+        return fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, {names.begin(), names.end()}));
+    }
+    if (given.name != nullptr)
+        return fmt::format("{}: found '{}', but no more arguments are allowed", given.name, found);
+    return fmt::format("unknown subcommand '{}'{}", found, text::expected_one_of(found, subcommand_names()));
+}
+
+/* An option with too few or too many values; every other error explains itself. */
+static std::string explain_error(const std::string &what, const chosen_subcommand &given)
+{
+    const command *row = given.row;
     const std::string name = what.substr(0, what.find_first_of(": "));
     if (name == "--directory")
         return "--directory: expected exactly one value, allowed: the host's working directory";
@@ -97,26 +122,18 @@ static std::string explain_error(const std::string &what, const command *row)
         if (name == field.name && field.values != arity::flag)
             return fmt::format("{}: expected exactly one value{}", name,
                                field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
+    if (row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
+        return fmt::format("{}: expected exactly one value", name);
     return what;
 }
 
-invocation read_command_line(int argc, char **argv)
+static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &given, invocation &call)
 {
-    invocation call{};
-    CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
-    app.get_formatter()->column_width(26);
-    app.footer("Exit codes: 0 passed, 1 the unit failed, 2 wrong command line, 3 no verdict,\n130 interrupted.");
-    app.fallthrough();
-    app.allow_extras();
-    app.require_subcommand(0, 1);
-    add_globals(app, call.chosen);
-    std::deque<request> requests;
-    const command *given = nullptr;
     for (const command &row : commands()) {
         request &sent = requests.emplace_back(empty_request(row));
         CLI::App *sub = add_subcommand(app, row);
         sub->allow_extras();
-        sub->preparse_callback([&given, &row](size_t) { given = &row; });
+        sub->preparse_callback([&given, &row, sub](size_t) { given = {sub, row.name, &row}; });
         sub->parse_complete_callback([&call, &row, &sent] {
             call.row = &row;
             call.sent = sent;
@@ -124,10 +141,55 @@ invocation read_command_line(int argc, char **argv)
         for (const option &field : row.options)
             add_option(*sub, sent, field);
     }
+}
+
+static void add_tools(CLI::App &app, chosen_subcommand &given, invocation &call)
+{
+    for (const tool &known : tools()) {
+        CLI::App *sub = app.add_subcommand(known.name, known.help);
+        sub->allow_extras();
+        const tool_run run = known.add(*sub);
+        sub->preparse_callback([&given, &known, sub](size_t) { given = {sub, known.name, nullptr}; });
+        sub->parse_complete_callback([&call, &known, run] {
+            call.run = run;
+            call.tool_name = known.name;
+        });
+    }
+}
+
+/* A word as a shell takes it. */
+static std::string quoted(const std::string &word)
+{
+    constexpr const char *harmless = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./,:=@%+-";
+    if (!word.empty() && word.find_first_not_of(harmless) == std::string::npos)
+        return word;
+    std::string text = "'";
+    for (const char letter : word)
+        text += letter == '\'' ? "'\\''" : std::string(1, letter);
+    return text + "'";
+}
+
+invocation read_command_line(int argc, char **argv)
+{
+    invocation call{};
+    CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
+    app.get_formatter()->column_width(26);
+    app.footer("Exit codes: 0 passed, 1 the unit failed, 2 wrong command line or plan, 3 no verdict,\n"
+               "4 results not saved, 5 nothing was run, 130 and 143 interrupted.");
+    app.fallthrough();
+    app.allow_extras();
+    app.require_subcommand(0, 1);
+    add_globals(app, call.chosen);
+    for (const char *word : std::span(argv, static_cast<size_t>(argc)))
+        call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
+    std::deque<request> requests;
+    chosen_subcommand given;
+    add_requests(app, requests, given, call);
+    add_tools(app, given, call);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp &) {
-        call.row = nullptr;
+        call = {};
         call.help = app.help();
         return call;
     } catch (const CLI::ParseError &error) {
@@ -137,7 +199,7 @@ invocation read_command_line(int argc, char **argv)
     std::erase(extras, "--");
     if (!extras.empty())
         throw usage_error(explain_extra(extras.front(), given));
-    if (call.row == nullptr)
+    if (call.row == nullptr && call.tool_name == nullptr)
         throw usage_error("no subcommand given; 'facmsg-station list' shows them all");
     return call;
 }

@@ -14,13 +14,18 @@ struct settings {
     std::string directory = ".";
     bool json = false;
     bool no_progress = false;
+    std::string command_line = {}; /* all of it, for the record */
 };
+
+using tool_run = std::function<exit_code(const settings &chosen)>;
 
 struct invocation {
     settings chosen;
-    const command *row; /* null: help was asked for */
+    const command *row; /* of a request; null for a tool, and when help was asked for */
     request sent;
-    std::string help; /* the help text when it was asked for */
+    tool_run run;          /* of a tool */
+    const char *tool_name; /* null for none */
+    std::string help;      /* the help text when it was asked for */
 };
 
 /* Throws usage_error. */

@@ -11,66 +11,71 @@
 #include <thread>
 
 #include "facmsg.h"
+#include "interruption.h"
 
 namespace station
 {
 
 constexpr int wake_up = SIGUSR1;
 
-/* Shared with the sending thread, which outlives the exchange when that is interrupted. */
+/* Shared with the sending thread, which outlives the exchange when nobody waits for it any more. */
 struct transfer {
     request sent;
     int status = -1;
     std::atomic<bool> done = false;
 };
 
-/* Blocks the signals that end the waiting, for this thread and the threads it starts. The wake-up signal stays blocked
- * for good: it may come after the waiting has ended. */
-struct scoped_signal_block {
-    sigset_t waited;
-    sigset_t previous;
+static sigset_t set_of(std::initializer_list<int> numbers)
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : numbers)
+        sigaddset(&set, number);
+    return set;
+}
 
-    scoped_signal_block()
-    {
-        sigemptyset(&waited);
-        sigaddset(&waited, wake_up);
-        pthread_sigmask(SIG_BLOCK, &waited, nullptr);
-        sigaddset(&waited, SIGINT);
-        sigaddset(&waited, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &waited, &previous);
-    }
-    ~scoped_signal_block()
-    {
-        pthread_sigmask(SIG_SETMASK, &previous, nullptr);
-    }
-    scoped_signal_block(const scoped_signal_block &) = delete;
-    scoped_signal_block &operator=(const scoped_signal_block &) = delete;
-};
-
+/* The new thread takes no signals: they are to end the wait of this one. */
 static std::thread start_sending(const std::shared_ptr<transfer> &job)
 {
-    return std::thread([job, waiter = pthread_self()] {
+    const sigset_t all = set_of({SIGINT, SIGTERM, wake_up});
+    sigset_t previous;
+    pthread_sigmask(SIG_BLOCK, &all, &previous);
+    std::thread client([job, waiter = pthread_self()] {
         std::vector<uint8_t> &payload = job->sent.payload;
         job->status = facmsg_client_send(job->sent.type, static_cast<uint32_t>(payload.size()), payload.data(), 1);
         job->done = true;
         pthread_kill(waiter, wake_up);
     });
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    return client;
 }
 
-exchange_end exchange(request &sent, const std::function<void()> &tick)
+/* Whether to wait no longer, and why. */
+static std::optional<exchange_end> end_of_patience(const patience &allowed)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (noted_signal() != 0 && now >= noted_at() + allowed.after_signal)
+        return exchange_end::interrupted;
+    if (now >= allowed.until)
+        return exchange_end::timed_out;
+    return std::nullopt;
+}
+
+exchange_end exchange(request &sent, const patience &allowed, const std::function<void()> &tick)
 {
     constexpr timespec tick_interval{0, 200'000'000};
-    const scoped_signal_block signals;
+    const sigset_t waited = set_of({wake_up});
+    pthread_sigmask(SIG_BLOCK, &waited, nullptr); /* for good: it may come after the waiting has ended */
     const auto job = std::make_shared<transfer>();
     job->sent = sent;
     tick();
     std::thread client = start_sending(job);
     while (!job->done) {
-        const int number = sigtimedwait(&signals.waited, nullptr, &tick_interval);
-        if (number == SIGINT || number == SIGTERM) {
+        if (const auto end = end_of_patience(allowed)) {
             client.detach();
-            return exchange_end::interrupted;
+            return *end;
         }
+        sigtimedwait(&waited, nullptr, &tick_interval);
         tick();
     }
     client.join();

@@ -5,6 +5,7 @@
 #ifndef STATION_EXCHANGE_H
 #define STATION_EXCHANGE_H
 
+#include <chrono>
 #include <functional>
 
 #include "command.h"
@@ -12,11 +13,17 @@
 namespace station
 {
 
-enum class exchange_end { replied, failed, interrupted };
+enum class exchange_end { replied, failed, timed_out, interrupted };
+
+/* How long to wait for a reply. */
+struct patience {
+    std::chrono::steady_clock::time_point until = std::chrono::steady_clock::time_point::max();
+    std::chrono::seconds after_signal{0}; /* from when a signal was noted */
+};
 
 /* Sends the request and waits for the reply, which replaces its payload. Calls tick() at once and then a few times a
- * second. SIGINT and SIGTERM end the waiting, not the service's work. */
-exchange_end exchange(request &sent, const std::function<void()> &tick);
+ * second. The waiting may end before the reply, the service's work does not. */
+exchange_end exchange(request &sent, const patience &allowed, const std::function<void()> &tick);
 
 } // namespace station
 

@@ -2,24 +2,12 @@
  *
  * What the station prints for programs. Members that do not apply are left out.
  */
-#include <algorithm>
-
 #include "report.h"
 
 namespace station
 {
 
 using nlohmann::ordered_json;
-
-/* "--any-speed" is any_speed, "LEVEL" is level. */
-static std::string member_name(std::string name)
-{
-    name.erase(0, name.find_first_not_of('-'));
-    std::ranges::transform(name, name.begin(), [](char letter) {
-        return letter == '-' ? '_' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return name;
-}
 
 static ordered_json request_members(const command &row, const request &sent)
 {

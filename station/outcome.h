@@ -16,11 +16,14 @@ namespace station
 
 /* The program's exit codes. */
 enum class exit_code : int {
-    passed = 0,     /* also: a raw reply arrived, a list was printed */
-    failed = 1,     /* the unit failed its test */
-    usage = 2,      /* the command line is wrong; nothing was sent */
-    no_verdict = 3, /* the test could not be run, or its reply makes no sense */
-    interrupted = 130
+    passed = 0,        /* also: a raw reply arrived, a list was printed */
+    failed = 1,        /* the unit failed its test */
+    usage = 2,         /* the command line or the plan is wrong; nothing was sent */
+    no_verdict = 3,    /* the test could not be run, or its reply makes no sense */
+    not_saved = 4,     /* the record of a run could not be kept */
+    nothing_run = 5,   /* a plan without a step that was run and judged */
+    interrupted = 130, /* by SIGINT */
+    terminated = 143   /* by SIGTERM */
 };
 
 /* Of several verdicts on one port the later in this list counts. */
@@ -43,12 +46,20 @@ struct column {
     const char *heading; /* in the table for people; null: not shown there */
 };
 
+/* One of the things that are looked at on a port. */
+struct check {
+    const char *name;
+    verdict judged;
+    std::string sentence = {}; /* what was measured and what was expected; empty for a pass */
+};
+
 struct port_outcome {
     uint32_t port;                /* or the position, see outcome::row_name */
     std::vector<cell> cells = {}; /* one for each column */
     verdict judged = verdict::pass;
     bool failed_here = false; /* by the station's own judgement alone, not by the service's */
     std::string reason = {};  /* what was measured and what was expected; empty for a port that passed */
+    std::vector<check> checks = {};
 };
 
 struct outcome {

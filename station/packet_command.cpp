@@ -81,9 +81,9 @@ static port_outcome judge_port(uint32_t word, bool settings_refused)
     port_outcome port{.port = FACMSG_RESULT_PORT(word), .cells = {{code}}};
     const auto untested = std::ranges::find(untested_codes, code, &code_sentence::code);
     if (settings_refused && untested != std::end(untested_codes))
-        add_reason(port, verdict::untested, untested->sentence);
+        add_check(port, "packet", verdict::untested, untested->sentence);
     else
-        judge_code(port, codes, code);
+        judge_code(port, "packet", codes, code);
     return port;
 }
 

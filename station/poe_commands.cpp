@@ -56,10 +56,10 @@ static constexpr code_sentence power_off_codes[] = {
 
 static const char *const not_checked = "-";
 
-static void add_check(port_outcome &port, code_table codes, uint32_t code)
+static void judge_cell(port_outcome &port, const char *name, code_table codes, uint32_t code)
 {
     port.cells.push_back({code, code == 0 ? "ok" : "FAIL"});
-    judge_code(port, codes, code);
+    judge_code(port, name, codes, code);
 }
 
 /* Without a list of classes every one that could be read is good. */
@@ -68,23 +68,27 @@ static void judge_class(port_outcome &port, uint32_t pd_class, const std::string
     const std::vector<uint32_t> classes = parse_list(classes_option, allowed);
     port.cells.push_back({pd_class});
     if (pd_class == FACMSG_POE_CLASS_UNREADABLE)
-        add_reason(port, verdict::fail, "The class of the powered device could not be read.");
+        add_check(port, "class", verdict::fail, "The class of the powered device could not be read.");
     else if (!classes.empty() && std::ranges::find(classes, pd_class) == classes.end())
-        fail_here(port, fmt::format("Class {} of the powered device; expected {}.", pd_class, allowed));
+        fail_here(port, "class", fmt::format("Class {} of the powered device; expected {}.", pd_class, allowed));
+    else
+        add_check(port, "class", verdict::pass);
 }
 
 /* Class and overload are only looked at in a good power state. */
 static port_outcome judge_entry(const poe_test_reply &reply, uint32_t k, uint32_t number, const std::string &classes)
 {
     port_outcome port{number};
-    add_check(port, state_codes, reply.state_code[k]);
+    judge_cell(port, "state", state_codes, reply.state_code[k]);
     if (reply.state_code[k] != 0) {
         port.cells.insert(port.cells.end(), 2, {nullptr, not_checked});
+        list_untested(port, "class");
+        list_untested(port, "overload");
     } else {
         judge_class(port, reply.pd_class[k], classes);
-        add_check(port, overload_codes, reply.overload_code[k]);
+        judge_cell(port, "overload", overload_codes, reply.overload_code[k]);
     }
-    add_check(port, power_off_codes, reply.power_off_code[k]);
+    judge_cell(port, "power_off", power_off_codes, reply.power_off_code[k]);
     return port;
 }
 
@@ -151,7 +155,7 @@ outcome decode_vop(const request &, const std::vector<uint8_t> &payload)
     const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
     for (uint32_t k = 0; k < reply.port_count; k++)
         judge_code(unit.ports.emplace_back(port_outcome{ports[k], {{reply.vop_status[k]}, {reply.vop_value[k]}}}),
-                   vop_codes, reply.vop_status[k]);
+                   "vop", vop_codes, reply.vop_status[k]);
     judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
     return unit;
 }

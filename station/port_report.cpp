@@ -30,31 +30,39 @@ static std::string known_codes(code_table known)
     return text;
 }
 
-void add_reason(port_outcome &port, verdict judged, const std::string &reason)
+void add_check(port_outcome &port, const char *name, verdict judged, const std::string &reason)
 {
+    port.checks.push_back({name, judged, reason});
     port.judged = std::max(port.judged, judged);
     port.failed_here = port.failed_here && judged != verdict::fail;
     port.reason += (port.reason.empty() || reason.empty() ? "" : " ") + reason;
 }
 
-void fail_here(port_outcome &port, const std::string &reason)
+void fail_here(port_outcome &port, const char *name, const std::string &reason)
 {
     const bool only_here = port.judged < verdict::fail || port.failed_here;
-    add_reason(port, verdict::fail, reason);
+    add_check(port, name, verdict::fail, reason);
     port.failed_here = only_here;
 }
 
-void judge_code(port_outcome &port, code_table known, uint32_t word)
+void list_untested(port_outcome &port, const char *name)
+{
+    port.checks.push_back({name, verdict::untested});
+}
+
+void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word)
 {
     const uint32_t upper = word >> 16;
     const auto row = std::ranges::find(known, word & 0xFFFF, &code_sentence::code);
     const bool detailed = row != known.end() && std::strchr(row->sentence, '{') != nullptr;
     if (row == known.end() || (upper != 0 && !detailed))
-        add_reason(port, verdict::none,
-                   fmt::format("Code {} is unknown, so nothing can be said about this port; expected {}.", word,
-                               known_codes(known)));
+        add_check(port, name, verdict::none,
+                  fmt::format("Code {} is unknown, so nothing can be said about this port; expected {}.", word,
+                              known_codes(known)));
     else if (*row->sentence != '\0')
-        add_reason(port, verdict::fail, fmt::format(fmt::runtime(row->sentence), upper));
+        add_check(port, name, verdict::fail, fmt::format(fmt::runtime(row->sentence), upper));
+    else
+        add_check(port, name, verdict::pass);
 }
 
 std::string find_obstacle(code_table results, uint32_t result)

@@ -19,12 +19,14 @@ struct code_sentence {
 };
 using code_table = std::span<const code_sentence>;
 
-/* Adds what a code of one check says to the port's verdict and reason. */
-void judge_code(port_outcome &port, code_table known, uint32_t word);
-/* Adds a verdict and its reason. */
-void add_reason(port_outcome &port, verdict judged, const std::string &reason);
-/* Adds a failure by the station's own judgement, with which the service need not agree. */
-void fail_here(port_outcome &port, const std::string &reason);
+/* Adds a check; unless it passed, it adds to the port's verdict and reason. */
+void add_check(port_outcome &port, const char *name, verdict judged, const std::string &reason = "");
+/* Adds a check and what its code says of it. */
+void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word);
+/* Adds a check that failed by the station's own judgement, with which the service need not agree. */
+void fail_here(port_outcome &port, const char *name, const std::string &reason);
+/* Lists a check that was not made; why the port is not tested is said elsewhere. */
+void list_untested(port_outcome &port, const char *name);
 
 /* Why a result word allows no verdict, or nothing for the results that have no sentence in the table. */
 std::string find_obstacle(code_table results, uint32_t result);

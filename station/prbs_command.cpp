@@ -43,9 +43,11 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
         const uint32_t status = reply.prbs_status[i];
         row.cells = {has_status ? cell{status, fmt::format("{:#010x}", status)} : cell{nullptr, "-"}};
         if (has_status && !good)
-            row.judged = verdict::unjudged;
+            add_check(row, "status", verdict::unjudged);
         else if (has_status && status != std::stoull(*good))
-            fail_here(row, fmt::format("Status {:#010x}; expected {:#010x}.", status, std::stoull(*good)));
+            fail_here(row, "status", fmt::format("Status {:#010x}; expected {:#010x}.", status, std::stoull(*good)));
+        else
+            add_check(row, "status", verdict::pass);
     });
     if (unit.judged == verdict::pass && !good) {
         unit.judged = verdict::unjudged;

@@ -1,43 +1,28 @@
 /* SPDX-License-Identifier: MIT
  *
  * facmsg-station: what a production engineer runs. One request of the command table, sent to the test service of the
- * switch's host process and judged. Results go to stdout, errors and progress to stderr.
+ * switch's host process and judged, or one of the tools. Results go to stdout, errors and progress to stderr.
  */
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fmt/format.h>
 #include <iostream>
-#include <system_error>
 #include <unistd.h>
 
+#include "carry_out.h"
 #include "command_line.h"
-#include "exchange.h"
+#include "interruption.h"
 #include "report.h"
 #include "text/say.h"
-#include "unreachable.h"
+#include "text/toml_reader.h"
 
 namespace station
 {
 
-/* The run ends without a reply that can be judged. */
-struct no_reply : std::runtime_error {
-    exit_code code;
-    no_reply(exit_code why, const std::string &sentence) : std::runtime_error(sentence), code(why) {}
-};
-
 static void print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
-}
-
-static void enter_directory(const std::string &directory)
-{
-    if (chdir(directory.c_str()) != 0)
-        throw no_reply(exit_code::no_verdict, fmt::format("cannot enter directory '{}': {}", directory,
-                                                          std::generic_category().message(errno)));
 }
 
 /* The progress line, for as long as this lives. */
@@ -62,43 +47,12 @@ struct progress_line {
     }
 };
 
-static std::vector<uint8_t> send_and_wait(const invocation &call, const request &sent,
-                                          const std::function<void()> &tick)
-{
-    request answered = sent;
-    const exchange_end end = exchange(answered, tick);
-    if (end == exchange_end::interrupted)
-        throw no_reply(exit_code::interrupted, "interrupted; the service goes on with the request it has begun");
-    if (end == exchange_end::failed)
-        throw no_reply(exit_code::no_verdict, why_no_reply(sent, call.chosen.directory));
-    return answered.payload;
-}
-
-/* The client call takes any reply of the right size, so one that belongs to another request shows here: the service
- * sends back what was asked. */
-static void check_echo(const command &row, const request &sent, const std::vector<uint8_t> &reply)
-{
-    for (const option &field : row.options) {
-        if (!is_payload_word(field))
-            continue;
-        const uint32_t asked = word_at(sent.payload, field.offset);
-        const uint32_t found = word_at(reply, field.offset);
-        if (found != asked)
-            throw no_reply(exit_code::no_verdict,
-                           fmt::format("the reply does not belong to this request: its {} word is {}; expected {}",
-                                       field.name, found, asked));
-    }
-}
-
 static outcome carry_out(const invocation &call)
 {
     const progress_line progress(call);
-    const sender send = [&](const request &part, const std::string &done) {
-        std::vector<uint8_t> reply = send_and_wait(call, part, [&] { progress.show(done); });
-        check_echo(*call.row, part, reply);
-        return reply;
-    };
-    return call.row->transfer ? call.row->transfer(call.sent, send) : call.row->decode(call.sent, send(call.sent, ""));
+    watch_signals(signal_policy::note);
+    return carry_out(*call.row, call.sent, call.chosen.directory, {},
+                     [&](const std::string &done) { progress.show(done); });
 }
 
 /* Asks before a request that is not to be sent by mistake. */
@@ -112,13 +66,7 @@ static void confirm(const invocation &call)
     std::string answer;
     std::getline(std::cin, answer);
     if (answer != "y" && answer != "yes")
-        throw no_reply(exit_code::no_verdict, "not confirmed; nothing was sent");
-}
-
-static bool colour_wanted()
-{
-    const char *no_colour = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) && (no_colour == nullptr || *no_colour == '\0');
+        throw no_reply(exit_code::no_verdict, "no-verdict", "not confirmed; nothing was sent");
 }
 
 static exit_code run(const invocation &call)
@@ -130,18 +78,25 @@ static exit_code run(const invocation &call)
     confirm(call);
     enter_directory(call.chosen.directory);
     const outcome unit = carry_out(call);
-    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, colour_wanted()));
+    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, text::colour_wanted()));
     if (unit.judged == verdict::none)
         text::say(fmt::format("facmsg-station: {}: {}", call.row->name, unit.summary));
     return exit_code_of(unit.judged);
 }
 
-static exit_code report_error(const command *row, bool json, exit_code code, const std::string &sentence)
+static exit_code report_error(const invocation &call, bool json, exit_code code, const std::string &sentence)
 {
     if (json)
-        print(json_error(row, code, sentence));
-    text::say(fmt::format("facmsg-station: {}{}{}", row ? row->name : "", row ? ": " : "", sentence));
+        print(json_error(call.row, code, sentence));
+    const char *name = call.row ? call.row->name : call.tool_name;
+    text::say(fmt::format("facmsg-station: {}{}{}", name ? name : "", name ? ": " : "", sentence));
     return code;
+}
+
+static exit_code report_usage(int argc, char **argv, const std::string &sentence)
+{
+    const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+    return report_error({}, json, exit_code::usage, sentence);
 }
 
 static exit_code run_command_line(int argc, char **argv)
@@ -149,17 +104,20 @@ static exit_code run_command_line(int argc, char **argv)
     invocation call{};
     try {
         call = read_command_line(argc, argv);
+        if (call.tool_name != nullptr)
+            return call.run(call.chosen);
         if (call.row != nullptr)
             return run(call);
         print(call.help);
         return exit_code::passed;
     } catch (const usage_error &error) {
-        const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
-        return report_error(nullptr, json, exit_code::usage, error.what());
+        return report_usage(argc, argv, error.what());
+    } catch (const text::file_error &error) {
+        return report_usage(argc, argv, error.what());
     } catch (const no_reply &error) {
-        return report_error(call.row, call.chosen.json, error.code, error.what());
+        return report_error(call, call.chosen.json, error.code, error.what());
     } catch (const std::exception &error) {
-        return report_error(call.row, call.chosen.json, exit_code::no_verdict, error.what());
+        return report_error(call, call.chosen.json, exit_code::no_verdict, error.what());
     }
 }
 

@@ -37,17 +37,14 @@ static const stress_kind serpentine{"Serpentine stress test", stages, FACMSG_STA
                                     "the last port than it sent into the first",
                                     counts};
 
-static bool is_set(port_outcome &row, uint8_t flag)
+/* Adds the check that a flag of the reply judges. */
+static void judge_flag(port_outcome &row, const char *name, uint8_t flag, const std::string &reason)
 {
     if (flag > 1)
-        add_reason(row, verdict::none, fmt::format("A flag is {}, so nothing can be said; expected 0 or 1.", flag));
-    return flag == 1;
-}
-
-static void add_failure(port_outcome &row, uint8_t flag, const std::string &reason)
-{
-    if (is_set(row, flag))
-        add_reason(row, verdict::fail, reason);
+        add_check(row, name, verdict::none,
+                  fmt::format("A flag is {}, so nothing can be said; expected 0 or 1.", flag));
+    else
+        add_check(row, name, flag == 1 ? verdict::fail : verdict::pass, flag == 1 ? reason : "");
 }
 
 static cell counted(uint8_t flag, uint32_t count)
@@ -58,8 +55,8 @@ static cell counted(uint8_t flag, uint32_t count)
 /* The entries that both replies have. */
 template <class Reply> static void judge_common(port_outcome &row, const Reply &reply, uint32_t i)
 {
-    add_failure(row, reply.port_down[i], "No link when the wait for links ended; expected a link.");
-    add_failure(row, reply.port_fcs_err[i], fmt::format("{} FCS errors; expected none.", reply.fcs[i]));
+    judge_flag(row, "link", reply.port_down[i], "No link when the wait for links ended; expected a link.");
+    judge_flag(row, "fcs_errors", reply.port_fcs_err[i], fmt::format("{} FCS errors; expected none.", reply.fcs[i]));
 }
 
 /* The speeds that the test chose, by kind of port. */
@@ -83,9 +80,9 @@ outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
                          counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
                          counted(reply.port_fcs_err[i], reply.fcs[i])};
             judge_common(row, reply, i);
-            add_failure(row, reply.port_cnt_err[i],
-                        fmt::format("Received {} frames and transmitted {}; expected equal counts.", reply.in_pkts[i],
-                                    reply.ex_pkts[i]));
+            judge_flag(row, "counts", reply.port_cnt_err[i],
+                       fmt::format("Received {} frames and transmitted {}; expected equal counts.", reply.in_pkts[i],
+                                   reply.ex_pkts[i]));
         });
     add_speeds(unit, reply.speed_codes);
     return unit;
@@ -101,10 +98,10 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
         row.cells = {counted(reply.port_in_err[i], reply.in_pkts[i]), counted(reply.port_ex_err[i], reply.ex_pkts[i]),
                      counted(reply.port_fcs_err[i], reply.fcs[i])};
         judge_common(row, reply, i);
-        add_failure(row, reply.port_ex_err[i],
-                    fmt::format("Transmitted {} frames; expected {}.", reply.ex_pkts[i], expected));
-        add_failure(row, reply.port_in_err[i],
-                    fmt::format("Received {} frames; expected {}.", reply.in_pkts[i], expected));
+        judge_flag(row, "transmitted", reply.port_ex_err[i],
+                   fmt::format("Transmitted {} frames; expected {}.", reply.ex_pkts[i], expected));
+        judge_flag(row, "received", reply.port_in_err[i],
+                   fmt::format("Received {} frames; expected {}.", reply.in_pkts[i], expected));
         expected = (reply.port_in_err[i] ? reply.in_pkts[i] : expected) - (reply.port_fcs_err[i] ? reply.fcs[i] : 0);
     });
     add_speeds(unit, reply.speed_codes);

@@ -31,6 +31,16 @@ static const char *sentence_of(code_table stages, uint32_t stage)
     return row == stages.end() ? nullptr : row->sentence;
 }
 
+/* A test that stopped has not judged what did not fail. */
+static void unmake_passes(port_outcome &row)
+{
+    if (row.judged == verdict::pass)
+        row.judged = verdict::untested;
+    for (check &made : row.checks)
+        if (made.judged == verdict::pass)
+            made.judged = verdict::untested;
+}
+
 static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &head,
                      const std::vector<uint32_t> &names,
                      const std::function<void(port_outcome &row, uint32_t position)> &judge_entry)
@@ -41,8 +51,8 @@ static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &
     for (uint32_t i = 0; i < head.port_count; i++) {
         port_outcome &row = unit.ports.emplace_back(port_outcome{named ? names[i] : i + 1});
         judge_entry(row, i);
-        if (row.judged == verdict::pass && !complete)
-            row.judged = verdict::untested;
+        if (!complete)
+            unmake_passes(row);
     }
 }
 

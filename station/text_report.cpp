@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "report.h"
+#include "tools.h"
 
 namespace station
 {
@@ -108,6 +109,8 @@ static std::string list_text()
         const std::string size = row.type ? std::to_string(row.payload_size) : row.decode ? "as sent" : "-";
         text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, wrap(row.help, 35));
     }
+    for (const tool &row : tools())
+        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", wrap(row.help, 35));
     return text;
 }
 
@@ -122,6 +125,8 @@ static std::string list_json()
         }
         rows.push_back(entry);
     }
+    for (const tool &row : tools())
+        rows.push_back({{"name", row.name}, {"help", row.help}});
     return nlohmann::ordered_json{{"subcommands", rows}}.dump(2) + "\n";
 }
 

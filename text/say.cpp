@@ -5,6 +5,8 @@
 #include "say.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -32,6 +34,12 @@ std::string escaped(std::string_view text)
 void say(std::string_view line)
 {
     std::fputs((escaped(line) + "\n").c_str(), stderr);
+}
+
+bool colour_wanted()
+{
+    const char *no_colour = std::getenv("NO_COLOR");
+    return isatty(STDOUT_FILENO) && (no_colour == nullptr || *no_colour == '\0');
 }
 
 } // namespace text

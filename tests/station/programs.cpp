@@ -91,17 +91,46 @@ finished run(const words &arguments, uid_t user)
     return {code, written_to(out), written_to(err)};
 }
 
-finished run_on_terminal(const words &arguments, const std::string &typed)
+/* Reads until the other side is closed, and answers questions as they come. */
+static std::string talk_to(int terminal, const std::vector<exchange> &talk)
+{
+    std::string shown;
+    size_t seen = 0;
+    auto next = talk.begin();
+    char part[4096];
+    for (ssize_t size; (size = read(terminal, part, sizeof(part))) > 0;) {
+        shown.append(part, static_cast<size_t>(size));
+        for (size_t at; next != talk.end() && (at = shown.find(next->question, seen)) != std::string::npos; ++next) {
+            seen = at + next->question.size();
+            EXPECT_EQ(write(terminal, next->answer.data(), next->answer.size()), ssize_t(next->answer.size()));
+        }
+    }
+    EXPECT_TRUE(next == talk.end()) << "was not asked: " << next->question;
+    close(terminal);
+    return shown;
+}
+
+static finished run_in_front(const words &arguments, const std::string &typed, const std::vector<exchange> &talk)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     grantpt(terminal);
     unlockpt(terminal);
     const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
     EXPECT_EQ(write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
-    const pid_t pid = start(station(arguments), screen, screen, 0, typed.empty() ? -1 : screen);
+    const pid_t pid = start(station(arguments), screen, screen, 0, typed.empty() && talk.empty() ? -1 : screen);
     close(screen);
-    const std::string shown = read_all(terminal);
+    const std::string shown = talk_to(terminal, talk);
     return {wait_for(pid), shown, ""};
+}
+
+finished run_on_terminal(const words &arguments, const std::string &typed)
+{
+    return run_in_front(arguments, typed, {});
+}
+
+finished talk_on_terminal(const words &arguments, const std::vector<exchange> &talk, const std::string &typed_ahead)
+{
+    return run_in_front(arguments, typed_ahead, talk);
 }
 
 temporary_folder::temporary_folder()

@@ -36,6 +36,13 @@ finished run(const words &arguments, uid_t user = 0);
  * showed. */
 finished run_on_terminal(const words &arguments, const std::string &typed = "");
 
+/* On a terminal too: gives each answer when its question is shown. What is typed ahead is there before the start. */
+struct exchange {
+    std::string question, answer;
+};
+finished talk_on_terminal(const words &arguments, const std::vector<exchange> &talk,
+                          const std::string &typed_ahead = "");
+
 struct temporary_folder {
     std::string path;
     temporary_folder(); /* with tmp/ in it */

@@ -133,7 +133,12 @@ TEST(list, has_a_row_for_every_request)
               0u);
     EXPECT_TRUE(text.ends_with("raw              any      as sent  send any request, show the reply in\n"
                                "                                   hexadecimal\n"
-                               "list               -            -  show this table\n"))
+                               "list               -            -  show this table\n"
+                               "plan               -            -  run a test plan, record and report it\n"
+                               "report             -            -  write the reports of a run anew, show its\n"
+                               "                                   verdict\n"
+                               "check              -            -  check the journal of a run, line by line\n"
+                               "history            -            -  show what a folder of runs says\n"))
         << text;
 }
 
@@ -298,7 +303,7 @@ TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
         close(err[1]); /* so that reading ends with the station */
         received.get_future().wait();
         kill(pid, number);
-        EXPECT_EQ(wait_for(pid), 130);
+        EXPECT_EQ(wait_for(pid), 128 + number);
         char sentence[200] = "";
         EXPECT_GT(read(err[0], sentence, sizeof(sentence) - 1), 0);
         EXPECT_EQ(sentence, who + "packet: interrupted; the service goes on with the request it has begun\n");

@@ -1,10 +1,10 @@
 /* SPDX-License-Identifier: MIT
  *
- * Reads checked values out of a TOML table. Whatever is wrong ends in a board_error that says where, what was found and
+ * Reads checked values out of a TOML table. Whatever is wrong ends in a file_error that says where, what was found and
  * what was expected.
  */
-#ifndef SIM_TOML_READER_H
-#define SIM_TOML_READER_H
+#ifndef TEXT_TOML_READER_H
+#define TEXT_TOML_READER_H
 
 #include <cstdint>
 #include <functional>
@@ -16,13 +16,21 @@
 
 #include <toml++/toml.h>
 
-namespace sim
+namespace text
 {
 
 /* what() is one line "file:line:column: what was found, what was expected". */
-struct board_error : std::runtime_error {
+struct file_error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+/* The table in a file, or in a text whose path stands in messages. expected says what the file should have been. Both
+ * throw file_error. */
+toml::table read_toml(const std::string &path, std::string_view expected);
+toml::table parse_toml(std::string_view text, const std::string &path);
+
+/* A value as the file shows it. */
+std::string shown(const toml::node &node);
 
 /* The lowest and highest number that a key takes. */
 struct number_range {
@@ -43,6 +51,7 @@ class toml_reader
     /* The value of a key; nothing, or the fallback, when the key is not there. */
     std::optional<int64_t> number(std::string_view key, number_range range) const;
     uint32_t word(std::string_view key, number_range range, uint32_t fallback) const;
+    bool flag(std::string_view key, bool fallback) const;
     std::optional<std::string> text(std::string_view key) const;
     std::optional<std::string> one_of(std::string_view key, const std::vector<std::string_view> &names) const;
     std::vector<std::string> some_of(std::string_view key, const std::vector<std::string_view> &names) const;
@@ -59,10 +68,11 @@ class toml_reader
 
     /* Complains about a key's value, or about the whole table when the key is not there. */
     [[noreturn]] void fail(std::string_view key, const std::string &message) const;
+    /* Complains about a value anywhere in the file. */
+    [[noreturn]] void fail_at(const toml::node &node, const std::string &message) const;
 
   private:
     const toml::array *array(std::string_view key, std::string_view expected) const;
-    [[noreturn]] void fail_at(const toml::node &node, const std::string &message) const;
     std::string name_from(const toml::node &node, std::string_view key,
                           const std::vector<std::string_view> &names) const;
     uint32_t port_from(const toml::node &node) const;
@@ -71,6 +81,6 @@ class toml_reader
     const toml::table &table_;
 };
 
-} // namespace sim
+} // namespace text
 
 #endif

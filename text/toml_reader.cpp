@@ -6,20 +6,21 @@
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include <fmt/format.h>
 
 #include "facmsg_protocol.h"
-#include "text/nearest.h"
+#include "nearest.h"
 
-namespace sim
+namespace text
 {
 
 static constexpr std::string_view PORTS_EXPECTED = "expected ports between 1 and 256 such as 7 or \"1-4,7\"";
 
-/* The value as the file shows it. */
-static std::string shown(const toml::node &node)
+std::string shown(const toml::node &node)
 {
     if (const auto *text = node.as_string())
         return fmt::format("\"{}\"", text->get());
@@ -34,19 +35,38 @@ static std::string shown(const toml::node &node)
     return other.str();
 }
 
+toml::table parse_toml(std::string_view text, const std::string &path)
+{
+    try {
+        return toml::parse(text, path);
+    } catch (const toml::parse_error &error) {
+        const auto at = error.source().begin;
+        throw file_error(fmt::format("{}:{}:{}: {}", path, at.line, at.column, error.description()));
+    }
+}
+
+toml::table read_toml(const std::string &path, std::string_view expected)
+{
+    std::ifstream file(path);
+    std::ostringstream text;
+    if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
+        throw file_error(fmt::format("{}:1:1: found no readable text, expected {}", path, expected));
+    return parse_toml(text.str(), path);
+}
+
 toml_reader::toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known)
     : file_(file), table_(table)
 {
     for (const auto &[key, value] : table_) {
         if (std::find(known.begin(), known.end(), key.str()) == known.end())
-            fail_at(value, fmt::format("unknown key {}{}", key.str(), text::expected_one_of(key.str(), known)));
+            fail_at(value, fmt::format("unknown key {}{}", key.str(), expected_one_of(key.str(), known)));
     }
 }
 
 void toml_reader::fail_at(const toml::node &node, const std::string &message) const
 {
     const auto begin = node.source().begin;
-    throw board_error(fmt::format("{}:{}:{}: {}", file_, begin.line, begin.column, message));
+    throw file_error(fmt::format("{}:{}:{}: {}", file_, begin.line, begin.column, message));
 }
 
 void toml_reader::fail(std::string_view key, const std::string &message) const
@@ -83,6 +103,16 @@ uint32_t toml_reader::word(std::string_view key, number_range range, uint32_t fa
     return static_cast<uint32_t>(number(key, range).value_or(fallback));
 }
 
+bool toml_reader::flag(std::string_view key, bool fallback) const
+{
+    const auto *node = table_.get(key);
+    if (!node)
+        return fallback;
+    if (!node->is_boolean())
+        fail_at(*node, fmt::format("{} is {}, expected true or false", key, shown(*node)));
+    return node->as_boolean()->get();
+}
+
 std::optional<std::string> toml_reader::text(std::string_view key) const
 {
     const auto *node = table_.get(key);
@@ -98,9 +128,9 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
 {
     const auto *text = node.as_string();
     if (!text)
-        fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), text::joined(names)));
+        fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), joined(names)));
     if (std::find(names.begin(), names.end(), text->get()) == names.end())
-        fail_at(node, fmt::format("{} is {}{}", key, shown(node), text::expected_one_of(text->get(), names)));
+        fail_at(node, fmt::format("{} is {}{}", key, shown(node), expected_one_of(text->get(), names)));
     return text->get();
 }
 
@@ -121,7 +151,7 @@ const toml::array *toml_reader::array(std::string_view key, std::string_view exp
 std::vector<std::string> toml_reader::some_of(std::string_view key, const std::vector<std::string_view> &names) const
 {
     std::vector<std::string> found;
-    if (const auto *entries = array(key, fmt::format("a list of {}", text::joined(names)))) {
+    if (const auto *entries = array(key, fmt::format("a list of {}", joined(names)))) {
         for (const auto &entry : *entries)
             found.push_back(name_from(entry, key, names));
     }
@@ -221,4 +251,4 @@ void toml_reader::for_each_pair(std::string_view key, const std::function<void(u
     }
 }
 
-} // namespace sim
+} // namespace text

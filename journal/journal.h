@@ -1,0 +1,77 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Writes the journal of a run as it happens: a line for each artifact, by one write to a file that is only ever added
+ * to. What is in the file stays true whatever ends the program.
+ */
+#ifndef JOURNAL_JOURNAL_H
+#define JOURNAL_JOURNAL_H
+
+#include <cstdint>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace journal
+{
+
+using nlohmann::ordered_json;
+
+/* The record of a run could not be kept. what() is one sentence with the file and the system's reason. */
+struct not_saved : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/* Creates a folder for one run below `results`, which is created if need be: named `name`, or `name`-2, -3… when that
+ * is taken. Never takes a folder that exists. Throws not_saved. */
+std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name);
+
+/* What an artifact of a step is about: a piece of hardware, or a part that only the reply can tell apart. */
+struct subject {
+    std::string hardware_id;
+    std::string subcomponent = {}; /* in place of hardware_id when not empty */
+};
+
+enum class finding { pass, fail, unknown };
+enum class step_status { complete, error, skip };
+enum class run_status { pass, fail, error, skip }; /* error and skip have no result */
+
+/* The journal of one run. Every function throws not_saved, and nothing is written after the first failure. */
+class writer
+{
+  public:
+    /* Creates journal.jsonl in the run's folder, where none may be, and writes the schema version. */
+    explicit writer(const std::filesystem::path &run_dir);
+    ~writer();
+    writer(const writer &) = delete;
+    writer &operator=(const writer &) = delete;
+
+    void run_start(const ordered_json &content);
+    /* Begins an attempt at a step and returns its id; content tells what was asked for. */
+    std::string step_start(const std::string &name, const ordered_json &content);
+    /* Writes nothing for a value that is null. Empty validators are left out. */
+    void measurement(const std::string &step_id, const std::string &name, const ordered_json &value,
+                     const subject &about, const ordered_json &validators = {});
+    /* An empty message is left out. */
+    void diagnosis(const std::string &step_id, const std::string &verdict, finding type, const std::string &message,
+                   const subject &about);
+    void error(const std::string &step_id, const std::string &symptom, const std::string &message);
+    void log(const std::string &step_id, const std::string &message);
+    void step_end(const std::string &step_id, step_status status);
+    /* Returns when the whole journal is on the disk. */
+    void run_end(run_status status);
+
+  private:
+    void step_artifact(const std::string &step_id, const char *kind, const ordered_json &content);
+    void write_line(const char *kind, const ordered_json &content);
+    [[noreturn]] void fail(const std::string &reason);
+
+    std::filesystem::path run_dir_;
+    int fd_;
+    uint64_t lines_ = 0;
+    uint64_t steps_ = 0;
+};
+
+} // namespace journal
+
+#endif

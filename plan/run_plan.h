@@ -1,0 +1,34 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * A plan from the command line to the verdict: read, started, run, recorded and reported.
+ */
+#ifndef PLAN_RUN_PLAN_H
+#define PLAN_RUN_PLAN_H
+
+#include "record.h"
+
+namespace plan
+{
+
+/* What was given on the command line; empty for what was not. */
+struct order {
+    std::string file;
+    identity of;
+    std::string results = "results"; /* the folder of all runs */
+    std::string only, skip;          /* names of steps, with commas between them */
+    bool dry_run = false;
+    bool stop_on_fail = false;
+    bool no_input = false;
+    int64_t grace_s = 10;
+    std::string directory; /* the service's */
+    bool no_progress = false;
+    std::string command_line;
+};
+
+/* Throws station::usage_error and text::file_error before anything is sent or created, and station::no_reply when the
+ * service's directory cannot be entered. */
+station::exit_code run_plan(const order &given);
+
+} // namespace plan
+
+#endif

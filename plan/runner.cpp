@@ -1,0 +1,135 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Runs the steps of a plan one after the other.
+ */
+#include "runner.h"
+
+#include <fmt/format.h>
+
+#include "station/carry_out.h"
+#include "station/interruption.h"
+
+namespace plan
+{
+
+using station::verdict;
+
+runner::runner(const test_plan &plan, std::span<const step *const> steps, const run_settings &settings,
+               journal::writer &journal, console &shown)
+    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(shown)
+{
+}
+
+bool runner::interrupted()
+{
+    if (station::noted_signal() == 0)
+        return false;
+    over_ = "the run was interrupted";
+    return true;
+}
+
+void runner::skip(size_t number, int64_t attempt)
+{
+    const std::string id = begin_attempt(journal_, *steps_[number], attempt);
+    journal_.log(id, over_);
+    journal_.step_end(id, journal::step_status::skip);
+    console_.skip(number);
+}
+
+/* No reply that can be judged: a fault of the station or the service, never of the unit. */
+void runner::give_up(const std::string &id, const step &asked, const station::no_reply &why)
+{
+    const std::string symptom = why.symptom;
+    const std::string sentence =
+        symptom == "timeout"
+            ? fmt::format("no reply within {} s; the service goes on with the request it has begun", asked.timeout_s)
+            : why.what();
+    if (symptom == "interrupted") {
+        interrupted();
+        journal_.log(id, "no reply was waited for any longer: the run was interrupted");
+        journal_.step_end(id, journal::step_status::skip);
+        return console_.end("SKIP", sentence);
+    }
+    error_ = true;
+    journal_.error(id, symptom, sentence);
+    journal_.step_end(id, journal::step_status::error);
+    console_.end("ERROR", sentence);
+    if (symptom != "no-verdict")
+        over_ = "the service did not answer an earlier step";
+}
+
+verdict runner::conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit)
+{
+    const judgement result = judge(plan_, asked, unit);
+    const bool failed = result.judged == verdict::fail;
+    again_ = failed && attempt < asked.attempts && !interrupted();
+    end_attempt(journal_, id, plan_, asked, unit, result, again_);
+    const bool error = result.judged == verdict::none;
+    error_ = error_ || error;
+    judged_ = judged_ || failed || result.judged == verdict::pass;
+    failed_ = failed_ || (failed && !again_);
+    console_.end(error ? "ERROR" : station::word_of(result.judged), error ? result.summary : "");
+    return result.judged;
+}
+
+verdict runner::run_attempt(size_t number, int64_t attempt)
+{
+    const step &asked = *steps_[number];
+    const std::string id = begin_attempt(journal_, asked, attempt);
+    console_.begin(number, attempt);
+    again_ = false;
+    const station::patience allowed{std::chrono::steady_clock::now() + std::chrono::seconds(asked.timeout_s),
+                                    settings_.grace};
+    const auto tick = [&](const std::string &done) {
+        if (station::noted_signal() != 0 && !announced_) {
+            announced_ = true;
+            console_.say(fmt::format("interrupted: waiting for {} to end, at most {} s; then the record is written. "
+                                     "Interrupt again to leave at once, without its end.",
+                                     asked.name, settings_.grace.count()));
+        }
+        console_.show(done);
+    };
+    station::outcome unit;
+    try {
+        unit = station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, tick);
+    } catch (const station::no_reply &error) {
+        give_up(id, asked, error);
+        return verdict::none;
+    } catch (const std::exception &error) {
+        give_up(id, asked, {station::exit_code::no_verdict, "no-verdict", error.what()});
+        return verdict::none;
+    }
+    return conclude(id, asked, attempt, unit);
+}
+
+/* Only a failure is tried again: of everything else a second attempt would say no more. */
+void runner::run_step(size_t number)
+{
+    const step &asked = *steps_[number];
+    int64_t attempt = 1;
+    verdict judged = run_attempt(number, attempt);
+    while (again_ && !interrupted())
+        judged = run_attempt(number, ++attempt);
+    if (again_)
+        return skip(number, attempt + 1);
+    if (judged == verdict::fail && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
+        over_ = fmt::format("step {} failed, and the run stops at a failure", asked.name);
+}
+
+run_end runner::run()
+{
+    for (size_t number = 0; number < steps_.size(); number++) {
+        if (interrupted() || !over_.empty())
+            skip(number, 1);
+        else
+            run_step(number);
+    }
+    const bool cut_short = interrupted();
+    return {error_                  ? journal::run_status::error
+            : cut_short || !judged_ ? journal::run_status::skip
+            : failed_               ? journal::run_status::fail
+                                    : journal::run_status::pass,
+            cut_short};
+}
+
+} // namespace plan

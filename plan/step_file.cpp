@@ -1,0 +1,221 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * One [[step]] of a plan file. Options go through the same rows as those of the command line; limits are held against
+ * the values that the request's reply has.
+ */
+#include "step_file.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "station/carry_out.h"
+#include "text/nearest.h"
+#include "values.h"
+
+namespace plan
+{
+
+using station::arity;
+using station::command;
+using station::option;
+
+constexpr int64_t longest_timeout_s = 24 * 3600;
+
+/* Requests with a type and a verdict of their own: not raw, not list. */
+static const command &read_request(const text::toml_reader &reader)
+{
+    std::vector<std::string_view> names;
+    for (const command &row : station::commands())
+        if (row.type)
+            names.emplace_back(row.name);
+    const auto asked = reader.text("request");
+    if (!asked)
+        reader.fail("request", "found no key request, expected a request as on the command line, as \"poe\"");
+    if (asked == "raw" || asked == "list")
+        reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *asked,
+                                           text::joined(names)));
+    const std::string name = *reader.one_of("request", names);
+    return *std::ranges::find_if(station::commands(), [&](const command &row) { return row.name == name; });
+}
+
+static std::string read_name(const text::toml_reader &reader, const command &row, const test_plan &into)
+{
+    std::string name = reader.text("name").value_or(row.name);
+    if (!reader.has("name"))
+        std::ranges::replace(name, ' ', '-');
+    if (name.empty() || name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
+        reader.fail("name", fmt::format("name is \"{}\", expected letters a to z, digits, - and _", name));
+    if (std::ranges::find(into.steps, name, &step::name) != into.steps.end())
+        reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", name));
+    return name;
+}
+
+/* The value as the command line would have it; nothing when it is of a wrong type. */
+static std::optional<std::string> option_text(const option &field, const toml::node &node)
+{
+    const bool is_flag = field.values == arity::flag;
+    if (node.is_boolean() && is_flag)
+        return "";
+    if (node.is_string() && !is_flag)
+        return node.as_string()->get();
+    if (!node.is_integer() || is_flag || field.values == arity::any)
+        return std::nullopt;
+    return fmt::format(fmt::runtime(field.hex ? "{:#x}" : "{}"), node.as_integer()->get());
+}
+
+static void set_option(const text::toml_reader &reader, const option &field, const toml::node &node, step &into)
+{
+    const auto value = option_text(field, node);
+    const std::string name = station::member_name(field.name);
+    if (!value)
+        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, text::shown(node),
+                                         field.values == arity::flag  ? "true or false"
+                                         : field.values == arity::any ? "a text"
+                                                                      : "a number or a text"));
+    if (node.is_boolean() && !node.as_boolean()->get())
+        return;
+    try {
+        field.set(into.sent, field, *value);
+    } catch (const station::usage_error &error) {
+        reader.fail_at(node, error.what());
+    }
+    into.options[name] = node.is_boolean() ? "true" : *value;
+}
+
+static void read_options(const std::string &file, const toml::table &table, step &into)
+{
+    std::vector<std::string> names;
+    for (const option &field : into.row->options)
+        names.push_back(station::member_name(field.name));
+    const text::toml_reader reader(file, table, {names.begin(), names.end()});
+    for (size_t i = 0; i < names.size(); i++)
+        if (const toml::node *node = table.get(names[i]))
+            set_option(reader, into.row->options[i], *node, into);
+}
+
+/* A limit on a value that the station itself judges, by an option, is this option's value. */
+static void adopt_limits(step &into)
+{
+    for (const option &field : into.row->options)
+        for (const limit &asked : into.limits)
+            if (field.limited != nullptr && asked.value == field.limited && asked.most.is_number_integer() &&
+                !station::own_value(into.sent, field.name))
+                field.set(into.sent, field, asked.most.dump());
+}
+
+/* What is wrong only when all options are seen together. Returns an outcome with the values that a reply has. */
+static station::outcome check_options(const text::toml_reader &reader, step &into)
+{
+    for (const option &field : into.row->options)
+        if (*field.name != '-' && field.values == arity::one &&
+            !into.options.contains(station::member_name(field.name)))
+            reader.fail("options", fmt::format("{}: expected exactly one value, allowed: {}", field.name,
+                                               station::allowed_values(field)));
+    try {
+        adopt_limits(into);
+        return station::rehearse(*into.row, into.sent);
+    } catch (const station::usage_error &error) {
+        reader.fail("options", error.what());
+    }
+}
+
+static nlohmann::json limit_value(const toml::node &node)
+{
+    if (const auto *number = node.as_integer())
+        return number->get();
+    if (const auto *number = node.as_floating_point())
+        return number->get();
+    if (const auto *flag = node.as_boolean())
+        return flag->get();
+    return node.is_string() ? nlohmann::json(node.as_string()->get()) : nlohmann::json();
+}
+
+static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
+{
+    const text::toml_reader reader(file, table, {"min", "max", "equal"});
+    limit asked{value, {}, {}, {}};
+    for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
+        if (const toml::node *node = table.get(key)) {
+            *into = limit_value(*node);
+            const bool ordered = into != &asked.equal;
+            if (into->is_null() || (ordered && !into->is_number()))
+                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, text::shown(*node),
+                                             ordered ? "" : ", a text, true or false"));
+        }
+    if (table.empty())
+        reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
+    return asked;
+}
+
+static void read_limits(const std::string &file, const toml::table &table, step &into)
+{
+    for (const auto &[key, node] : table) {
+        const text::toml_reader reader(file, table, {key.str()});
+        if (!node.is_table())
+            reader.fail_at(node, fmt::format("{} is {}, expected limits such as {{ min = 1, max = 5 }}", key.str(),
+                                             text::shown(node)));
+        into.limits.push_back(read_limit(file, std::string(key.str()), *node.as_table()));
+    }
+}
+
+/* Limits on values that the reply does not have, or with another kind of value than theirs. */
+static void check_limits(const text::toml_reader &reader, const toml::table &table, const step &read,
+                         const station::outcome &seen)
+{
+    std::vector<std::pair<std::string, nlohmann::ordered_json>> values = plan::unit_values(seen);
+    for (const station::column &column : seen.columns)
+        values.emplace_back(column.member, 0);
+    std::vector<std::string_view> names;
+    for (const auto &[name, value] : values)
+        names.emplace_back(name);
+    for (const limit &asked : read.limits) {
+        const toml::node &node = *table["limits"][asked.value].node();
+        const auto known = std::ranges::find(names, asked.value);
+        if (known == names.end())
+            reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, read.row->name,
+                                             text::expected_one_of(asked.value, names)));
+        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
+        const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()
+                                  : asked.equal.is_null() || asked.equal.is_number();
+        if (!fits)
+            reader.fail_at(node, fmt::format("{} is a {}", asked.value,
+                                             is_text ? "text, expected equal = \"…\"" : "number, expected numbers"));
+    }
+}
+
+static void read_covers(const text::toml_reader &reader, const test_plan &into, step &read)
+{
+    read.covers = reader.ports("covers");
+    for (const uint32_t port : read.covers)
+        if (!has_port(into, port))
+            reader.fail("covers", fmt::format("covers names port {}, expected ports of the panel", port));
+    const bool by_position = std::ranges::any_of(
+        read.row->options, [](const option &field) { return field.name == std::string_view("--ports"); });
+    if (by_position && !read.covers.empty() && !read.options.contains("ports"))
+        reader.fail("covers", "found covers without options.ports, expected both: the reply lists ports by position");
+}
+
+/* Half as long again as the request may take, and some seconds for the way; ten minutes when that is not known. */
+static int64_t default_timeout_s(const station::duration &expected)
+{
+    const int longest_s = expected.longest_s > 0 ? expected.longest_s : expected.typical_s;
+    return longest_s > 0 ? longest_s * 3 / 2 + 30 : 600;
+}
+
+void read_step(const std::string &file, const toml::table &table, test_plan &into)
+{
+    const text::toml_reader reader(
+        file, table, {"name", "request", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s"});
+    const command &row = read_request(reader);
+    step read{.name = read_name(reader, row, into), .row = &row, .sent = station::empty_request(row)};
+    reader.for_table("options", [&](const toml::table &options) { read_options(file, options, read); });
+    reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
+    check_limits(reader, table, read, check_options(reader, read));
+    read_covers(reader, into, read);
+    read.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
+    read.stop_on_fail = reader.flag("stop_on_fail", false);
+    read.timeout_s = reader.number("timeout_s", {1, longest_timeout_s}).value_or(default_timeout_s(row.expected));
+    into.steps.push_back(std::move(read));
+}
+
+} // namespace plan

@@ -1,0 +1,37 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * A request from its row to its outcome: sent in as many parts as it takes, and its reply judged.
+ */
+#ifndef STATION_CARRY_OUT_H
+#define STATION_CARRY_OUT_H
+
+#include "exchange.h"
+
+namespace station
+{
+
+/* The request ends without a reply that can be judged; what() says why. */
+struct no_reply : std::runtime_error {
+    exit_code code;
+    const char *symptom; /* one word: "unreachable", "timeout", "interrupted", or "no-verdict" after an answer */
+    no_reply(exit_code why, const char *word, const std::string &sentence)
+        : std::runtime_error(sentence), code(why), symptom(word)
+    {
+    }
+};
+
+/* Goes to the working directory of the host. Throws no_reply. */
+void enter_directory(const std::string &directory);
+
+/* To be called in the service's directory, which is shown as `directory`. tick gets how far a transfer is. Throws
+ * no_reply. */
+outcome carry_out(const command &row, const request &asked, const std::string &directory, const patience &allowed,
+                  const std::function<void(const std::string &done)> &tick);
+
+/* The outcome of a reply that is all zeros, without sending anything: shows which values there are to judge, and throws
+ * usage_error when the options do not fit together. */
+outcome rehearse(const command &row, const request &asked);
+
+} // namespace station
+
+#endif

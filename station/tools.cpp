@@ -1,0 +1,103 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The subcommands that are no single request: one row each.
+ */
+#include "tools.h"
+
+#include <fmt/format.h>
+#include <memory>
+
+#include "plan/run_plan.h"
+#include "reports/report_tools.h"
+#include "text/say.h"
+
+namespace station
+{
+
+static constexpr option grace{.name = "--grace",
+                              .help = "seconds that a running request may take after an interruption, 10 if not given",
+                              .most = 3600};
+
+static void add_flag(CLI::App &sub, const char *name, bool &chosen, const char *help)
+{
+    sub.add_flag(name, chosen, help)->disable_flag_override();
+}
+
+static void add_text(CLI::App &sub, const char *name, const char *kind, std::string &chosen, const char *help)
+{
+    sub.add_option(name, chosen, help)->type_name(kind);
+}
+
+static void refuse_json(const settings &chosen, const char *name, const char *instead)
+{
+    if (chosen.json)
+        throw usage_error(fmt::format("--json: not for {}, {}", name, instead));
+}
+
+static tool_run add_plan(CLI::App &sub)
+{
+    const auto given = std::make_shared<plan::order>();
+    sub.add_option("FILE", given->file, "the plan")->required();
+    add_text(sub, "--serial", "TEXT", given->of.serial, "serial number of the unit; asked for if not given");
+    add_text(sub, "--operator", "TEXT", given->of.operator_name, "who runs the plan; asked for if not given");
+    add_text(sub, "--station", "TEXT", given->of.station, "name of the test station; as the plan says, or the host's");
+    add_text(sub, "--results", "DIR", given->results, "folder that gets a folder for each run");
+    sub.get_option("--results")->capture_default_str();
+    add_text(sub, "--only", "A,B", given->only, "run these steps only");
+    add_text(sub, "--skip", "A,B", given->skip, "do not run these steps");
+    add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
+    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps behind one that fails");
+    add_flag(sub, "--no-input", given->no_input, "ask for nothing");
+    sub.add_option_function<std::string>(
+           grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
+        ->type_name("S");
+    return [given](const settings &chosen) {
+        refuse_json(chosen, "plan", "whose record is the journal");
+        given->directory = chosen.directory;
+        given->no_progress = chosen.no_progress;
+        given->command_line = chosen.command_line;
+        return plan::run_plan(*given);
+    };
+}
+
+static tool_run add_report(CLI::App &sub)
+{
+    const auto folder = std::make_shared<std::string>();
+    sub.add_option("RUN_DIR", *folder, "folder of the run")->required();
+    return [folder](const settings &chosen) {
+        refuse_json(chosen, "report", "the journal has it all");
+        return static_cast<exit_code>(reports::report_tool(*folder, text::colour_wanted()));
+    };
+}
+
+static tool_run add_check(CLI::App &sub)
+{
+    const auto file = std::make_shared<std::string>();
+    sub.add_option("FILE", *file, "journal of a run")->required();
+    return [file](const settings &chosen) {
+        refuse_json(chosen, "check", "its lines are for people");
+        return static_cast<exit_code>(reports::check_tool(*file));
+    };
+}
+
+static tool_run add_history(CLI::App &sub)
+{
+    const auto folder = std::make_shared<std::string>();
+    sub.add_option("DIR", *folder, "folder of all runs")->required();
+    return [folder](const settings &chosen) {
+        return static_cast<exit_code>(reports::history_tool(*folder, chosen.json));
+    };
+}
+
+std::span<const tool> tools()
+{
+    static const tool table[] = {
+        {"plan", "run a test plan, record and report it", add_plan},
+        {"report", "write the reports of a run anew, show its verdict", add_report},
+        {"check", "check the journal of a run, line by line", add_check},
+        {"history", "show what a folder of runs says", add_history},
+    };
+    return table;
+}
+
+} // namespace station

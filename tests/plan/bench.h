@@ -1,0 +1,31 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * A bench for runs of plans: a folder for the plan and its results, and the journal of a run in short.
+ */
+#ifndef TESTS_PLAN_BENCH_H
+#define TESTS_PLAN_BENCH_H
+
+#include <nlohmann/json.hpp>
+
+#include "programs.h"
+
+/* A plan of a unit with 28 ports, with the steps given. */
+std::string plan_with(const std::string &steps);
+
+/* The command line that runs a plan, which is written into the folder, with its results there too. */
+words plan_line(const std::string &folder, const std::string &plan, const words &options = {});
+
+/* The folders of the runs, in order. */
+std::vector<std::string> runs_in(const std::string &folder);
+
+/* The lines of a journal. A last line without its end is left out. */
+std::vector<nlohmann::json> journal_of(const std::string &run);
+
+/* A line for each attempt: step, attempt, its diagnoses that are no pass, errors and log, status; and for the run's
+ * end. */
+std::string story_of(const std::string &run);
+
+/* The story of the only run in a folder, whose journal has to be valid. */
+std::string only_story(const std::string &folder);
+
+#endif

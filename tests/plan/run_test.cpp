@@ -1,0 +1,209 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Runs of plans that come to their end: what the journal says, step by step, and the exit code.
+ */
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+#include "bench.h"
+#include "facmsg_protocol.h"
+
+static const words who{"--serial", "SW0001", "--operator", "O", "--station", "FT-1"};
+
+static words with_options(words options)
+{
+    options.insert(options.end(), who.begin(), who.end());
+    return options;
+}
+
+/* Runs a plan on a board that the test makes faulty. */
+struct board_run {
+    temporary_folder made;
+    simulated_switch board;
+    finished end;
+    std::string story;
+    board_run(const std::string &steps, const words &options = {}, const std::string &faults = "")
+        : board(changed_board(faults)), end(run(plan_line(board.folder.path, plan_with(steps), with_options(options)))),
+          story(only_story(board.folder.path))
+    {
+    }
+
+    std::string changed_board(const std::string &faults)
+    {
+        const std::string file = made.path + "/board.toml";
+        std::ofstream(file) << "base = \"" BOARDS "/healthy-28.toml\"\nname = \"changed\"\n" << faults;
+        return file;
+    }
+};
+
+TEST(plan_run, shipped_plan_tells_a_healthy_board_from_a_faulty_one)
+{
+    const words line{"plan", PLANS "/final-28.toml", "--serial", "SW24000123", "--operator", "J. Doe"};
+    for (const auto &[board, code, said] : {std::tuple{"healthy-28", 0, "PASS"}, {"faulty-28", 1, "FAIL"}}) {
+        const simulated_switch tested(board);
+        words arguments = line;
+        arguments.insert(arguments.end(), {"--results", tested.folder.path + "/results"});
+        if (SANITIZED)
+            arguments.insert(arguments.end(), {"--skip", "broadcast-flow,serpentine"});
+        const finished end = tested.run(arguments);
+        EXPECT_EQ(end.code, code) << end;
+        const std::string story = only_story(tested.folder.path);
+        EXPECT_TRUE(story.ends_with(std::string("COMPLETE ") + said)) << story;
+        EXPECT_EQ(story.find("packet-fail:port13") != std::string::npos, code == 1) << story;
+        EXPECT_EQ(end.out.find("final-28 1.0: serial SW24000123, "), 0u) << end;
+        const std::string journal = runs_in(tested.folder.path).front() + "/journal.jsonl";
+        if (std::filesystem::exists(JOURNAL_SCHEMA "/validate.py")) {
+            EXPECT_EQ(std::system(("/usr/bin/python3 " JOURNAL_SCHEMA "/validate.py '" + journal + "'").c_str()), 0);
+        }
+    }
+}
+
+TEST(plan_run, a_failure_is_tried_again_and_then_concludes_nothing)
+{
+    const std::string unreadable = "[[faults]]\nkind = \"failing_call\"\nports = 20\nslot = \"get_port_fcs\"\n";
+    const std::string step = "[[step]]\nrequest = \"broadcast\"\nretries = 2\n";
+    const board_run passing(step, {}, unreadable + "calls = 1\n");
+    EXPECT_EQ(passing.story, "broadcast#1 fcs_errors-fail-retried:port20 step-fail-retried:unit COMPLETE\n"
+                             "broadcast#2 COMPLETE\nCOMPLETE PASS");
+    EXPECT_EQ(passing.end.code, 0) << passing.end;
+    const board_run failing(step, {}, unreadable);
+    EXPECT_EQ(failing.story, "broadcast#1 fcs_errors-fail-retried:port20 step-fail-retried:unit COMPLETE\n"
+                             "broadcast#2 fcs_errors-fail-retried:port20 step-fail-retried:unit COMPLETE\n"
+                             "broadcast#3 fcs_errors-fail:port20 step-fail:unit COMPLETE\nCOMPLETE FAIL");
+    EXPECT_EQ(failing.end.code, 1) << failing.end;
+}
+
+struct told_run {
+    const char *steps;
+    words options;
+    const char *story;
+    int code;
+};
+
+TEST(plan_run, limits_coverage_and_selection)
+{
+    const std::string all = "[[step]]\nrequest = \"factory-mode\"\n";
+    const told_run cases[] = {
+        {"[[step]]\nrequest = \"vop\"\nlimits = { vop_value = { max = 53000 } }\n",
+         {},
+         "vop#1 vop_value_limit-fail:port01",
+         1},
+        {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { equal = "
+         "\"01020304\" } }",
+         {},
+         "fpga-read#1 data_hex_limit-fail:unit step-fail:unit COMPLETE\nCOMPLETE FAIL",
+         1},
+        {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { equal = "
+         "\"00000000\" } }",
+         {},
+         "fpga-read#1 COMPLETE\nCOMPLETE PASS",
+         0},
+        {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }",
+         {},
+         "fpga-read#1 step-unknown:unit COMPLETE\nSKIP NOT_APPLICABLE",
+         5},
+        {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"",
+         {},
+         "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nCOMPLETE FAIL",
+         1},
+        {"[[step]]\nrequest = \"poe\"\ncovers = \"9-15\"",
+         {},
+         "poe#1 coverage-fail:port16 step-fail:unit COMPLETE\nCOMPLETE FAIL",
+         1},
+        {"[[step]]\nrequest = \"prbs\"\noptions = { ports = \"25-27\" }\ncovers = \"25-27\"",
+         {},
+         "prbs#1 status-unknown:? status-unknown:? status-unknown:? status-unknown:? coverage-fail:unit",
+         1},
+        {"[[step]]\nrequest = \"switch-speed\"\n[[step]]\nrequest = \"fc-report\"\n[[step]]\nrequest = "
+         "\"poe-version\"\n",
+         {"--only", "fc-report,poe-version"},
+         "fc-report#1 no-verdict ERROR\npoe-version#1 COMPLETE\nERROR NOT_APPLICABLE",
+         3},
+        {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
+         {"--stop-on-fail"},
+         "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 step poe failed, and the run stops at a "
+         "failure SKIP\nCOMPLETE FAIL",
+         1},
+        {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
+         {},
+         "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 COMPLETE\nCOMPLETE FAIL",
+         1},
+    };
+    for (const told_run &told : cases) {
+        const board_run done(told.steps, told.options);
+        EXPECT_EQ(done.story.substr(0, std::strlen(told.story)), told.story) << done.end;
+        EXPECT_EQ(done.end.code, told.code) << told.steps << done.end;
+    }
+}
+
+TEST(plan_run, a_port_that_the_unit_does_not_have_is_no_pass)
+{
+    const fake_service service(reply_of<poe_test_reply>(FACMSG_PORT_POE, [](poe_test_reply &reply) {
+        reply.port_count = 1;
+        reply.ports[0] = 29;
+    }));
+    const finished end =
+        run(plan_line(service.folder.path, plan_with("[[step]]\nrequest = \"poe\"\nretries = 3"), who));
+    EXPECT_EQ(end.code, 3) << end;
+    EXPECT_EQ(only_story(service.folder.path), "poe#1 no-verdict ERROR\nERROR NOT_APPLICABLE");
+}
+
+TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
+{
+    const temporary_folder folder;
+    const std::string plan = plan_with("[[step]]\nrequest = \"poe\"\n[[step]]\nrequest = \"vop\"");
+    const std::pair<words, finished> cases[] = {
+        {{"--only", "peo"}, {2, "", "--only: unknown step 'peo', did you mean poe?"}},
+        {{"--skip", "vop,"}, {2, "", "--serial: needed when nobody can be asked, a text that matches SW[0-9]{4}"}},
+        {{"--skip", "vop,poe"}, {5, "", "plan: nothing was run: --only and --skip leave no step"}},
+        {{"--serial", "SW00012", "--no-input"},
+         {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
+        {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, a text that matches .{1,64}"}},
+        {{"--grace", "x"}, {2, "", "--grace: found 'x', allowed: 0 to 3600"}},
+        {{"--dri-run"}, {2, "", "unknown option '--dri-run', did you mean --dry-run?"}},
+    };
+    for (const auto &[options, expected] : cases)
+        EXPECT_EQ(run(plan_line(folder.path, plan, options)),
+                  (finished{expected.code, "", "facmsg-station: " + expected.err + "\n"}));
+    EXPECT_EQ(run({"paln"}).err, "facmsg-station: unknown subcommand 'paln', did you mean plan?\n");
+    EXPECT_TRUE(runs_in(folder.path).empty());
+}
+
+TEST(plan_usage, asks_on_a_terminal_and_takes_no_answer_from_before)
+{
+    const simulated_switch healthy("healthy-28");
+    const std::string folder = healthy.folder.path;
+    const finished end = talk_on_terminal(plan_line(folder, plan_with("[[step]]\nrequest = \"factory-mode\"")),
+                                          {{"serial (SW[0-9]{4}): ", "SW1\n"},
+                                           {"'SW1' does not match SW[0-9]{4}", ""},
+                                           {"serial (SW[0-9]{4}): ", " SW0002 \n"},
+                                           {"operator (.{1,64}): ", "Jane\n"}},
+                                          "SW9999\nEve\n");
+    EXPECT_EQ(end.code, 0) << end;
+    ASSERT_EQ(runs_in(folder).size(), 1u) << end;
+    const auto head = journal_of(runs_in(folder).front())[1]["testRunArtifact"]["testRunStart"];
+    EXPECT_EQ(head["dutInfo"]["hardwareInfos"][0]["serialNumber"], "SW0002");
+    EXPECT_EQ(head["metadata"]["operator"], "Jane");
+    EXPECT_NE(end.out.find("step 1 of 1  factory-mode  0 s of about 1 s"), std::string::npos) << end;
+    EXPECT_EQ(end.out.find("factory-mode  PASS"), std::string::npos) << end; /* the line on stderr is enough */
+}
+
+TEST(plan_usage, serial_numbers_make_safe_folders_and_no_folder_is_used_twice)
+{
+    const simulated_switch healthy("healthy-28");
+    std::string plan = plan_with("[[step]]\nrequest = \"factory-mode\"");
+    plan.replace(plan.find("SW[0-9]{4}"), 10, ".*");
+    for (const std::string serial : {"../../x y", "../../x y", ".hidden"}) {
+        words options = who;
+        options[1] = serial;
+        EXPECT_EQ(run(plan_line(healthy.folder.path, plan, options)).code, 0);
+    }
+    const std::vector<std::string> runs = runs_in(healthy.folder.path);
+    ASSERT_EQ(runs.size(), 3u);
+    for (const std::string &folder : runs) {
+        const std::string name = std::filesystem::path(folder).filename();
+        EXPECT_TRUE(name.find("Z-_.._.._x_y") != std::string::npos || name.ends_with("Z-_.hidden")) << name;
+    }
+}
