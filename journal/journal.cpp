@@ -49,7 +49,7 @@ std::filesystem::path create_run_folder(const std::filesystem::path &results, co
     if (error)
         refuse("create folder", results, error.message());
     for (int count = 1;; count++) {
-        const auto folder = results / (count == 1 ? name : fmt::format("{}-{}", name, count));
+        auto folder = results / (count == 1 ? name : fmt::format("{}-{}", name, count));
         if (mkdir(folder.c_str(), 0777) == 0) {
             sync_folder(results);
             return folder;
@@ -124,7 +124,7 @@ void writer::run_start(const ordered_json &content)
 
 std::string writer::step_start(const std::string &name, const ordered_json &content)
 {
-    const std::string id = std::to_string(steps_++);
+    std::string id = std::to_string(steps_++);
     step_artifact(id, "testStepStart", {{"name", name}});
     step_artifact(id, "extension", {{"name", "facmsg-step"}, {"content", content}});
     return id;

@@ -89,17 +89,15 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
         }
         console_.show(done);
     };
-    station::outcome unit;
+    std::optional<station::outcome> unit;
     try {
         unit = station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, tick);
     } catch (const station::no_reply &error) {
         give_up(id, asked, error);
-        return verdict::none;
     } catch (const std::exception &error) {
         give_up(id, asked, {station::exit_code::no_verdict, "no-verdict", error.what()});
-        return verdict::none;
     }
-    return conclude(id, asked, attempt, unit);
+    return unit ? conclude(id, asked, attempt, *unit) : verdict::none;
 }
 
 /* Only a failure is tried again: of everything else a second attempt would say no more. */

@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * One [[step]] of a plan file. Options go through the same rows as those of the command line; limits are held against
- * the values that the request's reply has.
+ * One [[step]] of a plan file. Options go through the same rows as those of the command line.
  */
 #include "step_file.h"
 
@@ -9,8 +8,8 @@
 #include <fmt/format.h>
 
 #include "station/carry_out.h"
+#include "step_limits.h"
 #include "text/nearest.h"
-#include "values.h"
 
 namespace plan
 {
@@ -19,7 +18,7 @@ using station::arity;
 using station::command;
 using station::option;
 
-constexpr int64_t longest_timeout_s = 24 * 3600;
+constexpr int64_t longest_timeout_s = 86400;
 
 /* Requests with a type and a verdict of their own: not raw, not list. */
 static const command &read_request(const text::toml_reader &reader)
@@ -93,16 +92,6 @@ static void read_options(const std::string &file, const toml::table &table, step
             set_option(reader, into.row->options[i], *node, into);
 }
 
-/* A limit on a value that the station itself judges, by an option, is this option's value. */
-static void adopt_limits(step &into)
-{
-    for (const option &field : into.row->options)
-        for (const limit &asked : into.limits)
-            if (field.limited != nullptr && asked.value == field.limited && asked.most.is_number_integer() &&
-                !station::own_value(into.sent, field.name))
-                field.set(into.sent, field, asked.most.dump());
-}
-
 /* What is wrong only when all options are seen together. Returns an outcome with the values that a reply has. */
 static station::outcome check_options(const text::toml_reader &reader, step &into)
 {
@@ -116,70 +105,6 @@ static station::outcome check_options(const text::toml_reader &reader, step &int
         return station::rehearse(*into.row, into.sent);
     } catch (const station::usage_error &error) {
         reader.fail("options", error.what());
-    }
-}
-
-static nlohmann::json limit_value(const toml::node &node)
-{
-    if (const auto *number = node.as_integer())
-        return number->get();
-    if (const auto *number = node.as_floating_point())
-        return number->get();
-    if (const auto *flag = node.as_boolean())
-        return flag->get();
-    return node.is_string() ? nlohmann::json(node.as_string()->get()) : nlohmann::json();
-}
-
-static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
-{
-    const text::toml_reader reader(file, table, {"min", "max", "equal"});
-    limit asked{value, {}, {}, {}};
-    for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
-        if (const toml::node *node = table.get(key)) {
-            *into = limit_value(*node);
-            const bool ordered = into != &asked.equal;
-            if (into->is_null() || (ordered && !into->is_number()))
-                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, text::shown(*node),
-                                             ordered ? "" : ", a text, true or false"));
-        }
-    if (table.empty())
-        reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
-    return asked;
-}
-
-static void read_limits(const std::string &file, const toml::table &table, step &into)
-{
-    for (const auto &[key, node] : table) {
-        const text::toml_reader reader(file, table, {key.str()});
-        if (!node.is_table())
-            reader.fail_at(node, fmt::format("{} is {}, expected limits such as {{ min = 1, max = 5 }}", key.str(),
-                                             text::shown(node)));
-        into.limits.push_back(read_limit(file, std::string(key.str()), *node.as_table()));
-    }
-}
-
-/* Limits on values that the reply does not have, or with another kind of value than theirs. */
-static void check_limits(const text::toml_reader &reader, const toml::table &table, const step &read,
-                         const station::outcome &seen)
-{
-    std::vector<std::pair<std::string, nlohmann::ordered_json>> values = plan::unit_values(seen);
-    for (const station::column &column : seen.columns)
-        values.emplace_back(column.member, 0);
-    std::vector<std::string_view> names;
-    for (const auto &[name, value] : values)
-        names.emplace_back(name);
-    for (const limit &asked : read.limits) {
-        const toml::node &node = *table["limits"][asked.value].node();
-        const auto known = std::ranges::find(names, asked.value);
-        if (known == names.end())
-            reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, read.row->name,
-                                             text::expected_one_of(asked.value, names)));
-        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
-        const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()
-                                  : asked.equal.is_null() || asked.equal.is_number();
-        if (!fits)
-            reader.fail_at(node, fmt::format("{} is a {}", asked.value,
-                                             is_text ? "text, expected equal = \"…\"" : "number, expected numbers"));
     }
 }
 

@@ -70,6 +70,8 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
          "3:25: fcs_errors is 4, expected limits such as { min = 1, max = 5 }"},
         {"[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = {} }",
          "3:25: fcs_errors has no limit, expected min, max or equal"},
+        {"[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = { max = nan } }",
+         "3:33: max is nan, expected a number"},
         {"[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = { most = 4 } }",
          "3:34: unknown key most, expected one of min, max, equal"},
         {"[[step]]\nrequest = \"vop\"\nlimits = { vop_value = { equal = \"x\" } }",

@@ -86,7 +86,7 @@ TEST(plan_run, limits_coverage_and_selection)
 {
     const std::string all = "[[step]]\nrequest = \"factory-mode\"\n";
     const told_run cases[] = {
-        {"[[step]]\nrequest = \"vop\"\nlimits = { vop_value = { max = 53000 } }\n",
+        {"[[step]]\nrequest = \"vop\"\nlimits = { vop_status = { equal = 0 }, vop_value = { max = 53000 } }\n",
          {},
          "vop#1 vop_value_limit-fail:port01",
          1},
