@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+#
+# The man page and the completion know every subcommand, and the completion the options of each. Arguments: the source
+# folder, the station, and what runs it, if anything.
+set -euo pipefail
+source=$1
+station=("${@:3}" "$2")
+
+expect_same() { # WHAT LINES EXPECTED
+    diff <(sort -u <<<"$2") <(sort -u <<<"$3") || { echo "$1: < found, > expected" >&2; exit 1; }
+}
+
+subcommands=$("${station[@]}" list --json | sed -n 's/^ *"name": "\(.*\)",$/\1/p')
+[ "$(wc -l <<<"$subcommands")" -gt 20 ]
+
+in_man=$(sed -nE 's/^\.It Cm ((fpga )?[a-z0-9-]+).*/\1/p' "$source/man/facmsg-station.1")
+expect_same "man page" "$in_man" "$subcommands"
+
+# shellcheck source=/dev/null
+. "$source/completion/facmsg-station"
+compopt() { :; } # there is no command line to set options of
+facmsg-station() { "${station[@]}" "$@"; }
+
+complete_line() { # WORD...: what may stand in place of the last one
+    COMP_WORDS=(facmsg-station "$@")
+    COMP_CWORD=$#
+    _facmsg_station
+    printf '%s\n' "${COMPREPLY[@]}"
+}
+expect_same "completion" "$(complete_line --directory x '')" "$(cut -d' ' -f1 <<<"$subcommands")"
+expect_same "completion of a name" "$(complete_line broad)" $'broadcast\nbroadcast-flow'
+expect_same "completion of fpga" "$(complete_line fpga '')" "$(sed -n 's/^fpga //p' <<<"$subcommands")"
+expect_same "completion of an option" "$(complete_line packet --any-speed --me)" --medium
+expect_same "completion of a plan's option" "$(complete_line plan x.toml --s)" \
+    $'--serial\n--skip\n--station\n--stop-on-fail'
