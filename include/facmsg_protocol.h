@@ -151,7 +151,7 @@ struct broadcast_test_record {
                                               * before the counters were read */
     uint32_t reserved;                       /* not written */
     uint64_t fcs_counts[FACMSG_MAX_PORTS];   /* out: FCS errors of the i-th listed port, where the counter was read */
-};
+} __attribute__((packed, aligned(4))); /* no gaps; like every record it asks for no more than a word's alignment */
 
 /* 11 FACMSG_FPGA_WRITE, 12 FACMSG_FPGA_READ: 84 bytes. */
 enum {
