@@ -82,9 +82,9 @@ void suite::add(const std::string &class_name, const std::string &name, verdict 
     const char *element = element_of(judged);
     if (element == nullptr)
         return;
-    const std::string shown = judged == verdict::fail || judged == verdict::error
-                                  ? sentence
-                                  : fmt::format("{}{}{}", word_of(judged), sentence.empty() ? "" : ": ", sentence);
+    const bool is_plain = judged == verdict::fail || judged == verdict::error;
+    const std::string said = sentence.empty() ? "No reason is given." : sentence;
+    const std::string shown = is_plain ? said : fmt::format("{}: {}", word_of(judged), said);
     auto reason = node.append_child(element);
     reason.append_attribute("message") = shown.c_str();
     reason.append_attribute("type") = word_of(judged);
