@@ -45,7 +45,7 @@ TEST(plan_run, shipped_plan_tells_a_healthy_board_from_a_faulty_one)
         const simulated_switch tested(board);
         words arguments = line;
         arguments.insert(arguments.end(), {"--results", tested.folder.path + "/results"});
-        if (SANITIZED)
+        if (SANITIZED || code == 1) /* a faulty board repeats the traffic, millions of frames */
             arguments.insert(arguments.end(), {"--skip", "broadcast-flow,serpentine"});
         const finished end = tested.run(arguments);
         EXPECT_EQ(end.code, code) << end;
