@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: MIT
  *
  * The library's client call blocks until the service answers, so it runs on a thread of its own, which wakes the
- * waiting thread by a signal: then one wait covers the reply, an interruption and the next tick.
+ * waiting thread by a signal, as an interruption does: then one wait covers the reply, an interruption and the next
+ * tick.
  */
 #include "exchange.h"
 
@@ -16,8 +17,6 @@
 namespace station
 {
 
-constexpr int wake_up = SIGUSR1;
-
 /* Shared with the sending thread, which outlives the exchange when nobody waits for it any more. */
 struct transfer {
     request sent;
@@ -25,29 +24,14 @@ struct transfer {
     std::atomic<bool> done = false;
 };
 
-static sigset_t set_of(std::initializer_list<int> numbers)
-{
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int number : numbers)
-        sigaddset(&set, number);
-    return set;
-}
-
-/* The new thread takes no signals: they are to end the wait of this one. */
 static std::thread start_sending(const std::shared_ptr<transfer> &job)
 {
-    const sigset_t all = set_of({SIGINT, SIGTERM, wake_up});
-    sigset_t previous;
-    pthread_sigmask(SIG_BLOCK, &all, &previous);
-    std::thread client([job, waiter = pthread_self()] {
+    return std::thread([job, waiter = pthread_self()] {
         std::vector<uint8_t> &payload = job->sent.payload;
         job->status = facmsg_client_send(job->sent.type, static_cast<uint32_t>(payload.size()), payload.data(), 1);
         job->done = true;
         pthread_kill(waiter, wake_up);
     });
-    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
-    return client;
 }
 
 /* Whether to wait no longer, and why. */
@@ -64,8 +48,9 @@ static std::optional<exchange_end> end_of_patience(const patience &allowed)
 exchange_end exchange(request &sent, const patience &allowed, const std::function<void()> &tick)
 {
     constexpr timespec tick_interval{0, 200'000'000};
-    const sigset_t waited = set_of({wake_up});
-    pthread_sigmask(SIG_BLOCK, &waited, nullptr); /* for good: it may come after the waiting has ended */
+    sigset_t waited;
+    sigemptyset(&waited);
+    sigaddset(&waited, wake_up);
     const auto job = std::make_shared<transfer>();
     job->sent = sent;
     tick();

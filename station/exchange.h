@@ -22,7 +22,8 @@ struct patience {
 };
 
 /* Sends the request and waits for the reply, which replaces its payload. Calls tick() at once and then a few times a
- * second. The waiting may end before the reply, the service's work does not. */
+ * second. The waiting may end before the reply, the service's work does not. Signals have to be watched
+ * (interruption.h). */
 exchange_end exchange(request &sent, const patience &allowed, const std::function<void()> &tick);
 
 } // namespace station

@@ -1,11 +1,12 @@
 /* SPDX-License-Identifier: MIT
  *
- * SIGINT and SIGTERM: noted, so that what is under way can be brought to an end, or obeyed at once.
+ * SIGINT and SIGTERM are blocked, and a thread waits for them: it can leave at once whatever the others do.
  */
 #include "interruption.h"
 
 #include <atomic>
 #include <csignal>
+#include <thread>
 #include <unistd.h>
 
 namespace station
@@ -13,29 +14,36 @@ namespace station
 
 using clock = std::chrono::steady_clock;
 
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<clock::rep>::is_always_lock_free);
-
 static std::atomic<bool> leave_at_once = true;
 static std::atomic<int> noted = 0;
 static std::atomic<clock::rep> noted_time = 0;
 
-static void take_signal(int number)
+static void take_signals(sigset_t taken, pthread_t woken)
 {
-    if (leave_at_once || noted != 0)
-        _exit(128 + number);
-    noted_time = clock::now().time_since_epoch().count();
-    noted = number;
+    for (int number = 0; sigwait(&taken, &number) == 0;) {
+        if (leave_at_once || noted != 0)
+            _exit(128 + number);
+        noted_time = clock::now().time_since_epoch().count();
+        noted = number;
+        pthread_kill(woken, wake_up);
+    }
 }
 
 void watch_signals(signal_policy policy)
 {
+    static bool watched = false;
     leave_at_once = policy == signal_policy::leave;
-    struct sigaction action {
-    };
-    action.sa_handler = take_signal;
-    action.sa_flags = SA_RESTART;
-    for (const int number : {SIGINT, SIGTERM})
-        sigaction(number, &action, nullptr);
+    if (watched)
+        return;
+    watched = true;
+    sigset_t taken;
+    sigemptyset(&taken);
+    sigaddset(&taken, wake_up); /* blocked too: it may come when nobody waits for it */
+    sigaddset(&taken, SIGINT);
+    sigaddset(&taken, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &taken, nullptr);
+    sigdelset(&taken, wake_up);
+    std::thread(take_signals, taken, pthread_self()).detach();
 }
 
 int noted_signal()

@@ -6,6 +6,7 @@
 #define STATION_INTERRUPTION_H
 
 #include <chrono>
+#include <csignal>
 
 #include "outcome.h"
 
@@ -17,7 +18,11 @@ enum class signal_policy {
     note   /* the first is noted; the second ends the program, wherever it is */
 };
 
-/* What the signals do from now on. A program that they end has the exit code 130 or 143. */
+/* Blocked in the thread that watches, and sent to it when a signal was noted. */
+constexpr int wake_up = SIGUSR1;
+
+/* What the signals do from now on. A program that they end has the exit code 130 or 143. To be called before other
+ * threads are started, and by the thread that waits for replies. */
 void watch_signals(signal_policy policy);
 
 /* The signal that was noted, 0 for none; and when that was. */
