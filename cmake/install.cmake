@@ -12,13 +12,13 @@ install(FILES examples/minimal_host.c DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/l
 
 # find_package(facmsg) gives the target facmsg::facmsg.
 install(EXPORT facmsg NAMESPACE facmsg:: FILE facmsg-config.cmake DESTINATION ${cmake_files} COMPONENT development)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/facmsg-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_BINARY_DIR}/facmsg-config-version.cmake DESTINATION ${cmake_files} COMPONENT development)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/facmsg-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/facmsg-config-version.cmake DESTINATION ${cmake_files} COMPONENT development)
 
 # As seen from its own folder, so that a copied installation still finds itself.
 file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/facmsg.pc.in facmsg.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/facmsg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/facmsg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 if(FACMSG_TOOLS)
     install(FILES man/facmsg-station.1 man/facmsg-simhost.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
@@ -30,7 +30,7 @@ endif()
 set(package_library libfacmsg${PROJECT_VERSION_MAJOR})
 set(package_development libfacmsg-dev)
 set(package_tools facmsg-tools)
-foreach(component library development tools)
+foreach(component library development $<$<BOOL:${FACMSG_TOOLS}>:tools>)
     install(FILES LICENSE RENAME copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}
         COMPONENT ${component})
 endforeach()

@@ -46,12 +46,13 @@ endif()
 
 # Linked as C: nothing but libc is needed at run time.
 add_library(facmsg SHARED $<TARGET_OBJECTS:facmsg_objects>)
+add_library(facmsg::facmsg ALIAS facmsg)
 target_include_directories(facmsg PUBLIC
-    $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_options(facmsg PRIVATE
-    -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
 if(NOT FACMSG_SANITIZE)
     target_link_options(facmsg PRIVATE -Wl,-z,defs)
 endif()
 set_target_properties(facmsg PROPERTIES
-    LINKER_LANGUAGE C VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/facmsg.map)
+    LINKER_LANGUAGE C INSTALL_RPATH "" VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/facmsg.map)

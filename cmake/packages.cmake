@@ -19,24 +19,29 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libfacmsg${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "factory-test service of a managed Ethernet switch
- The library that the main process of a switch loads: it runs the factory
- tests that a station asks for through the driver functions of its host.")
+The library that the main process of a switch loads: it runs the factory
+tests that a station asks for through the driver functions of its host.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libfacmsg-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "factory-test service of a managed Ethernet switch (development files)
- Headers in C, link library, CMake and pkg-config files, and the smallest host
- as an example.")
+Headers in C, link library, CMake and pkg-config files, and the smallest host
+as an example.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME facmsg-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "test station and simulated switch for the factory-test service
- The station asks for tests, judges the replies and keeps the records; the
- simulated switch answers it without hardware.")
+The station asks for tests, judges the replies and keeps the records; the
+simulated switch answers it without hardware.")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} component)
     string(REPLACE "\n" ";" lines "${CPACK_DEBIAN_${component}_DESCRIPTION}")
     list(GET lines 0 summary)
     set(CPACK_COMPONENT_${component}_DISPLAY_NAME "${summary}")
 endforeach()
+
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 if(CMAKE_CROSSCOMPILING)
     # The builder's package database does not know the target's libraries.
@@ -46,6 +51,5 @@ if(CMAKE_CROSSCOMPILING)
 else()
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR})
-    set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
 endif()
 include(CPack)

@@ -31,7 +31,7 @@ struct facmsg_header {
 };
 
 /* A request as a handler sees it. The payload follows the header without a gap, in a buffer of FACMSG_BUFFER_SIZE bytes
- * aligned for 64-bit words. */
+ * aligned for 32-bit words. */
 struct facmsg_request {
     struct facmsg_header header;
 };

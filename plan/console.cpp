@@ -97,7 +97,10 @@ void console::end(const char *word, const std::string &sentence)
     const int64_t most = steps_[number_]->attempts;
     if (plain_)
         print(fmt::format("step {} of {}  {}  {}  {:.1f} s{}{}", number_ + 1, steps_.size(), steps_[number_]->name,
-                          word, seconds(), most > 1 ? fmt::format("  attempt {} of {}", attempt_, most) : "",
+                          word, seconds(),
+                          attempt_ > 1 || (most > 1 && word == std::string_view("FAIL"))
+                              ? fmt::format("  attempt {} of {}", attempt_, most)
+                              : "",
                           sentence.empty() ? "" : "  " + sentence));
 }
 

@@ -43,7 +43,7 @@ static std::string ask(const label &wanted)
 
 static std::string settle(const label &wanted, const std::string &given, bool may_ask)
 {
-    const std::string &text = given.empty() ? wanted.preset : given;
+    const std::string text = trimmed(given.empty() ? wanted.preset : given);
     if (!text.empty() && !matches(wanted, text))
         throw station::usage_error(
             fmt::format("{}: found '{}', allowed: a text that matches {}", wanted.option, text, wanted.pattern));
@@ -66,9 +66,9 @@ identity identify(const test_plan &plan, identity given, bool may_ask)
 {
     given.serial = settle(plan.serial, given.serial, may_ask);
     given.operator_name = settle(plan.operator_name, given.operator_name, may_ask);
-    given.station = settle(plan.station, given.station, may_ask);
-    if (given.station.empty())
+    if (given.station.empty() && plan.station.preset.empty() && !plan.station.required)
         given.station = host_name();
+    given.station = settle(plan.station, given.station, may_ask);
     return given;
 }
 

@@ -17,7 +17,8 @@ static constexpr size_t longest_label = 256; /* std::regex takes stack by the ch
 
 bool matches(const label &wanted, const std::string &text)
 {
-    return text.size() <= longest_label && std::regex_match(text, std::regex(wanted.pattern));
+    const bool readable = std::ranges::none_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+    return readable && text.size() <= longest_label && std::regex_match(text, std::regex(wanted.pattern));
 }
 
 bool has_port(const test_plan &plan, uint32_t port)
@@ -71,7 +72,7 @@ static void read_labels(const std::string &file, const text::toml_reader &reader
 static void read_panel(const std::string &file, const toml::table &table, test_plan &into)
 {
     const text::toml_reader reader(file, table, {"name", "ports"});
-    port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""), reader.ports("ports")};
+    port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""), reader.distinct_ports("ports")};
     if (group.ports.empty())
         reader.fail("ports", "found no key ports, expected the numbers of the ports");
     for (const port_group &other : into.panel)

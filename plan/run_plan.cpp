@@ -12,6 +12,7 @@
 
 #include "identity.h"
 #include "journal/run_record.h"
+#include "record.h"
 #include "reports/reports.h"
 #include "runner.h"
 #include "station/carry_out.h"
@@ -105,6 +106,17 @@ static exit_code code_of(const run_end &end)
     return exit_code::no_verdict;
 }
 
+/* A run of a part of the plan says so. */
+static void record_left_out(journal::writer &journal, const test_plan &plan, steps_view steps)
+{
+    for (const step &known : plan.steps)
+        if (std::ranges::find(steps, &known) == steps.end()) {
+            const std::string id = begin_attempt(journal, known, 1);
+            journal.log(id, "the run was told to leave the step out");
+            journal.step_end(id, journal::step_status::skip);
+        }
+}
+
 /* Everything from here on is in the journal before it is anywhere else. */
 static exit_code run_recorded(const test_plan &plan, const identity &of, steps_view steps, const order &given,
                               const std::filesystem::path &results, console &shown)
@@ -114,9 +126,18 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     journal.run_start(run_head(plan, of, given.command_line, parameters_of(given, steps.size())));
     const run_settings settings{given.directory, given.stop_on_fail, std::chrono::seconds(given.grace_s)};
     const run_end end = runner(plan, steps, settings, journal, shown).run();
+    record_left_out(journal, plan, steps);
     journal.run_end(end.status);
     const journal::run_record record = journal::read_run(run_dir);
-    reports::write_reports(run_dir, record);
+    try {
+        reports::write_reports(run_dir, record);
+    } catch (const std::system_error &error) {
+        text::say(fmt::format("facmsg-station: plan: {}", error.what()));
+        print(fmt::format("RESULTS NOT SAVED  the journal of the run is complete, its reports are not; once there is "
+                          "room for them:\n  facmsg-station report '{}'\n",
+                          run_dir.string()));
+        return exit_code::not_saved;
+    }
     print(reports::verdict_text(record, run_dir, text::colour_wanted()));
     return code_of(end);
 }
@@ -135,10 +156,12 @@ static exit_code run_steps(const test_plan &plan, steps_view steps, const order 
     const identity of = identify(plan, given.of, !given.no_input);
     station::watch_signals(station::signal_policy::note);
     console shown(plan, of, steps, !given.no_progress);
-    const auto results = std::filesystem::absolute(given.results);
-    station::enter_directory(given.directory);
     try {
+        const auto results = std::filesystem::absolute(given.results);
+        station::enter_directory(given.directory);
         return run_recorded(plan, of, steps, given, results, shown);
+    } catch (const station::no_reply &) {
+        throw;
     } catch (const std::exception &error) {
         text::say(fmt::format("facmsg-station: plan: {}", error.what()));
         print("RESULTS NOT SAVED  nothing can be said about this unit: run the plan again\n");

@@ -24,8 +24,19 @@ bool runner::interrupted()
 {
     if (station::noted_signal() == 0)
         return false;
+    announce("no further step is run;");
     over_ = "the run was interrupted";
     return true;
+}
+
+/* The first time only: what happens next. */
+void runner::announce(const std::string &next)
+{
+    if (announced_)
+        return;
+    announced_ = true;
+    console_.say(
+        fmt::format("interrupted: {} the record is written. Interrupt again to leave at once, without its end.", next));
 }
 
 void runner::skip(size_t number, int64_t attempt)
@@ -66,7 +77,7 @@ verdict runner::conclude(const std::string &id, const step &asked, int64_t attem
     end_attempt(journal_, id, plan_, asked, unit, result, again_);
     const bool error = result.judged == verdict::none;
     error_ = error_ || error;
-    judged_ = judged_ || failed || result.judged == verdict::pass;
+    judged_ = judged_ || (failed && !again_) || result.judged == verdict::pass;
     failed_ = failed_ || (failed && !again_);
     console_.end(error ? "ERROR" : station::word_of(result.judged), error ? result.summary : "");
     return result.judged;
@@ -81,12 +92,8 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
     const station::patience allowed{std::chrono::steady_clock::now() + std::chrono::seconds(asked.timeout_s),
                                     settings_.grace};
     const auto tick = [&](const std::string &done) {
-        if (station::noted_signal() != 0 && !announced_) {
-            announced_ = true;
-            console_.say(fmt::format("interrupted: waiting for {} to end, at most {} s; then the record is written. "
-                                     "Interrupt again to leave at once, without its end.",
-                                     asked.name, settings_.grace.count()));
-        }
+        if (station::noted_signal() != 0)
+            announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));
         console_.show(done);
     };
     std::optional<station::outcome> unit;
@@ -110,8 +117,10 @@ void runner::run_step(size_t number)
         judged = run_attempt(number, ++attempt);
     if (again_)
         return skip(number, attempt + 1);
-    if (judged == verdict::fail && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
-        over_ = fmt::format("step {} failed, and the run stops at a failure", asked.name);
+    const bool wrong = judged == verdict::fail || judged == verdict::none;
+    if (wrong && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
+        over_ = fmt::format("step {} {}, and the run stops there", asked.name,
+                            judged == verdict::fail ? "failed" : "had no verdict");
 }
 
 run_end runner::run()

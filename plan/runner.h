@@ -38,6 +38,7 @@ class runner
     void give_up(const std::string &id, const step &asked, const station::no_reply &why);
     void skip(size_t number, int64_t attempt);
     bool interrupted(); /* then no further step is run */
+    void announce(const std::string &next);
 
     const test_plan &plan_;
     std::span<const step *const> steps_;

@@ -73,6 +73,8 @@ static void set_option(const text::toml_reader &reader, const option &field, con
                                                                       : "a number or a text"));
     if (node.is_boolean() && !node.as_boolean()->get())
         return;
+    if (field.name == std::string_view("--file") && *value == "-")
+        reader.fail_at(node, "file is \"-\", expected a file: a plan reads nothing from the input");
     try {
         field.set(into.sent, field, *value);
     } catch (const station::usage_error &error) {
@@ -108,16 +110,38 @@ static station::outcome check_options(const text::toml_reader &reader, step &int
     }
 }
 
-static void read_covers(const text::toml_reader &reader, const test_plan &into, step &read)
+static void check_panel(const text::toml_reader &reader, const char *key, const test_plan &into,
+                        const std::vector<uint32_t> &ports)
 {
-    read.covers = reader.ports("covers");
-    for (const uint32_t port : read.covers)
+    for (const uint32_t port : ports)
         if (!has_port(into, port))
-            reader.fail("covers", fmt::format("covers names port {}, expected ports of the panel", port));
-    const bool by_position = std::ranges::any_of(
-        read.row->options, [](const option &field) { return field.name == std::string_view("--ports"); });
-    if (by_position && !read.covers.empty() && !read.options.contains("ports"))
+            reader.fail(key, fmt::format("{} names port {}, expected ports of the panel", key, port));
+}
+
+/* The names of a reply's ports that it lists by position, as the option gives them; nothing for other requests. */
+static std::optional<std::vector<uint32_t>> named_positions(const step &read)
+{
+    const auto field = std::ranges::find(read.row->options, std::string_view("--ports"), &option::name);
+    if (field == read.row->options.end())
+        return std::nullopt;
+    return station::parse_list(*field, station::own_value(read.sent, field->name).value_or(""));
+}
+
+static void read_covers(const text::toml_reader &reader, const test_plan &into, const station::outcome &seen,
+                        step &read)
+{
+    read.covers = reader.distinct_ports("covers");
+    check_panel(reader, "covers", into, read.covers);
+    const auto named = named_positions(read);
+    check_panel(reader, "options", into, named.value_or(std::vector<uint32_t>{}));
+    if (read.covers.empty())
+        return;
+    if (seen.columns.empty())
+        reader.fail("covers", fmt::format("found covers, expected none: {} judges no ports", read.row->name));
+    if (named && named->empty())
         reader.fail("covers", "found covers without options.ports, expected both: the reply lists ports by position");
+    if (named && *named != read.covers)
+        reader.fail("covers", "covers and options.ports differ, expected the same ports in both");
 }
 
 /* Half as long again as the request may take, and some seconds for the way; ten minutes when that is not known. */
@@ -135,8 +159,9 @@ void read_step(const std::string &file, const toml::table &table, test_plan &int
     step read{.name = read_name(reader, row, into), .row = &row, .sent = station::empty_request(row)};
     reader.for_table("options", [&](const toml::table &options) { read_options(file, options, read); });
     reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
-    check_limits(reader, table, read, check_options(reader, read));
-    read_covers(reader, into, read);
+    const station::outcome seen = check_options(reader, read);
+    check_limits(reader, table, read, seen);
+    read_covers(reader, into, seen, read);
     read.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
     read.stop_on_fail = reader.flag("stop_on_fail", false);
     read.timeout_s = reader.number("timeout_s", {1, longest_timeout_s}).value_or(default_timeout_s(row.expected));

@@ -5,6 +5,7 @@
 #include "step_limits.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <fmt/format.h>
 
@@ -20,9 +21,14 @@ static nlohmann::json limit_value(const toml::node &node)
         return number->get();
     if (const auto *number = node.as_floating_point())
         return std::isfinite(number->get()) ? nlohmann::json(number->get()) : nlohmann::json();
-    if (const auto *flag = node.as_boolean())
-        return flag->get();
     return node.is_string() ? nlohmann::json(node.as_string()->get()) : nlohmann::json();
+}
+
+/* Bytes are shown in small letters. */
+static std::string lower_case(std::string text)
+{
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
 }
 
 static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
@@ -35,8 +41,12 @@ static limit read_limit(const std::string &file, const std::string &value, const
             const bool ordered = into != &asked.equal;
             if (into->is_null() || (ordered && !into->is_number()))
                 reader.fail(key, fmt::format("{} is {}, expected a number{}", key, text::shown(*node),
-                                             ordered ? "" : ", a text, true or false"));
+                                             ordered ? "" : " or a text"));
         }
+    if (!asked.least.is_null() && !asked.most.is_null() && asked.least > asked.most)
+        reader.fail("max", "max is below min, expected no less");
+    if (asked.equal.is_string() && value.ends_with("_hex"))
+        asked.equal = lower_case(asked.equal.get<std::string>());
     if (table.empty())
         reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
     return asked;

@@ -56,11 +56,13 @@ exchange_end exchange(request &sent, const patience &allowed, const std::functio
     tick();
     std::thread client = start_sending(job);
     while (!job->done) {
-        if (const auto end = end_of_patience(allowed)) {
+        /* Looked at before a last wait: after a pause of this process the reply may be there already. */
+        const auto end = end_of_patience(allowed);
+        sigtimedwait(&waited, nullptr, &tick_interval);
+        if (end && !job->done) {
             client.detach();
             return *end;
         }
-        sigtimedwait(&waited, nullptr, &tick_interval);
         tick();
     }
     client.join();

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <iostream>
 #include <unistd.h>
@@ -123,8 +124,19 @@ static exit_code run_command_line(int argc, char **argv)
 
 } // namespace station
 
+/* A file of the program's own must not get the number of a standard stream that the caller closed. */
+static void open_standard_streams()
+{
+    int fd;
+    while ((fd = open("/dev/null", O_RDONLY)) >= 0 && fd <= STDERR_FILENO)
+        ;
+    if (fd >= 0)
+        close(fd);
+}
+
 int main(int argc, char **argv)
 {
+    open_standard_streams();
     const station::exit_code code = station::run_command_line(argc, argv);
     if (std::fflush(stdout) == 0)
         return static_cast<int>(code);

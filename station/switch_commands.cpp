@@ -90,6 +90,7 @@ outcome decode_fc_report(const request &, const std::vector<uint8_t> &payload)
     unit.members = {{"fc_ports", ports_of_words(reply.port_results, reply.port_count)},
                     {"last_offers_speed_7_8_or_9", reply.setting == 0}};
     unit.ports.clear();
+    unit.columns.clear();
     return unit;
 }
 

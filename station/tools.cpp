@@ -45,6 +45,8 @@ static tool_run add_plan(CLI::App &sub)
     sub.get_option("--results")->capture_default_str();
     add_text(sub, "--only", "A,B", given->only, "run these steps only");
     add_text(sub, "--skip", "A,B", given->skip, "do not run these steps");
+    for (const char *name : {"--results", "--only", "--skip"})
+        sub.get_option(name)->check([](const std::string &value) { return value.empty() ? "found no text" : ""; });
     add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
     add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps behind one that fails");
     add_flag(sub, "--no-input", given->no_input, "ask for nothing");

@@ -216,6 +216,15 @@ std::vector<uint32_t> toml_reader::ports(std::string_view key) const
     return *found;
 }
 
+std::vector<uint32_t> toml_reader::distinct_ports(std::string_view key) const
+{
+    std::vector<uint32_t> sorted = ports(key);
+    std::ranges::sort(sorted);
+    if (const auto twice = std::ranges::adjacent_find(sorted); twice != sorted.end())
+        fail(key, fmt::format("{} names port {} twice, expected each port once", key, *twice));
+    return sorted;
+}
+
 void toml_reader::for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const
 {
     const auto *node = table_.get(key);

@@ -58,6 +58,8 @@ class toml_reader
 
     /* Ports: a number or a string such as "1-4,7". Empty when the key is not there. */
     std::vector<uint32_t> ports(std::string_view key) const;
+    /* The same, where no port may be named twice. */
+    std::vector<uint32_t> distinct_ports(std::string_view key) const;
 
     /* The table of a key; not called when the key is not there. */
     void for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;

@@ -32,6 +32,8 @@ unpack_packages() {
         dpkg-deb --field "$package" Package Version Architecture Depends Description
         dpkg-deb --contents "$package"
         dpkg-deb --extract "$package" "$root"
+        [ -z "$(dpkg-deb --contents "$package" | grep -vE '^(drwxr-xr-x|-rw-r--r--|-rwxr-xr-x|lrwxrwxrwx) root/root ')" ] ||
+            fail "$package: wrong permissions"
     done
 }
 
@@ -52,13 +54,26 @@ run_host() { # PROGRAM
     stop_host
 }
 
+expect_control() { # PACKAGE FIELD TEXT...
+    local field found text
+    field=$2 found=$(dpkg-deb --field "$folder/packages/$1"_*.deb "$2")
+    for text in "${@:3}"; do
+        [[ $found == *"$text"* ]] || fail "$1: $field is '$found', should have '$text'"
+    done
+}
+
 unpack_packages
+expect_control libfacmsg0 Depends "libc6 (>= "
+expect_control libfacmsg-dev Depends "libfacmsg0 (= "
+expect_control facmsg-tools Depends "libfacmsg0 (= " "libc6 (>= " "libstdc++6 (>= "
+dpkg-deb --ctrl-tarfile "$folder"/packages/libfacmsg0_*.deb | tar -t | grep -qx "./shlibs" ||
+    fail "libfacmsg0 does not tell other packages how to depend on it"
 libraries=$(dirname "$(find "$root" -name libfacmsg.so)")
 example=$root/usr/share/doc/libfacmsg-dev/examples/minimal_host.c
 ! grep -rlF "$source" "$root" || fail "these files name the builder's folders"
 
 cmake -S "$source/tests/install/host" -B "$folder/host" -DCMAKE_C_COMPILER="$compiler" -DEXAMPLE="$example" \
-    -DCMAKE_PREFIX_PATH="$root/usr" -Dfacmsg_DIR="$libraries/cmake/facmsg" >/dev/null
+    -DCMAKE_PREFIX_PATH="$root/usr" ${4:+-DCMAKE_LIBRARY_ARCHITECTURE="$(basename "$libraries")"} >/dev/null
 cmake --build "$folder/host" >/dev/null
 run_host "$folder/host/host"
 

@@ -154,7 +154,7 @@ TEST(plan_end, a_full_disk_is_never_a_pass)
     const words line = plan_line(folder, two_steps, who);
     ASSERT_EQ(run(line).code, 0);
     const auto whole = std::filesystem::file_size(runs_in(folder).front() + "/journal.jsonl");
-    for (const double part : {0.005, 0.05, 0.3, 0.7, 0.999}) {
+    for (const double part : {0.005, 0.05, 0.3, 0.7, 0.999, 1.001}) { /* at last only the reports find no room */
         const rlimit small{static_cast<rlim_t>(static_cast<double>(whole) * part), before.rlim_max};
         ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
         int out[2];
@@ -165,7 +165,7 @@ TEST(plan_end, a_full_disk_is_never_a_pass)
         const std::string shown = read_to(out[0], the_end);
         close(out[0]);
         expect_not_saved({wait_for(pid), shown});
-        EXPECT_NE(shown.find("cannot write '" + folder), std::string::npos) << shown;
+        EXPECT_NE(shown.find("cannot write "), std::string::npos) << shown;
     }
 }
 
@@ -197,7 +197,9 @@ TEST(plan_end, a_kill_loses_no_step)
             EXPECT_NE(story.find((*found)[1].str() + "#1 COMPLETE\n"), std::string::npos) << shown << story;
         if (!runs.empty() && !story.ends_with("COMPLETE PASS")) {
             const finished report = run({"report", runs.back()});
-            EXPECT_TRUE(report.code == 3 || (report.code == 2 && story.empty())) << report;
+            EXPECT_TRUE((report.code == 3 && report.out.find("\nINCOMPLETE  ") != std::string::npos) ||
+                        (report.code == 2 && story.empty()))
+                << report;
         }
         std::filesystem::remove_all(folder + "/results");
     }

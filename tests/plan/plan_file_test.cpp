@@ -35,6 +35,8 @@ TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[[panel]]\nname = \"x\"\nports = 1\n[[panel]]\nname = \"y\"\n"
          "ports = \"1-2\"",
          "9:9: ports names port 1, which is in panel group x, expected others"},
+        {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[[panel]]\nname = \"x\"\nports = \"1-3,3\"",
+         "6:9: ports names port 3 twice, expected each port once"},
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[serial]\npattern = \"[\"",
          "5:11: pattern is \"[\", expected an ECMAScript regular expression"},
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[station]\npattern = \"[0-9]\"\ndefault = \"x\"",
@@ -82,6 +84,16 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
         {"[[step]]\nrequest = \"poe\"\ncovers = \"1-29\"", "3:10: covers names port 29, expected ports of the panel"},
         {"[[step]]\nrequest = \"flow\"\ncovers = 1",
          "3:10: found covers without options.ports, expected both: the reply lists ports by position"},
+        {"[[step]]\nrequest = \"flow\"\noptions = { ports = \"1-28\" }\ncovers = \"1-2\"",
+         "4:10: covers and options.ports differ, expected the same ports in both"},
+        {"[[step]]\nrequest = \"flow\"\noptions = { ports = \"1-29\" }",
+         "3:11: options names port 29, expected ports of the panel"},
+        {"[[step]]\nrequest = \"factory-mode\"\ncovers = 1",
+         "3:10: found covers, expected none: factory-mode judges no ports"},
+        {"[[step]]\nrequest = \"vop\"\nlimits = { vop_value = { min = 5, max = 4 } }",
+         "3:41: max is below min, expected no less"},
+        {"[[step]]\nrequest = \"fpga write\"\noptions = { address = 0, file = \"-\" }",
+         "3:33: file is \"-\", expected a file: a plan reads nothing from the input"},
         {"[[step]]\nrequest = \"poe\"\ntimeout_s = 0", "3:13: timeout_s is 0, expected a whole number from 1 to 86400"},
     };
     const std::string head =

@@ -75,6 +75,27 @@ TEST(plan_run, a_failure_is_tried_again_and_then_concludes_nothing)
     EXPECT_EQ(failing.end.code, 1) << failing.end;
 }
 
+TEST(plan_run, a_failure_that_nothing_judges_the_second_time_is_no_pass)
+{
+    const board_run once("[[step]]\nrequest = \"prbs\"\nretries = 1\n", {},
+                         "[[faults]]\nkind = \"failing_call\"\nports = 25\nslot = \"port_phy_loopback\"\ncalls = 1\n");
+    EXPECT_NE(once.story.find("step-fail-retried:unit COMPLETE\nprbs#2 "), std::string::npos) << once.story;
+    EXPECT_TRUE(once.story.ends_with("step-unknown:unit COMPLETE\nSKIP NOT_APPLICABLE")) << once.story;
+    EXPECT_EQ(once.end.code, 5) << once.end;
+}
+
+/* Its number must not go to the journal, which would then hold what was meant for people. */
+TEST(plan_run, a_closed_output_leaves_the_journal_alone)
+{
+    const simulated_switch healthy("healthy-28");
+    words line{"/bin/sh", "-c", "exec \"$@\" >&-", "sh"};
+    const words program =
+        station(plan_line(healthy.folder.path, plan_with("[[step]]\nrequest = \"factory-mode\""), who));
+    line.insert(line.end(), program.begin(), program.end());
+    EXPECT_EQ(wait_for(start(line, STDOUT_FILENO, STDERR_FILENO)), 3);
+    EXPECT_EQ(only_story(healthy.folder.path), "factory-mode#1 COMPLETE\nCOMPLETE PASS");
+}
+
 struct told_run {
     const char *steps;
     words options;
@@ -119,13 +140,19 @@ TEST(plan_run, limits_coverage_and_selection)
         {"[[step]]\nrequest = \"switch-speed\"\n[[step]]\nrequest = \"fc-report\"\n[[step]]\nrequest = "
          "\"poe-version\"\n",
          {"--only", "fc-report,poe-version"},
-         "fc-report#1 no-verdict ERROR\npoe-version#1 COMPLETE\nERROR NOT_APPLICABLE",
+         "fc-report#1 no-verdict ERROR\npoe-version#1 COMPLETE\nswitch-speed#1 the run was told to leave the step out "
+         "SKIP\nERROR NOT_APPLICABLE",
          3},
         {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
          {"--stop-on-fail"},
-         "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 step poe failed, and the run stops at a "
-         "failure SKIP\nCOMPLETE FAIL",
+         "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 step poe failed, and the run stops there "
+         "SKIP\nCOMPLETE FAIL",
          1},
+        {"[[step]]\nrequest = \"fc-report\"\nstop_on_fail = true\n[[step]]\nrequest = \"factory-mode\"",
+         {},
+         "fc-report#1 no-verdict ERROR\nfactory-mode#1 step fc-report had no verdict, and the run stops there SKIP\n"
+         "ERROR NOT_APPLICABLE",
+         3},
         {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
          {},
          "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 COMPLETE\nCOMPLETE FAIL",
@@ -161,6 +188,7 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
         {{"--serial", "SW00012", "--no-input"},
          {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
         {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, a text that matches .{1,64}"}},
+        {{"--only", ""}, {2, "", "--only: expected exactly one value"}},
         {{"--grace", "x"}, {2, "", "--grace: found 'x', allowed: 0 to 3600"}},
         {{"--dri-run"}, {2, "", "unknown option '--dri-run', did you mean --dry-run?"}},
     };
@@ -186,8 +214,19 @@ TEST(plan_usage, asks_on_a_terminal_and_takes_no_answer_from_before)
     const auto head = journal_of(runs_in(folder).front())[1]["testRunArtifact"]["testRunStart"];
     EXPECT_EQ(head["dutInfo"]["hardwareInfos"][0]["serialNumber"], "SW0002");
     EXPECT_EQ(head["metadata"]["operator"], "Jane");
+    EXPECT_FALSE(head["metadata"]["station"].get<std::string>().empty());
+    EXPECT_EQ(head["metadata"]["run_id"].get<std::string>().size(), 32u);
     EXPECT_NE(end.out.find("step 1 of 1  factory-mode  0 s of about 1 s"), std::string::npos) << end;
     EXPECT_EQ(end.out.find("factory-mode  PASS"), std::string::npos) << end; /* the line on stderr is enough */
+}
+
+TEST(plan_usage, asks_nothing_when_told_so)
+{
+    const temporary_folder folder;
+    const finished end = run_on_terminal(
+        plan_line(folder.path, plan_with("[[step]]\nrequest = \"factory-mode\""), {"--no-input"}), "SW0002\nJane\n");
+    EXPECT_EQ(end.code, 2) << end;
+    EXPECT_NE(end.out.find("--serial: needed when nobody can be asked"), std::string::npos) << end;
 }
 
 TEST(plan_usage, serial_numbers_make_safe_folders_and_no_folder_is_used_twice)
