@@ -5,15 +5,13 @@
 #include <algorithm>
 #include <cstring>
 #include <fmt/format.h>
-#include <sstream>
 
 #include "report.h"
+#include "text/wrap.h"
 #include "tools.h"
 
 namespace station
 {
-
-constexpr size_t columns = 80;
 
 /* A verdict padded to a width; colour does not count for it. */
 static std::string verdict_word(verdict judged, size_t width, bool colour)
@@ -23,27 +21,6 @@ static std::string verdict_word(verdict judged, size_t width, bool colour)
         return word;
     const char *code = judged == verdict::pass ? "32" : judged == verdict::fail ? "31" : "33";
     return fmt::format("\033[{}m{}\033[0m", code, word);
-}
-
-/* Breaks text between words; following lines begin below the first one's start. */
-static std::string wrap(const std::string &text, size_t indent)
-{
-    std::string wrapped;
-    size_t column = indent;
-    std::istringstream words(text);
-    for (std::string word; words >> word;) {
-        const bool first = wrapped.empty();
-        if (!first && column + 1 + word.size() > columns) {
-            wrapped += "\n" + std::string(indent, ' ');
-            column = indent;
-        } else if (!first) {
-            wrapped += " ";
-            column++;
-        }
-        wrapped += word;
-        column += word.size();
-    }
-    return wrapped;
 }
 
 /* The width of each column: of its heading or its longest word; 0 when it is not shown. */
@@ -83,7 +60,7 @@ static std::string port_table(const outcome &unit, bool colour)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
         const size_t indent = below ? first_width + 2 : reason_column;
         if (!port.reason.empty())
-            text += (below ? "\n" + std::string(indent, ' ') : "  ") + wrap(port.reason, indent);
+            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent);
         text += "\n";
     }
     return text;
@@ -97,7 +74,7 @@ std::string text_report(const outcome &unit, bool colour)
     text += unit.text;
     if (unit.judged != verdict::none)
         text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
-                            wrap(unit.summary, std::strlen(word_of(unit.judged)) + 2));
+                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2));
     return text;
 }
 
@@ -107,10 +84,10 @@ static std::string list_text()
     for (const command &row : commands()) {
         const std::string type = row.type ? std::to_string(*row.type) : row.decode ? "any" : "-";
         const std::string size = row.type ? std::to_string(row.payload_size) : row.decode ? "as sent" : "-";
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, wrap(row.help, 35));
+        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, text::wrapped(row.help, 35));
     }
     for (const tool &row : tools())
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", wrap(row.help, 35));
+        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", text::wrapped(row.help, 35));
     return text;
 }
 

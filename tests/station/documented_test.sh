@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 #
-# The man page and the completion know every subcommand, and the completion the options of each. Arguments: the source
-# folder, the station, and what runs it, if anything.
+# The man page and the completion of the station know every subcommand, and the completion the options of each; those of
+# the simulated switch know its options. Arguments: the source folder, the station, the switch, and what runs them, if
+# anything.
 set -euo pipefail
 source=$1
-station=("${@:3}" "$2")
+station=("${@:4}" "$2")
+simhost=("${@:4}" "$3")
 
 expect_same() { # WHAT LINES EXPECTED
     diff <(sort -u <<<"$2") <(sort -u <<<"$3") || { echo "$1: < found, > expected" >&2; exit 1; }
@@ -34,3 +36,13 @@ expect_same "completion of fpga" "$(complete_line fpga '')" "$(sed -n 's/^fpga /
 expect_same "completion of an option" "$(complete_line packet --any-speed --me)" --medium
 expect_same "completion of a plan's option" "$(complete_line plan x.toml --s)" \
     $'--serial\n--skip\n--station\n--stop-on-fail'
+
+options=$("${simhost[@]}" --help | grep -oE '^  (-h,)?--[a-z-]+' | grep -oE -- '--.*')
+in_man=$(sed -nE 's/^\.It Fl -([a-z-]+).*/--\1/p' "$source/man/facmsg-simhost.1")
+expect_same "man page of the switch" "$in_man" "$options"
+# shellcheck source=/dev/null
+. "$source/completion/facmsg-simhost"
+COMP_WORDS=(facmsg-simhost '')
+COMP_CWORD=1
+_facmsg_simhost
+expect_same "completion of the switch" "$(printf '%s\n' "${COMPREPLY[@]}")" "$options"
