@@ -35,6 +35,9 @@ add_library(facmsg_objects OBJECT
 target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong -g)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    target_compile_options(facmsg_objects PRIVATE -frecord-gcc-switches) # a test reads how each object was compiled
+endif()
 if(NOT FACMSG_SANITIZE)
     target_compile_definitions(facmsg_objects PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 endif()
