@@ -82,7 +82,8 @@ struct run_record {
     std::vector<fault> errors = {}; /* outside of any step */
 };
 
-/* Reads RUN_DIR/journal.jsonl. A last line without its line end is ignored. Throws no_journal. */
+/* Reads RUN_DIR/journal.jsonl. A last line without its line end is ignored. A pass of a journal that is not
+ * valid is an error. Throws no_journal. */
 run_record read_run(const std::filesystem::path &run_dir);
 
 /* The time between, never negative although clocks are set; nothing when either is unknown. */
