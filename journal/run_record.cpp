@@ -138,11 +138,13 @@ void reader::run_artifact(const json &artifact)
 
 void reader::run_start(const json &begin)
 {
-    const json &unit = member(begin, "dutInfo"), &metadata = member(begin, "metadata");
+    const json &unit = member(begin, "dutInfo"), &metadata = member(begin, "metadata"),
+               &parameters = member(begin, "parameters");
     run.start = now;
     run.plan = text_at(begin, "name");
     run.version = text_at(begin, "version");
-    run.plan_file = text_at(member(begin, "parameters"), "plan");
+    run.plan_file = text_at(parameters, "plan");
+    run.partial = !text_at(parameters, "only").empty() || !text_at(parameters, "skip").empty();
     run.product = text_at(unit, "name");
     run.operator_name = text_at(metadata, "operator");
     run.station = text_at(metadata, "station");

@@ -142,6 +142,15 @@ TEST(RunRecord, LinesThatFailedCannotBeTakenOutForAPass)
     EXPECT_EQ(folder.read(without_lines(failed, 3, 3)).result, run_result::fail);
 }
 
+TEST(RunRecord, ARunIsPartialWhenTheOperatorChoseSteps)
+{
+    const run_folder folder;
+    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"only", "poe"}}).text()).partial);
+    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"skip", "poe"}}).text()).partial);
+    EXPECT_FALSE(folder.read(journal_builder("A", 4, 0, {{"skip", ""}}).text()).partial);
+    EXPECT_FALSE(folder.read(journal_builder().text()).partial);
+}
+
 TEST(RunRecord, ReadsJournalsOfOtherPrograms)
 {
     const run_record run = run_folder().read(journal::read_text(FOREIGN_JOURNAL));
