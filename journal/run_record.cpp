@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "journal_check.h"
 #include "journal_text.h"
 #include "text/printable.h"
 #include "timestamp.h"
@@ -137,11 +138,13 @@ void reader::run_artifact(const json &artifact)
 
 void reader::run_start(const json &begin)
 {
-    const json &unit = member(begin, "dutInfo"), &metadata = member(begin, "metadata");
+    const json &unit = member(begin, "dutInfo"), &metadata = member(begin, "metadata"),
+               &parameters = member(begin, "parameters");
     run.start = now;
     run.plan = text_at(begin, "name");
     run.version = text_at(begin, "version");
-    run.plan_file = text_at(member(begin, "parameters"), "plan");
+    run.plan_file = text_at(parameters, "plan");
+    run.partial = !text_at(parameters, "only").empty() || !text_at(parameters, "skip").empty();
     run.product = text_at(unit, "name");
     run.operator_name = text_at(metadata, "operator");
     run.station = text_at(metadata, "station");
@@ -329,6 +332,20 @@ static json parsed(const text_line &line, const std::filesystem::path &file)
     return value;
 }
 
+/* Lines may have been lost or removed, and with them what failed. A failure is none the less one. */
+static void refuse_damaged_pass(run_record &run, std::string_view text)
+{
+    if (run.result != run_result::pass)
+        return;
+    const check_outcome found = check_journal(text);
+    if (found.problems.empty())
+        return;
+    const problem &first = found.problems.front();
+    run.result = run_result::error;
+    run.errors.push_back({"invalid-journal", fmt::format("The journal ends with PASS, but is not valid: line {}: {}.",
+                                                         first.line, text::printable(first.sentence))});
+}
+
 run_record read_run(const std::filesystem::path &run_dir)
 try {
     const auto file = run_dir / file_name;
@@ -339,6 +356,7 @@ try {
         if (line.complete)
             journal.read(parsed(line, file));
     journal.finish();
+    refuse_damaged_pass(run, text);
     return run;
 } catch (const std::system_error &why) {
     throw no_journal(why.what());

@@ -77,12 +77,14 @@ struct run_record {
     std::string serial = {}, product = {}, operator_name = {}, station = {}, run_id = {};
     moment start = {}, end = {}; /* an incomplete run ends with its last line */
     run_result result = run_result::incomplete;
+    bool partial = false;          /* the operator left steps of the plan out */
     std::vector<place> ports = {}; /* of the front panel */
     std::vector<attempt> attempts = {};
     std::vector<fault> errors = {}; /* outside of any step */
 };
 
-/* Reads RUN_DIR/journal.jsonl. A last line without its line end is ignored. Throws no_journal. */
+/* Reads the journal in the run folder. A last line without its line end is ignored. A pass of a journal that is not
+ * valid is an error. Throws no_journal. */
 run_record read_run(const std::filesystem::path &run_dir);
 
 /* The time between, never negative although clocks are set; nothing when either is unknown. */

@@ -19,8 +19,6 @@ static std::string sentence_or(const std::string &sentence, const char *otherwis
     return sentence.empty() ? otherwise : sentence;
 }
 
-static const char *no_reason = "No reason is given.";
-
 std::vector<finding> failures_of(const journal::run_record &run)
 {
     std::vector<finding> failures;
@@ -53,7 +51,7 @@ std::vector<finding> faults_of(const journal::run_record &run)
             faults.push_back(fault_of(tried.step, {"no-verdict", tried.summary}));
     }
     if (run.result == journal::run_result::incomplete)
-        faults.push_back({{}, "", "incomplete", "The journal has no end: the run was cut off. It is no pass."});
+        faults.push_back({{}, "", "incomplete", no_end});
     return faults;
 }
 
@@ -84,6 +82,25 @@ std::vector<port_finding> ports_of(const journal::run_record &run)
         if (port.judged == verdict::pass)
             port.sentence = "Passed every check.";
     return ports;
+}
+
+/* A step counts by its first attempt: whoever interrupts a later one has had the step run. */
+std::string omission_text(const journal::run_record &run)
+{
+    const auto is_first = [](const journal::attempt &tried) { return tried.number == 1; };
+    const auto is_run = [&](const journal::attempt &tried) {
+        return is_first(tried) && tried.judged != verdict::not_run;
+    };
+    const auto steps = std::ranges::count_if(run.attempts, is_first),
+               done = std::ranges::count_if(run.attempts, is_run);
+    if (!run.partial)
+        return "";
+    if (done == steps)
+        return "steps were left out: this is not the whole plan";
+    return fmt::format("of {} only {} run: this is not the whole plan", counted(static_cast<size_t>(steps), "step"),
+                       done == 0   ? "none was"
+                       : done == 1 ? "1 was"
+                                   : fmt::format("{} were", done));
 }
 
 std::string result_word(journal::run_result result)

@@ -14,6 +14,11 @@
 namespace reports
 {
 
+/* What is said of a run whose journal does not say it itself. */
+constexpr const char *no_end = "The journal has no end: the run was cut off. It is no pass.";
+constexpr const char *unexplained_failure = "The run failed, but its journal does not say why.";
+constexpr const char *no_reason = "No reason is given.";
+
 /* A sentence about a port or the unit, or about the station when it names no check. */
 struct finding {
     journal::place where;
@@ -32,6 +37,9 @@ struct port_finding {
 };
 /* One for each port of the front panel. */
 std::vector<port_finding> ports_of(const journal::run_record &run);
+
+/* That steps were left out, and how many were run; empty for a run of the whole plan. */
+std::string omission_text(const journal::run_record &run);
 
 /* "PASS", "SKIPPED" and so on: the result in a word for people. */
 std::string result_word(journal::run_result result);

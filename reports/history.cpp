@@ -21,7 +21,7 @@ using journal::run_result;
 struct past_run {
     std::string folder, serial;
     int64_t start_ms;
-    run_result result;
+    bool judged, passed;
     bool needed_retry;
 };
 
@@ -31,11 +31,6 @@ struct reason_units {
     std::string example = {};
 };
 using reason_map = std::map<std::pair<std::string, std::string>, reason_units>;
-
-static bool is_judged(const past_run &run)
-{
-    return run.result == run_result::pass || run.result == run_result::fail;
-}
 
 static std::vector<std::filesystem::path> folders_in(const std::filesystem::path &dir)
 {
@@ -49,9 +44,9 @@ static std::vector<std::filesystem::path> folders_in(const std::filesystem::path
     return folders;
 }
 
-static void add_reasons(reason_map &reasons, const run_record &run)
+static void add_reasons(reason_map &reasons, const run_record &run, const std::vector<finding> &failures)
 {
-    for (const finding &one : failures_of(run)) {
+    for (const finding &one : failures) {
         reason_units &reason = reasons[{one.step, one.check}];
         reason.units.insert(run.serial);
         if (reason.example.empty())
@@ -64,33 +59,38 @@ static past_run add_run(history &runs, reason_map &reasons, const std::filesyste
     const run_record run = journal::read_run(folder);
     runs.runs++;
     runs.by_result[static_cast<size_t>(run.result)]++;
-    add_reasons(reasons, run);
-    past_run kept{folder.filename().string(), run.serial, run.start.ms.value_or(0), run.result,
-                  std::ranges::any_of(run.attempts, journal::passed_by_retry)};
-    const auto took = seconds_between(run.start, run.end);
-    if (is_judged(kept) && took)
+    runs.partial += run.partial ? 1 : 0;
+    const std::vector<finding> failures = failures_of(run);
+    add_reasons(reasons, run, failures);
+    const bool passed = run.result == run_result::pass, ended = passed || run.result == run_result::fail;
+    if (const auto took = seconds_between(run.start, run.end); took && ended && !run.partial)
         runs.seconds.push_back(*took);
-    return kept;
+    return {folder.filename().string(),
+            run.serial,
+            run.start.ms.value_or(0),
+            !run.partial && (ended || !failures.empty()),
+            passed,
+            std::ranges::any_of(run.attempts, journal::passed_by_retry)};
 }
 
-/* The first and the last judged run of each unit say how it fared. */
+/* The first and the last run of each unit that came to a verdict say how it fared. */
 static void add_units(history &runs, std::vector<past_run> all)
 {
     std::ranges::sort(all, {}, [](const past_run &run) { return std::tie(run.start_ms, run.folder); });
     std::map<std::string, std::vector<const past_run *>> units;
     for (const past_run &run : all)
-        if (auto &judged = units[run.serial]; is_judged(run))
+        if (auto &judged = units[run.serial]; run.judged)
             judged.push_back(&run);
     units.erase("");
     runs.units = units.size();
     for (const auto &[serial, judged] : units) {
         if (judged.empty())
             continue;
-        const bool passed = judged.front()->result == run_result::pass;
+        const bool passed = judged.front()->passed;
         runs.judged_units++;
         runs.passed_first += passed ? 1 : 0;
         runs.passed_first_by_retry += passed && judged.front()->needed_retry ? 1 : 0;
-        runs.passed_last += judged.back()->result == run_result::pass ? 1 : 0;
+        runs.passed_last += judged.back()->passed ? 1 : 0;
     }
 }
 

@@ -20,17 +20,21 @@ struct failure_reason {
     std::string example; /* the sentence of one of them */
 };
 
-/* Runs count as judged when they ended PASS or FAIL. */
+/* A run of the whole plan comes to a verdict when it ends PASS, or when it holds a failure of the unit: also a run that
+ * was interrupted, cut off, or ended by an error of the station, for its failure is not undone by that. Other runs say
+ * nothing about the unit. Partial runs only count as runs: a unit that was tried at one step has not passed the plan.
+ */
 struct history {
     size_t runs = 0;
     size_t units = 0;                         /* serial numbers */
     std::array<size_t, 5> by_result = {};     /* indexed by journal::run_result */
-    size_t judged_units = 0;                  /* with a judged run */
-    size_t passed_first = 0;                  /* whose first judged run passed */
+    size_t partial = 0;                       /* runs */
+    size_t judged_units = 0;                  /* with a run that came to a verdict */
+    size_t passed_first = 0;                  /* whose first such run passed */
     size_t passed_first_by_retry = 0;         /* of these, only because a step was tried again */
-    size_t passed_last = 0;                   /* whose last judged run passed */
+    size_t passed_last = 0;                   /* whose last such run passed */
     std::vector<failure_reason> reasons = {}; /* the most frequent first */
-    std::vector<double> seconds = {};         /* of the judged runs, in ascending order */
+    std::vector<double> seconds = {};         /* of whole runs that ended PASS or FAIL, in ascending order */
     std::vector<std::string> skipped = {};    /* folders that hold no readable run */
 };
 

@@ -41,7 +41,7 @@ static std::string results_text(const history &runs)
 static std::string yield_text(const history &runs)
 {
     if (runs.judged_units == 0)
-        return "First-pass yield  -  no run ended PASS or FAIL\n";
+        return "First-pass yield  -  no run of a whole plan came to a verdict\n";
     const auto line = [&](const char *name, size_t passed) {
         return fmt::format("{:<17} {:5.1f} %  {} of {}", name, percent(passed, runs.judged_units), passed,
                            counted(runs.judged_units, "unit"));
@@ -49,7 +49,16 @@ static std::string yield_text(const history &runs)
     std::string first = line("First-pass yield", runs.passed_first);
     if (runs.passed_first_by_retry > 0)
         first += fmt::format(", {} only by trying a step again", runs.passed_first_by_retry);
-    return first + "\n" + line("After all runs", runs.passed_last) + "\n";
+    return first + fmt::format("\n{:17} first run of each unit that came to a verdict\n", "") +
+           line("After all runs", runs.passed_last) + "\n";
+}
+
+static std::string partial_text(const history &runs)
+{
+    return runs.partial == 0
+               ? ""
+               : fmt::format("Partial runs      {}, with steps left out, which say nothing of the yield\n",
+                             runs.partial);
 }
 
 static std::string times_text(const history &runs)
@@ -91,7 +100,7 @@ std::string history_text(const history &runs)
     if (runs.runs == 0)
         return "No runs\n" + skipped_text(runs);
     return fmt::format("{} of {}: {}\n\n", counted(runs.runs, "run"), counted(runs.units, "unit"), results_text(runs)) +
-           yield_text(runs) + times_text(runs) + reasons_text(runs) + skipped_text(runs);
+           yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs) + skipped_text(runs);
 }
 
 static ordered_json yield_json(size_t passed, size_t judged)
@@ -101,7 +110,7 @@ static ordered_json yield_json(size_t passed, size_t judged)
 
 std::string history_json(const history &runs)
 {
-    ordered_json object{{"runs", runs.runs}, {"units", runs.units}};
+    ordered_json object{{"runs", runs.runs}, {"units", runs.units}, {"partial", runs.partial}};
     for (size_t i = 0; i < runs.by_result.size(); i++)
         object["results"][word_of(static_cast<journal::run_result>(i))] = runs.by_result[i];
     if (runs.judged_units > 0) {

@@ -25,10 +25,14 @@ struct look {
     const char *style, *mark, *meaning;
 };
 constexpr look looks[] = {
-    {verdict::fail, "fail", "FAIL", "failed"},        {verdict::error, "error", "ERR", "no verdict"},
-    {verdict::unfinished, "error", "CUT", "cut off"}, {verdict::not_tested, "gray", "N/T", "not tested"},
-    {verdict::not_run, "gray", "N/R", "not run"},     {verdict::retried, "warn", "RETRY", "failed, then tried again"},
-    {verdict::unjudged, "blue", "N/J", "not judged"}, {verdict::pass, "pass", "PASS", "passed"},
+    {verdict::fail, "fail", "FAIL", "failed"},
+    {verdict::error, "error", "ERR", "no verdict"},
+    {verdict::unfinished, "error", "CUT", "cut off"},
+    {verdict::not_tested, "gray", "N/T", "not tested"},
+    {verdict::not_run, "gray", "N/R", "not run or not finished"},
+    {verdict::retried, "warn", "RETRY", "failed, then tried again"},
+    {verdict::unjudged, "blue", "N/J", "not judged"},
+    {verdict::pass, "pass", "PASS", "passed"},
     {verdict::none, "none", "–", "in no test"},
 };
 
@@ -229,13 +233,32 @@ static data step_data(const journal::attempt &tried)
                    {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
 }
 
-/* Under the result, in one line. */
-static std::string headline(const journal::run_record &run, size_t failed)
+/* "11 of 13 steps passed, 2 not judged": what the last attempts at the steps came to. */
+static std::string step_counts(const journal::run_record &run)
+{
+    const auto steps = static_cast<size_t>(std::ranges::count_if(run.attempts, &journal::attempt::is_last));
+    const auto count = [&](verdict judged) {
+        return static_cast<size_t>(std::ranges::count_if(
+            run.attempts, [&](const journal::attempt &tried) { return tried.is_last && tried.judged == judged; }));
+    };
+    const size_t passed = count(verdict::pass);
+    if (steps == 0)
+        return "no step was run";
+    if (passed == steps)
+        return std::ranges::any_of(run.attempts, journal::passed_by_retry) ? "after steps were tried again"
+                                                                           : "every step passed";
+    std::string text = fmt::format("{} of {} passed", passed, counted(steps, "step"));
+    for (const look &shown : looks)
+        if (const size_t others = count(shown.judged); others > 0 && shown.judged != verdict::pass)
+            text += fmt::format(", {} {}", others, shown.meaning);
+    return text;
+}
+
+static std::string outcome_text(const journal::run_record &run, size_t failed)
 {
     switch (run.result) {
     case journal::run_result::pass:
-        return std::ranges::any_of(run.attempts, journal::passed_by_retry) ? "after steps were tried again"
-                                                                           : "every step passed";
+        return step_counts(run);
     case journal::run_result::fail:
         return counted(failed, "failed check");
     case journal::run_result::error:
@@ -246,6 +269,15 @@ static std::string headline(const journal::run_record &run, size_t failed)
         break;
     }
     return "the run was cut off; no pass";
+}
+
+/* Under the result. */
+static std::string headline(const journal::run_record &run, size_t failed)
+{
+    const std::string omission = omission_text(run);
+    if (run.result == journal::run_result::pass && !omission.empty())
+        return omission;
+    return outcome_text(run, failed) + (omission.empty() ? "" : "; " + omission);
 }
 
 static data page_of(const journal::run_record &run)

@@ -83,7 +83,7 @@ void suite::add(const std::string &class_name, const std::string &name, verdict 
     if (element == nullptr)
         return;
     const bool is_plain = judged == verdict::fail || judged == verdict::error;
-    const std::string said = sentence.empty() ? "No reason is given." : sentence;
+    const std::string said = sentence.empty() ? no_reason : sentence;
     const std::string shown = is_plain ? said : fmt::format("{}: {}", word_of(judged), said);
     auto reason = node.append_child(element);
     reason.append_attribute("message") = shown.c_str();
@@ -123,11 +123,11 @@ static void add_attempt(suite &cases, const journal::attempt &tried)
 static void add_end(suite &cases, run_result result)
 {
     if (result == run_result::incomplete)
-        cases.add("run", "end", verdict::error, "The journal has no end: the run was cut off. It is no pass.");
+        cases.add("run", "end", verdict::error, no_end);
     else if (result == run_result::error && cases.errors == 0)
         cases.add("run", "end", verdict::error, "The run ended with an error that no step explains.");
     else if (result == run_result::fail && cases.failures == 0)
-        cases.add("run", "end", verdict::fail, "The run failed, but its journal does not say why.");
+        cases.add("run", "end", verdict::fail, unexplained_failure);
     else if (result == run_result::skip)
         cases.add("run", "end", verdict::not_run, "The run was given up, or nothing in it was judged.");
     else if (cases.tests == 0)

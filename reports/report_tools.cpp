@@ -34,15 +34,19 @@ static int code_of(journal::run_result result)
 int report_tool(const std::filesystem::path &run_dir, bool colour)
 try {
     const journal::run_record run = journal::read_run(run_dir);
-    write_reports(run_dir, run);
+    try {
+        write_reports(run_dir, run);
+    } catch (const std::system_error &why) {
+        print(verdict_text(run, colour));
+        std::fflush(stdout);
+        text::say(why.what());
+        return not_saved;
+    }
     print(verdict_text(run, run_dir, colour));
     return code_of(run.result);
 } catch (const journal::no_journal &why) {
     text::say(why.what());
     return unreadable;
-} catch (const std::system_error &why) {
-    text::say(why.what());
-    return not_saved;
 }
 
 int check_tool(const std::filesystem::path &file)

@@ -11,7 +11,7 @@ namespace reports
 {
 
 /* Writes the reports of a run again and prints its verdict. Returns the exit code: 0 PASS, 1 FAIL, 2 no journal there,
- * 3 any other result, 4 a report could not be written. */
+ * 3 any other result, 4 a report could not be written; the verdict is printed none the less. */
 int report_tool(const std::filesystem::path &run_dir, bool colour);
 
 /* Prints what is wrong with a journal, a line each. 0 valid, 1 not valid, 2 it cannot be read. */

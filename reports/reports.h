@@ -20,6 +20,9 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
 /* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
 
+/* The same for a run whose report could not be written. */
+std::string verdict_text(const journal::run_record &run, bool colour);
+
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);
 std::string csv_text(const journal::run_record &run);

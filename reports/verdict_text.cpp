@@ -42,9 +42,12 @@ static std::string head_text(const journal::run_record &run, bool colour)
                                               {"", duration_text(seconds_between(run.start, run.end))},
                                               {"operator ", run.operator_name},
                                               {"station ", run.station}});
-    return "\n" + coloured(run.result, banner(word), colour) + "\n" + coloured(run.result, word, colour) + "  " +
-           text::wrapped(unit.empty() ? "serial unknown" : unit, indent) + "\n" + std::string(indent, ' ') +
-           text::wrapped(done, indent) + "\n";
+    std::string text = "\n" + coloured(run.result, banner(word), colour) + "\n" + coloured(run.result, word, colour) +
+                       "  " + text::wrapped(unit.empty() ? "serial unknown" : unit, indent) + "\n";
+    for (const std::string &line : {omission_text(run), done})
+        if (!line.empty())
+            text += std::string(indent, ' ') + text::wrapped(line, indent) + "\n";
+    return text;
 }
 
 /* Rows of a heading and a sentence beside it, or below it when the heading is long. */
@@ -77,7 +80,7 @@ static std::vector<row> failure_rows(const journal::run_record &run)
     for (const finding &one : failures_of(run))
         rows.push_back({one.where.name, fmt::format("{}, {}: {}", one.step, one.check, one.sentence)});
     if (rows.empty() && run.result == run_result::fail)
-        rows.push_back({"unit", "The run failed, but its journal does not say why."});
+        rows.push_back({"unit", unexplained_failure});
     return rows;
 }
 
@@ -101,15 +104,20 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
     return rows;
 }
 
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
+std::string verdict_text(const journal::run_record &run, bool colour)
 {
     const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
     const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::unfinished; };
     return head_text(run, colour) + rows_text("What failed:", failure_rows(run)) +
            rows_text("What the station could not do:", fault_rows(run)) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry)) +
-           rows_text("Steps that were not run:", step_rows(run, is_not_run)) +
-           rows_text("Steps that were cut off:", step_rows(run, is_unfinished)) +
+           rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run)) +
+           rows_text("Steps that were cut off:", step_rows(run, is_unfinished));
+}
+
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
+{
+    return verdict_text(run, colour) +
            "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
 }
 

@@ -8,6 +8,8 @@
 #include <fmt/chrono.h>
 #include <fstream>
 
+#include "journal/journal_text.h"
+
 using json = nlohmann::ordered_json;
 
 std::string port_id(int port)
@@ -20,7 +22,7 @@ static std::string timestamp(int64_t ms)
     return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(static_cast<time_t>(ms / 1000)), ms % 1000);
 }
 
-journal_builder::journal_builder(const std::string &serial, int ports, int hour)
+journal_builder::journal_builder(const std::string &serial, int ports, int hour, const json &choice)
     : now_ms(1795421702114 + hour * INT64_C(3600000)) /* 2026-11-23 */
 {
     json parts{{{"hardwareInfoId", "unit"}, {"name", "unit"}, {"serialNumber", serial}}};
@@ -29,12 +31,14 @@ journal_builder::journal_builder(const std::string &serial, int ports, int hour)
                          {"name", fmt::format("port {}", port)},
                          {"location", std::to_string(port)},
                          {"partType", ports > 12 && port > ports - 4 ? "SFP+" : "RJ45"}});
+    json parameters{{"plan", "plans/final.toml"}, {"stop_on_fail", false}, {"steps", 3}};
+    parameters.update(choice);
     add("schemaVersion", {{"major", 2}, {"minor", 0}});
     run({{"testRunStart",
           {{"name", "final"},
            {"version", "1.4"},
            {"commandLine", "facmsg-station run final.toml"},
-           {"parameters", {{"plan", "plans/final.toml"}, {"stop_on_fail", false}, {"steps", 3}}},
+           {"parameters", parameters},
            {"dutInfo", {{"dutInfoId", "unit"}, {"name", "SW-28P"}, {"hardwareInfos", parts}}},
            {"metadata", {{"operator", "0042"}, {"station", "FT-03"}, {"run_id", "7c1e"}}}}}});
 }
@@ -119,6 +123,11 @@ journal_builder &journal_builder::end(const std::string &status, const std::stri
     return run({{"testRunEnd", {{"status", status}, {"result", result}}}});
 }
 
+journal_builder &journal_builder::leave_out(const std::string &name)
+{
+    return begin(name).note("The operator left the step out.").end_step("SKIP");
+}
+
 journal_builder &journal_builder::wait(double seconds)
 {
     now_ms += static_cast<int64_t>(seconds * 1000);
@@ -133,6 +142,6 @@ std::string journal_builder::text() const
 std::filesystem::path journal_builder::save(const std::filesystem::path &folder) const
 {
     std::filesystem::create_directories(folder);
-    std::ofstream(folder / "journal.jsonl") << lines;
+    std::ofstream(folder / journal::file_name) << lines;
     return folder;
 }

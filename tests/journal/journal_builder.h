@@ -16,7 +16,8 @@ class journal_builder
 
     /* Begins with the version and the run's start, some hours later than other runs. The last four of more than twelve
      * ports are "SFP+". */
-    explicit journal_builder(const std::string &serial = "SW28-0042", int ports = 4, int hour = 0);
+    explicit journal_builder(const std::string &serial = "SW28-0042", int ports = 4, int hour = 0,
+                             const json &choice = json::object()); /* such as {"only": "poe"} */
 
     journal_builder &run(const json &artifact);
     journal_builder &step(const json &artifact); /* of the step that was begun last */
@@ -30,10 +31,11 @@ class journal_builder
     journal_builder &note(const std::string &message);
     journal_builder &end_step(const std::string &status = "COMPLETE");
     journal_builder &end(const std::string &status, const std::string &result);
+    journal_builder &leave_out(const std::string &name); /* a step that the operator did not choose */
     journal_builder &wait(double seconds);
 
     std::string text() const;
-    /* Writes journal.jsonl into the folder, which is made; returns the folder. */
+    /* Writes the journal into the folder, which is made; returns the folder. */
     std::filesystem::path save(const std::filesystem::path &folder) const;
 
   private:

@@ -101,6 +101,56 @@ TEST(RunRecord, APassThatTheStepsContradictIsAnError)
     EXPECT_EQ(folder.read(cut_off.text()).result, run_result::error);
 }
 
+/* The journal without the lines from one to another, which are counted from 1. */
+static std::string without_lines(const std::string &text, size_t first, size_t last)
+{
+    std::string left;
+    for (const journal::text_line &line : journal::lines_of(text))
+        if (line.number < first || line.number > last)
+            left += std::string(line.text) + "\n";
+    return left;
+}
+
+TEST(RunRecord, APassFromWhichLinesAreMissingIsAnError)
+{
+    const run_folder folder;
+    journal_builder journal;
+    journal.begin("poe").judge(1, "overload", "pass").whole("pass", "").begin("packet").whole("pass", "");
+    const std::string whole = journal.end("COMPLETE", "PASS").text();
+    const size_t count = journal::lines_of(whole).size();
+    ASSERT_EQ(folder.read(whole).result, run_result::pass);
+    for (size_t first = 2; first < count; first++)
+        for (size_t last = first; last < count; last++) {
+            const run_record run = folder.read(without_lines(whole, first, last));
+            EXPECT_EQ(run.result, run_result::error) << first << " to " << last;
+            EXPECT_EQ(run.errors.size(), 1U);
+        }
+    EXPECT_EQ(folder.read(without_lines(whole, 3, count - 1)).errors.at(0).message,
+              "The journal ends with PASS, but is not valid: line 3: sequenceNumber is 11; expected 2.");
+    EXPECT_EQ(folder.read(whole + "{").result, run_result::error); /* something was written after the end */
+}
+
+TEST(RunRecord, LinesThatFailedCannotBeTakenOutForAPass)
+{
+    const run_folder folder;
+    journal_builder journal;
+    journal.begin("poe").judge(1, "overload", "pass").judge(2, "overload", "fail", "kept its power");
+    const std::string whole = journal.whole("fail", "1 port").end("COMPLETE", "PASS").text();
+    EXPECT_EQ(folder.read(without_lines(whole, 6, 7)).errors.at(0).message,
+              "The journal ends with PASS, but is not valid: line 6: sequenceNumber is 7; expected 5.");
+    const std::string failed = journal_builder().begin("poe").whole("fail", "").end("COMPLETE", "FAIL").text();
+    EXPECT_EQ(folder.read(without_lines(failed, 3, 3)).result, run_result::fail);
+}
+
+TEST(RunRecord, ARunIsPartialWhenTheOperatorChoseSteps)
+{
+    const run_folder folder;
+    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"only", "poe"}}).text()).partial);
+    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"skip", "poe"}}).text()).partial);
+    EXPECT_FALSE(folder.read(journal_builder("A", 4, 0, {{"skip", ""}}).text()).partial);
+    EXPECT_FALSE(folder.read(journal_builder().text()).partial);
+}
+
 TEST(RunRecord, ReadsJournalsOfOtherPrograms)
 {
     const run_record run = run_folder().read(journal::read_text(FOREIGN_JOURNAL));

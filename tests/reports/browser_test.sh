@@ -33,7 +33,6 @@ picture() { # SAMPLE NAME OPTION...
 
 check_page() { # SAMPLE PORTS
     local run=$folder/runs/$1
-    xmllint --noout "$run/junit.xml" || fail "$1: junit.xml"
     ! grep -Eqi '<script|<link|<iframe|<object|<img|url\(|@import|(src|href)=' "$run/report.html" || fail "$1: not self-contained"
     browse --dump-dom "file://$run/report.html" >"$folder/dom"
     local port
@@ -42,11 +41,21 @@ check_page() { # SAMPLE PORTS
     done
 }
 
+samples=0
+for run in "$folder"/runs/*/; do
+    xmllint --noout "$run/junit.xml" || fail "$run: junit.xml"
+    samples=$((samples + 1))
+done
+[ "$samples" -ge 9 ] || fail "only $samples samples were written"
+
 check_page pass-28 28
 check_page fail-28 28
 check_page fail-52 52
 check_page pass-256 256
 check_page incomplete 28
+check_page error 28
+check_page skipped 28
+check_page partial 28
 check_page hostile 4
 grep -q '<td class="name">port 1</td><td>&lt;script&gt;' "$folder/dom" || fail "hostile: the text is not shown as it is"
 

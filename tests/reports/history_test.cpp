@@ -11,9 +11,9 @@
 
 /* A run of one step on a unit, at so many hours after the first. */
 static void add_run(const run_folders &folder, const std::string &serial, int hour, const std::string &outcome,
-                    double seconds = 10)
+                    double seconds = 10, const nlohmann::ordered_json &choice = nlohmann::ordered_json::object())
 {
-    journal_builder journal(serial, 4, hour);
+    journal_builder journal(serial, 4, hour, choice);
     if (outcome == "retry")
         journal.begin("poe", 1, 2).judge(2, "overload", "fail-retried", "once").whole("fail-retried", "");
     journal.begin("poe", outcome == "retry" ? 2 : 1, 2).wait(seconds);
@@ -62,12 +62,61 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
     for (const char *part :
          {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 ERROR, 1 INCOMPLETE\n",
           "First-pass yield   75.0 %  3 of 4 units, 1 only by trying a step again\n",
+          "\n                  first run of each unit that came to a verdict\n",
           "After all runs     75.0 %  3 of 4 units\n", "shortest 10 s, median 10 s, longest 40 s\n",
           "    2  poe, overload\n       such as port 1: kept its power\n", "1 folder not a run: no run\n"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
     const auto object = nlohmann::json::parse(reports::history_json(runs));
     EXPECT_EQ(object["first_pass"], (nlohmann::json{{"passed", 3}, {"of", 4}, {"percent", 75.0}, {"by_retry", 1}}));
     EXPECT_EQ(object["failures"][0]["check"], "overload");
+}
+
+/* A run that failed a port before it was given up, cut off, or ended by an error. */
+static void add_broken_failure(const run_folders &folder, const std::string &serial, int hour,
+                               const std::string &status)
+{
+    journal_builder journal(serial, 4, hour);
+    journal.begin("poe").judge(1, "overload", "fail", "kept its power");
+    if (!status.empty())
+        journal.end_step(status).end(status, "NOT_APPLICABLE");
+    journal.save(folder.path / fmt::format("{:03}-{}", 100 - hour, serial));
+}
+
+TEST(History, AFailureStaysOneWhateverEndsTheRun)
+{
+    const run_folders folder;
+    add_broken_failure(folder, "A", 0, "SKIP");
+    add_broken_failure(folder, "B", 1, "ERROR");
+    add_broken_failure(folder, "C", 2, "");
+    add_run(folder, "D", 3, "error"); /* failed nothing: says nothing */
+    for (const char *serial : {"A", "B", "C", "D"})
+        add_run(folder, serial, 4, "pass");
+    const auto runs = reports::read_history(folder.path);
+    EXPECT_EQ(runs.judged_units, 4U);
+    EXPECT_EQ(runs.passed_first, 1U);
+    EXPECT_EQ(runs.passed_last, 4U);
+    EXPECT_EQ(runs.seconds.size(), 4U);
+}
+
+TEST(History, PartialRunsAreNoFirstAndNoLastRun)
+{
+    const run_folders folder;
+    const nlohmann::ordered_json only{{"only", "poe"}}, skip{{"skip", "packet"}};
+    add_run(folder, "A", 0, "fail", 10, only);
+    add_run(folder, "A", 1, "pass");
+    add_run(folder, "B", 2, "fail");
+    add_run(folder, "B", 3, "pass", 1, skip);
+    add_run(folder, "C", 4, "pass", 10, only);
+    const auto runs = reports::read_history(folder.path);
+    EXPECT_EQ(runs.runs, 5U);
+    EXPECT_EQ(runs.units, 3U);
+    EXPECT_EQ(runs.partial, 3U);
+    EXPECT_EQ(runs.judged_units, 2U);
+    EXPECT_EQ(runs.passed_first, 1U);
+    EXPECT_EQ(runs.passed_last, 1U);
+    EXPECT_EQ(runs.seconds.size(), 2U);
+    EXPECT_NE(reports::history_text(runs).find("\nPartial runs      3, "), std::string::npos);
+    EXPECT_EQ(nlohmann::json::parse(reports::history_json(runs))["partial"], 3);
 }
 
 TEST(History, SaysWhenThereIsNothingToCount)

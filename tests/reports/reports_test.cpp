@@ -12,6 +12,7 @@
 
 #include "journal/journal_text.h"
 #include "reports/findings.h"
+#include "reports/history.h"
 #include "reports/panel.h"
 #include "reports/report_tools.h"
 #include "reports/reports.h"
@@ -120,6 +121,9 @@ TEST(Verdict, SaysWhatFailedAndWhere)
         {erring_run(), {"\nERROR  ", "\n  poe  timeout: The service did not answer"}},
         {skipped_run(), {"\nSKIPPED  ", "\n  packet  The operator interrupted the run."}},
         {incomplete_run(), {"\nINCOMPLETE  ", "the run was cut off. It is no pass.", "\n  poe  The journal ends"}},
+        {partial_run(),
+         {"\nPASS  serial SW28-0046, SW-28P\n      of 3 steps only 1 was run: this is not the whole plan\n",
+          "not run or not finished:\n  broadcast  The operator left the step out.\n  poe "}},
         {hostile_run(), {"[31mred ]]> & \"quoted\", line end"}},
     };
     for (const auto &run : runs) {
@@ -133,7 +137,60 @@ TEST(Verdict, SaysWhatFailedAndWhere)
             EXPECT_LE(line.size(), 80U) << line;
     }
     EXPECT_EQ(verdict_of(passing_run()).find("failed"), std::string::npos);
+    EXPECT_EQ(verdict_of(passing_run()).find("plan\n"), std::string::npos);
     EXPECT_NE(verdict_of(failing_run(), true).find("\033[1;31mFAIL\033[0m"), std::string::npos);
+}
+
+/* What stands under the result. */
+static std::string headline_of(const journal_builder &journal)
+{
+    const std::string page = reports::html_text(record_of(journal));
+    const std::string before = "</b><span>";
+    const size_t begin = page.find(before) + before.size();
+    return page.substr(begin, page.find("</span>", begin) - begin);
+}
+
+TEST(Html, SaysThatEveryStepPassedOnlyWhenItDid)
+{
+    journal_builder unjudged, retried, empty, partial("A", 4, 0, {{"skip", "packet,poe"}});
+    unjudged.begin("poe").whole("pass", "").begin("trace").whole("unknown", "").leave_out("packet");
+    retried.begin("poe", 1, 2).whole("fail-retried", "").begin("poe", 2, 2).whole("pass", "");
+    partial.begin("broadcast").judge(1, "link", "fail", "No link.").whole("fail", "").leave_out("packet");
+    const std::pair<journal_builder, const char *> runs[] = {
+        {passing_run(), "every step passed"},
+        {unjudged.end("COMPLETE", "PASS"), "1 of 3 steps passed, 1 not run or not finished, 1 not judged"},
+        {retried.end("COMPLETE", "PASS"), "after steps were tried again"},
+        {empty.end("COMPLETE", "PASS"), "no step was run"},
+        {partial_run(), "of 3 steps only 1 was run: this is not the whole plan"},
+        {partial.end("COMPLETE", "FAIL"), "1 failed check; of 2 steps only 1 was run: this is not the whole plan"},
+    };
+    for (const auto &[journal, expected] : runs)
+        EXPECT_EQ(headline_of(journal), expected);
+}
+
+TEST(Reports, NoneShowsADamagedPassAsAPass)
+{
+    const run_folders folder;
+    const auto run_dir = passing_run().save(folder.path / "run");
+    const std::string whole = journal::read_text(run_dir / journal::file_name);
+    const auto lines = journal::lines_of(whole);
+    std::ofstream(run_dir / journal::file_name) << lines[0].text << "\n"
+                                                << lines[1].text << "\n"
+                                                << lines.back().text << "\n";
+    const journal::run_record run = journal::read_run(run_dir);
+    const std::string sentence = "The journal ends with PASS, but is not valid: line 3: sequenceNumber is ";
+    const auto plain = [](std::string shown) {
+        for (size_t at = 0; (at = shown.find("\n  ", at)) != std::string::npos;)
+            shown.replace(at, shown.find_first_not_of(" \n", at) - at, " ");
+        return shown;
+    };
+    const std::string verdict = reports::verdict_text(run, run_dir, false);
+    EXPECT_NE(verdict.find("\nERROR  "), std::string::npos);
+    EXPECT_NE(plain(verdict).find(sentence), std::string::npos) << verdict;
+    EXPECT_NE(reports::junit_text(run).find(sentence), std::string::npos);
+    EXPECT_NE(reports::html_text(run).find(sentence), std::string::npos);
+    EXPECT_EQ(reports::read_history(folder.path).passed_first, 0U);
+    EXPECT_EQ(reports::report_tool(run_dir, false), 3);
 }
 
 TEST(Findings, APortShowsItsWorstVerdict)
@@ -189,18 +246,22 @@ TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(folder.path / "run"))
         names.insert(entry.path().filename());
-    EXPECT_EQ(names, (std::set<std::string>{"journal.jsonl", "junit.xml", "report.html", "results.csv"}));
+    EXPECT_EQ(names, (std::set<std::string>{journal::file_name, "junit.xml", "report.html", "results.csv"}));
     EXPECT_EQ(reports::report_tool(folder.path, false), 2);
     std::filesystem::remove(folder.path / "run" / "report.html");
     std::filesystem::create_directories(folder.path / "run" / "report.html" / "in the way");
+    testing::internal::CaptureStdout();
     EXPECT_EQ(reports::report_tool(folder.path / "run", false), 4);
+    const std::string shown = testing::internal::GetCapturedStdout();
+    EXPECT_NE(shown.find("\nINCOMPLETE  serial SW28-0045"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("Report:"), std::string::npos) << shown; /* what is there may be of another time */
     EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
 }
 
 TEST(CheckTool, PrintsOneLineForEachProblem)
 {
     const run_folders folder;
-    const auto file = failing_run().save(folder.path) / "journal.jsonl";
+    const auto file = failing_run().save(folder.path) / journal::file_name;
     testing::internal::CaptureStdout();
     EXPECT_EQ(reports::check_tool(file), 0);
     const std::string valid = testing::internal::GetCapturedStdout();

@@ -87,6 +87,13 @@ journal_builder incomplete_run(int ports)
     return journal.begin("poe").wait(3).measure(1, "pd_class", 4).judge(1, "overload", "pass");
 }
 
+journal_builder partial_run()
+{
+    journal_builder journal("SW28-0046", 28, 0, {{"only", "packet"}});
+    add_packet(journal, 28);
+    return journal.leave_out("broadcast").leave_out("poe").end("COMPLETE", "PASS");
+}
+
 journal_builder hostile_run()
 {
     journal_builder journal("=cmd|' /C calc'!A0", 4);

@@ -13,6 +13,8 @@ journal_builder failing_run(int ports = 28);
 journal_builder erring_run();
 journal_builder skipped_run();
 journal_builder incomplete_run(int ports = 28);
+/* The operator chose one of three steps. */
+journal_builder partial_run();
 /* Texts that attack the formats of the reports. */
 journal_builder hostile_run();
 

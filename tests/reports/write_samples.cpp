@@ -11,7 +11,7 @@ int main(int, char **arguments)
     const std::pair<const char *, journal_builder> samples[] = {
         {"pass-28", passing_run()},       {"fail-28", failing_run()}, {"fail-52", failing_run(52)},
         {"pass-256", passing_run(256)},   {"error", erring_run()},    {"skipped", skipped_run()},
-        {"incomplete", incomplete_run()}, {"hostile", hostile_run()},
+        {"incomplete", incomplete_run()}, {"hostile", hostile_run()}, {"partial", partial_run()},
     };
     for (const auto &[name, journal] : samples)
         if (reports::report_tool(journal.save(folder / name), false) > 3)
