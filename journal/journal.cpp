@@ -15,10 +15,10 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "journal_text.h"
+
 namespace journal
 {
-
-static constexpr const char *file_name = "journal.jsonl";
 
 static std::string reason_of(int error)
 {
