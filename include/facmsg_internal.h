@@ -65,7 +65,8 @@ template <class F> void *slot_address(F drv::*member)
 /* The payload of a request, as the record that its type says. */
 template <class Record> Record *payload_of(facmsg_request *request)
 {
-    static_assert(sizeof(Record) <= FACMSG_MAX_PAYLOAD && alignof(Record) <= alignof(facmsg_request));
+    static_assert(sizeof(Record) <= FACMSG_MAX_PAYLOAD);
+    static_assert(alignof(Record) <= sizeof(uint32_t));
     return reinterpret_cast<Record *>(request + 1);
 }
 
