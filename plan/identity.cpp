@@ -43,7 +43,7 @@ static std::string ask(const label &wanted)
 
 static std::string settle(const label &wanted, const std::string &given, bool may_ask)
 {
-    const std::string text = trimmed(given.empty() ? wanted.preset : given);
+    std::string text = trimmed(given.empty() ? wanted.preset : given);
     if (!text.empty() && !matches(wanted, text))
         throw station::usage_error(
             fmt::format("{}: found '{}', allowed: a text that matches {}", wanted.option, text, wanted.pattern));

@@ -274,7 +274,7 @@ static std::string outcome_text(const journal::run_record &run, size_t failed)
 /* Under the result. */
 static std::string headline(const journal::run_record &run, size_t failed)
 {
-    const std::string omission = omission_text(run);
+    std::string omission = omission_text(run);
     if (run.result == journal::run_result::pass && !omission.empty())
         return omission;
     return outcome_text(run, failed) + (omission.empty() ? "" : "; " + omission);
