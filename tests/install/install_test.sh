@@ -66,8 +66,8 @@ unpack_packages
 expect_control libfacmsg0 Depends "libc6 (>= "
 expect_control libfacmsg-dev Depends "libfacmsg0 (= "
 expect_control facmsg-tools Depends "libfacmsg0 (= " "libc6 (>= " "libstdc++6 (>= "
-dpkg-deb --ctrl-tarfile "$folder"/packages/libfacmsg0_*.deb | tar -t | grep -qx "./shlibs" ||
-    fail "libfacmsg0 does not tell other packages how to depend on it"
+control_files=$(dpkg-deb --ctrl-tarfile "$folder"/packages/libfacmsg0_*.deb | tar -t)
+grep -qx "./shlibs" <<<"$control_files" || fail "libfacmsg0 does not tell other packages how to depend on it"
 libraries=$(dirname "$(find "$root" -name libfacmsg.so)")
 example=$root/usr/share/doc/libfacmsg-dev/examples/minimal_host.c
 ! grep -rlF "$source" "$root" || fail "these files name the builder's folders"
