@@ -32,6 +32,7 @@ unpack_packages() {
         dpkg-deb --field "$package" Package Version Architecture Depends Description
         dpkg-deb --contents "$package"
         dpkg-deb --extract "$package" "$root"
+        [ -f "$root/usr/share/doc/$(dpkg-deb --field "$package" Package)/copyright" ] || fail "$package: no licence"
         [ -z "$(dpkg-deb --contents "$package" | grep -vE '^(drwxr-xr-x|-rw-r--r--|-rwxr-xr-x|lrwxrwxrwx) root/root ')" ] ||
             fail "$package: wrong permissions"
     done
