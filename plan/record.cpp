@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <random>
 
+#include "station/carry_out.h"
 #include "values.h"
 
 namespace plan
@@ -53,14 +54,27 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
             {"metadata", metadata}};
 }
 
+/* Whether a reply of any kind judges ports: of a step that has none, a reader knows by it what is missing. */
+static bool judges_ports(const step &asked)
+{
+    if (asked.row->transfer)
+        return false;
+    const station::outcome seen = station::rehearse(*asked.row, asked.sent);
+    return !seen.columns.empty() && (seen.judged != verdict::unjudged || !asked.limits.empty());
+}
+
 std::string begin_attempt(journal::writer &journal, const step &asked, int64_t attempt)
 {
-    return journal.step_start(asked.name, {{"request", asked.row->name},
-                                           {"options", asked.options},
-                                           {"attempt", attempt},
-                                           {"attempts", asked.attempts},
-                                           {"expected_s", asked.row->expected.typical_s},
-                                           {"timeout_s", asked.timeout_s}});
+    ordered_json content{{"request", asked.row->name},
+                         {"options", asked.options},
+                         {"attempt", attempt},
+                         {"attempts", asked.attempts},
+                         {"expected_s", asked.row->expected.typical_s},
+                         {"timeout_s", asked.timeout_s},
+                         {"judges_ports", judges_ports(asked)}};
+    if (!asked.covers.empty())
+        content["covers"] = asked.covers;
+    return journal.step_start(asked.name, content);
 }
 
 /* The limits of a value as its validators; null for a value without limits. */
