@@ -82,9 +82,10 @@ static void add(port_account &port, const attempt &tried, const observation *sai
         return;
     const bool covered = std::ranges::find(tried.covers, port.found.port.port) != tried.covers.end();
     const bool any = tried.covers.empty() && tried.judges_ports && !has_reply(tried);
-    if (judged == verdict::pass)
+    const bool named = judged == verdict::pass || judged == verdict::not_tested;
+    if (judged == verdict::pass && has_reply(tried))
         port.passed.push_back(tried.step);
-    else if (judged == verdict::not_tested || covered || any)
+    else if (named || covered || any)
         port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.judged});
 }
 
