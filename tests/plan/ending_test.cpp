@@ -75,7 +75,6 @@ static int take_request(const listener &service)
 
 TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
 {
-    const std::string skipped = "poe#1 the run was interrupted SKIP\nSKIP NOT_APPLICABLE";
     for (const int number : {SIGINT, SIGTERM})
         for (const bool answered : {true, false}) {
             const temporary_folder folder;
@@ -95,6 +94,9 @@ TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
             }
             EXPECT_EQ(wait_for(interrupted.pid), 128 + number);
             close(connection);
+            const std::string skipped =
+                std::string("poe#1 the run was interrupted SKIP\nThe run was interrupted by SIG") +
+                (number == SIGINT ? "INT" : "TERM") + ". SKIP NOT_APPLICABLE";
             EXPECT_EQ(only_story(folder.path),
                       (answered ? "factory-mode#1 COMPLETE\n"
                                 : "factory-mode#1 no reply was waited for any longer: the run was interrupted SKIP\n") +
