@@ -165,15 +165,9 @@ options parse_options(int argc, const char *const *argv)
 
 static std::vector<std::string> board_names(const std::string &folder)
 {
-    std::vector<std::string> names;
-    std::error_code no_folder;
-    for (const auto &entry : fs::directory_iterator(folder, no_folder)) {
-        if (entry.path().extension() == ".toml")
-            names.push_back(entry.path().stem().string());
-    }
+    auto names = boards_in(folder);
     if (names.empty())
         throw usage_error(fmt::format("--boards-dir: found '{}', expected a folder with boards", folder));
-    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -190,10 +184,10 @@ std::string find_board(const options &options)
 }
 
 /* What is wrong with the board when it has none. */
-static std::string description_of(const fs::path &board)
+static std::string description_of(const fs::path &board, const std::string &boards_dir)
 {
     try {
-        return load_board(board.string()).description;
+        return load_board(board.string(), boards_dir).description;
     } catch (const text::file_error &error) {
         return error.what();
     }
@@ -202,7 +196,8 @@ static std::string description_of(const fs::path &board)
 void list_boards(const options &options)
 {
     for (const auto &name : board_names(options.boards_dir)) {
-        fmt::print("{:<18} {}\n", name, text::escaped(description_of(fs::path(options.boards_dir) / (name + ".toml"))));
+        const auto file = fs::path(options.boards_dir) / (name + ".toml");
+        fmt::print("{:<18} {}\n", name, text::escaped(description_of(file, options.boards_dir)));
     }
 }
 
