@@ -169,6 +169,11 @@ void writer::step_end(const std::string &step_id, step_status status)
     step_artifact(step_id, "testStepEnd", {{"status", word}});
 }
 
+void writer::run_error(const std::string &symptom, const std::string &message)
+{
+    write_line("testRunArtifact", {{"error", {{"symptom", symptom}, {"message", message}}}});
+}
+
 void writer::run_end(run_status status)
 {
     const bool complete = status == run_status::pass || status == run_status::fail;

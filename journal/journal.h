@@ -34,7 +34,7 @@ struct subject {
 
 enum class finding { pass, fail, unknown };
 enum class step_status { complete, error, skip };
-enum class run_status { pass, fail, error, skip }; /* error and skip have no result */
+enum class run_status { pass, fail, error, skip }; /* error and skip have no result; skip: see run_error */
 
 /* The journal of one run. Every function throws not_saved, and nothing is written after the first failure. */
 class writer
@@ -58,6 +58,8 @@ class writer
     void error(const std::string &step_id, const std::string &symptom, const std::string &message);
     void log(const std::string &step_id, const std::string &message);
     void step_end(const std::string &step_id, step_status status);
+    /* What went wrong outside of any step; "interrupted" is what ends a run before its plan. */
+    void run_error(const std::string &symptom, const std::string &message);
     /* Returns when the whole journal is on the disk. */
     void run_end(run_status status);
 

@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
 #include <system_error>
 
 #include "journal_check.h"
@@ -42,6 +44,8 @@ static std::string scalar_text(const json &value)
     return value.is_number() || value.is_boolean() ? value.dump() : text_of(value);
 }
 
+constexpr int most_port = 9999;
+
 static int64_t count_at(const json &object, const char *name, int64_t otherwise)
 {
     const json &value = member(object, name);
@@ -63,6 +67,16 @@ static int port_number(const std::string &location)
     return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
 }
 
+/* A list with commas between the names. */
+static std::vector<std::string> names_in(const std::string &list)
+{
+    std::vector<std::string> names;
+    std::istringstream items(list);
+    for (std::string name; std::getline(items, name, ',');)
+        names.push_back(name);
+    return names;
+}
+
 namespace
 {
 
@@ -78,6 +92,7 @@ class reader
     static const std::map<std::string, step_handler, std::less<>> step_handlers;
 
     void run_start(const json &start);
+    void run_error(const fault &wrong);
     void hardware(const json &info);
     void run_artifact(const json &artifact);
     void step_artifact(const json &artifact);
@@ -92,11 +107,15 @@ class reader
     void end(attempt &, const json &);
     observation measured(const json &) const;
     place where(const json &) const;
+    bool is_chosen(const std::string &step) const;
+    run_result result_of_skip() const;
+    void mark_last();
     void find_contradiction();
 
     run_record &run;
     moment now = {};
-    bool ended = false;
+    bool ended = false, interrupted = false;
+    std::vector<std::string> only = {}, skipped = {}; /* names of steps that the operator chose, or left out */
     std::map<std::string, place, std::less<>> places = {};
     std::map<std::string, size_t, std::less<>> steps = {}; /* index of the attempt by its testStepId */
     std::map<std::string, observation, std::less<>> series = {};
@@ -133,7 +152,19 @@ void reader::run_artifact(const json &artifact)
         ended = true;
     }
     if (const json &wrong = member(artifact, "error"); wrong.is_object())
-        run.errors.push_back({text_at(wrong, "symptom"), text_at(wrong, "message")});
+        run_error({text_at(wrong, "symptom"), text_at(wrong, "message")});
+}
+
+void reader::run_error(const fault &wrong)
+{
+    static const std::regex signal("SIG[A-Z0-9]+");
+    if (wrong.symptom != "interrupted") {
+        run.errors.push_back(wrong);
+        return;
+    }
+    interrupted = true;
+    if (std::smatch named; std::regex_search(wrong.message, named, signal))
+        run.signal = named.str();
 }
 
 void reader::run_start(const json &begin)
@@ -144,7 +175,9 @@ void reader::run_start(const json &begin)
     run.plan = text_at(begin, "name");
     run.version = text_at(begin, "version");
     run.plan_file = text_at(parameters, "plan");
-    run.partial = !text_at(parameters, "only").empty() || !text_at(parameters, "skip").empty();
+    only = names_in(text_at(parameters, "only"));
+    skipped = names_in(text_at(parameters, "skip"));
+    run.partial = !only.empty() || !skipped.empty();
     run.product = text_at(unit, "name");
     run.operator_name = text_at(metadata, "operator");
     run.station = text_at(metadata, "station");
@@ -192,6 +225,11 @@ void reader::extension(attempt &step, const json &added)
     step.most = count_at(content, "attempts", 1);
     const json &expected = member(content, "expected_s");
     step.expected_s = expected.is_number() ? std::clamp(expected.get<double>(), 0.0, 1e6) : 0;
+    step.judges_ports = member(content, "judges_ports") != false;
+    if (const json &covers = member(content, "covers"); covers.is_array())
+        for (const json &port : covers)
+            if (port.is_number_unsigned() && port <= most_port)
+                step.covers.push_back(port.get<int>());
 }
 
 place reader::where(const json &content) const
@@ -264,6 +302,11 @@ void reader::log(attempt &step, const json &content)
     step.notes.push_back(text_at(content, "message"));
 }
 
+static bool is_pass(run_result result)
+{
+    return result == run_result::pass || result == run_result::partial;
+}
+
 /* The verdict of a step about which no line says one: that of its worst check. */
 static verdict worst_check(const attempt &step)
 {
@@ -280,13 +323,47 @@ void reader::end(attempt &step, const json &content)
     if (status == "SKIP")
         step.judged = verdict::not_run;
     else if (status != "COMPLETE")
-        step.judged = verdict::error;
-    else if (step.judged == verdict::unfinished)
+        step.judged = verdict::no_verdict;
+    else if (step.judged == verdict::incomplete)
         step.judged = worst_check(step);
-    if (step.judged == verdict::error && !step.errors.empty())
+    if (step.judged == verdict::no_verdict && !step.errors.empty())
         step.summary = step.errors.front().message;
     if (step.judged == verdict::not_run && !step.notes.empty())
         step.summary = step.notes.back();
+}
+
+bool reader::is_chosen(const std::string &step) const
+{
+    return (only.empty() || std::ranges::find(only, step) != only.end()) &&
+           std::ranges::find(skipped, step) == skipped.end();
+}
+
+/* A run ends with SKIP when it was interrupted, when what passed is a part of the plan, and when nothing was judged.
+ * Journals that do not say that they were interrupted tell it by steps that were chosen and not run, or that passed for
+ * nothing. */
+run_result reader::result_of_skip() const
+{
+    const auto has_last = [&](const auto &wanted) {
+        return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && wanted(step); });
+    };
+    const bool passed = has_last([](const attempt &step) { return step.judged == verdict::pass; });
+    const bool cut_short =
+        has_last([&](const attempt &step) { return step.judged == verdict::not_run && is_chosen(step.step); });
+    if (interrupted || cut_short || (passed && !run.partial))
+        return run_result::interrupted;
+    return passed ? run_result::partial : run_result::unjudged;
+}
+
+/* A step that is repeated counts its attempts from 1 again. */
+void reader::mark_last()
+{
+    std::map<std::string, attempt *, std::less<>> previous;
+    for (attempt &step : run.attempts) {
+        attempt *&before = previous[step.step];
+        if (before != nullptr)
+            before->is_last = step.number <= before->number;
+        before = &step;
+    }
 }
 
 /* A pass that the run's own steps contradict is none. */
@@ -295,27 +372,27 @@ void reader::find_contradiction()
     const auto wrong = std::ranges::find_if(run.attempts, [](const attempt &step) {
         return step.judged >= verdict::fail || worst_check(step) == verdict::fail;
     });
-    if (run.result != run_result::pass || wrong == run.attempts.end())
+    if (!is_pass(run.result) || wrong == run.attempts.end())
         return;
-    run.result = run_result::error;
     run.errors.push_back(
-        {"contradiction", fmt::format("The journal ends with PASS, but its step {} is {}.", wrong->step,
-                                      word_of(std::max(wrong->judged, worst_check(*wrong))))});
+        {"contradiction", fmt::format("The journal ends with {}, but its step {} is {}.", word_of(run.result),
+                                      wrong->step, word_of(std::max(wrong->judged, worst_check(*wrong))))});
+    run.result = run_result::no_verdict;
 }
 
 void reader::finish()
 {
-    std::map<std::string, int64_t, std::less<>> last;
-    for (const attempt &step : run.attempts)
-        last[step.step] = std::max(last[step.step], step.number);
-    for (attempt &step : run.attempts) {
+    for (attempt &step : run.attempts)
         if (step.end.text.empty()) {
-            step.judged = verdict::unfinished;
+            step.judged = verdict::incomplete;
             step.summary = "The journal ends during this step.";
         }
-        step.is_last = step.number == last[step.step];
-    }
+    mark_last();
     std::ranges::stable_sort(run.ports, {}, &place::port);
+    if (run.result == run_result::unjudged)
+        run.result = result_of_skip();
+    else if (run.result == run_result::pass && run.partial)
+        run.result = run_result::partial;
     find_contradiction();
 }
 
@@ -332,18 +409,21 @@ static json parsed(const text_line &line, const std::filesystem::path &file)
     return value;
 }
 
-/* Lines may have been lost or removed, and with them what failed. A failure is none the less one. */
+/* Lines may have been lost or removed, and with them what failed. A failure is none the less one. That a part of the
+ * plan ended as a pass of the whole, as it once did, is put right by calling it what it is. */
 static void refuse_damaged_pass(run_record &run, std::string_view text)
 {
-    if (run.result != run_result::pass)
+    if (!is_pass(run.result))
         return;
     const check_outcome found = check_journal(text);
-    if (found.problems.empty())
+    const auto first =
+        std::ranges::find_if(found.problems, [](const problem &one) { return one.sentence != partial_pass; });
+    if (first == found.problems.end())
         return;
-    const problem &first = found.problems.front();
-    run.result = run_result::error;
-    run.errors.push_back({"invalid-journal", fmt::format("The journal ends with PASS, but is not valid: line {}: {}.",
-                                                         first.line, text::printable(first.sentence))});
+    run.errors.push_back(
+        {"invalid-journal", fmt::format("The journal ends with {}, but is not valid: line {}: {}.", word_of(run.result),
+                                        first->line, text::printable(first->sentence))});
+    run.result = run_result::no_verdict;
 }
 
 run_record read_run(const std::filesystem::path &run_dir)

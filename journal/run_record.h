@@ -62,9 +62,11 @@ struct fault {
 struct attempt {
     std::string step = {}, request = {};
     int64_t number = 1, most = 1;
-    double expected_s = 0; /* 0: unknown */
+    double expected_s = 0;        /* 0: unknown */
+    std::vector<int> covers = {}; /* the ports that it has to judge; empty: whichever its reply names */
+    bool judges_ports = true;     /* false: it has no reply that could */
     moment start = {}, end = {};
-    verdict judged = verdict::unfinished;
+    verdict judged = verdict::incomplete;
     std::string summary = {};             /* the sentence on the whole, or why there is no verdict */
     std::vector<observation> checks = {}; /* in the journal's order, without the judgement on the whole */
     std::vector<fault> errors = {};
@@ -78,13 +80,14 @@ struct run_record {
     moment start = {}, end = {}; /* an incomplete run ends with its last line */
     run_result result = run_result::incomplete;
     bool partial = false;          /* the operator left steps of the plan out */
+    std::string signal = {};       /* that interrupted it, as SIGINT */
     std::vector<place> ports = {}; /* of the front panel */
     std::vector<attempt> attempts = {};
-    std::vector<fault> errors = {}; /* outside of any step */
+    std::vector<fault> errors = {}; /* outside of any step, but for the interruption */
 };
 
-/* Reads the journal in the run folder. A last line without its line end is ignored. A pass of a journal that is not
- * valid is an error. Throws no_journal. */
+/* Reads the journal in the run folder. A last line without its line end is ignored. A pass of a journal
+ * that is not valid is no verdict. Throws no_journal. */
 run_record read_run(const std::filesystem::path &run_dir);
 
 /* The time between, never negative although clocks are set; nothing when either is unknown. */

@@ -22,14 +22,14 @@ const char *word_of(verdict judged)
         return "NOT TESTED";
     case verdict::fail:
         return "FAIL";
-    case verdict::error:
-        return "ERROR";
-    case verdict::unfinished:
-        return "UNFINISHED";
+    case verdict::no_verdict:
+        return "NO VERDICT";
+    case verdict::incomplete:
+        return "INCOMPLETE";
     case verdict::none:
         break;
     }
-    return "NO TEST";
+    return "–";
 }
 
 const char *word_of(run_result result)
@@ -39,10 +39,14 @@ const char *word_of(run_result result)
         return "PASS";
     case run_result::fail:
         return "FAIL";
-    case run_result::error:
-        return "ERROR";
-    case run_result::skip:
-        return "SKIP";
+    case run_result::no_verdict:
+        return "NO VERDICT";
+    case run_result::interrupted:
+        return "INTERRUPTED";
+    case run_result::partial:
+        return "PARTIAL";
+    case run_result::unjudged:
+        return "NOT JUDGED";
     case run_result::incomplete:
         break;
     }
@@ -79,7 +83,7 @@ run_result read_result(std::string_view status, std::string_view result)
         return run_result::pass;
     if (status == "COMPLETE" && result == "FAIL")
         return run_result::fail;
-    return status == "SKIP" && result == "NOT_APPLICABLE" ? run_result::skip : run_result::error;
+    return status == "SKIP" && result == "NOT_APPLICABLE" ? run_result::unjudged : run_result::no_verdict;
 }
 
 } // namespace journal

@@ -5,6 +5,7 @@
 #ifndef JOURNAL_VERDICT_H
 #define JOURNAL_VERDICT_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -19,13 +20,22 @@ enum class verdict {
     not_run,
     not_tested,
     fail,
-    error,     /* the station could not come to a verdict */
-    unfinished /* the journal ends within the attempt */
+    no_verdict, /* the station or the service could not come to a verdict */
+    incomplete  /* the journal ends within the attempt */
 };
 
-enum class run_result { pass, fail, error, skip, incomplete };
+enum class run_result {
+    pass,
+    fail,
+    no_verdict,
+    interrupted, /* ended by a signal */
+    partial,     /* every step that was chosen passed, but that is not the whole plan */
+    unjudged,    /* nothing in it was judged */
+    incomplete   /* the journal has no end */
+};
+constexpr size_t run_results = 7;
 
-/* In capitals: PASS, NOT TESTED; SKIP, INCOMPLETE. */
+/* In capitals: PASS, NOT TESTED; INTERRUPTED. The one word that every report and program has for it. */
 const char *word_of(verdict judged);
 const char *word_of(run_result result);
 
@@ -36,7 +46,8 @@ struct diagnosis_name {
 };
 diagnosis_name read_diagnosis(std::string_view name, std::string_view type);
 
-/* The result of a run by its end line. A pair that means nothing is an error, never a pass. */
+/* The result of a run by its end line alone, which has one for all that is unjudged, partial or interrupted: unjudged.
+ * A pair that means nothing is no verdict, never a pass. */
 run_result read_result(std::string_view status, std::string_view result);
 
 } // namespace journal

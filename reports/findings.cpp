@@ -47,7 +47,7 @@ std::vector<finding> faults_of(const journal::run_record &run)
     for (const journal::attempt &tried : run.attempts) {
         for (const journal::fault &wrong : tried.errors)
             faults.push_back(fault_of(tried.step, wrong));
-        if (tried.errors.empty() && tried.judged == verdict::error)
+        if (tried.errors.empty() && tried.judged == verdict::no_verdict)
             faults.push_back(fault_of(tried.step, {"no-verdict", tried.summary}));
     }
     if (run.result == journal::run_result::incomplete)
@@ -82,30 +82,6 @@ std::vector<port_finding> ports_of(const journal::run_record &run)
         if (port.judged == verdict::pass)
             port.sentence = "Passed every check.";
     return ports;
-}
-
-/* A step counts by its first attempt: whoever interrupts a later one has had the step run. */
-std::string omission_text(const journal::run_record &run)
-{
-    const auto is_first = [](const journal::attempt &tried) { return tried.number == 1; };
-    const auto is_run = [&](const journal::attempt &tried) {
-        return is_first(tried) && tried.judged != verdict::not_run;
-    };
-    const auto steps = std::ranges::count_if(run.attempts, is_first),
-               done = std::ranges::count_if(run.attempts, is_run);
-    if (!run.partial)
-        return "";
-    if (done == steps)
-        return "steps were left out: this is not the whole plan";
-    return fmt::format("of {} only {} run: this is not the whole plan", counted(static_cast<size_t>(steps), "step"),
-                       done == 0   ? "none was"
-                       : done == 1 ? "1 was"
-                                   : fmt::format("{} were", done));
-}
-
-std::string result_word(journal::run_result result)
-{
-    return result == journal::run_result::skip ? "SKIPPED" : word_of(result);
 }
 
 std::string duration_text(std::optional<double> seconds)

@@ -38,11 +38,6 @@ struct port_finding {
 /* One for each port of the front panel. */
 std::vector<port_finding> ports_of(const journal::run_record &run);
 
-/* That steps were left out, and how many were run; empty for a run of the whole plan. */
-std::string omission_text(const journal::run_record &run);
-
-/* "PASS", "SKIPPED" and so on: the result in a word for people. */
-std::string result_word(journal::run_result result);
 /* "2 min 14 s"; "-" when unknown. */
 std::string duration_text(std::optional<double> seconds);
 /* "2026-11-23 08:15:02 UTC"; what the journal says when that is no time. */

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "journal/verdict.h"
+
 namespace reports
 {
 
@@ -26,16 +28,16 @@ struct failure_reason {
  */
 struct history {
     size_t runs = 0;
-    size_t units = 0;                         /* serial numbers */
-    std::array<size_t, 5> by_result = {};     /* indexed by journal::run_result */
-    size_t partial = 0;                       /* runs */
-    size_t judged_units = 0;                  /* with a run that came to a verdict */
-    size_t passed_first = 0;                  /* whose first such run passed */
-    size_t passed_first_by_retry = 0;         /* of these, only because a step was tried again */
-    size_t passed_last = 0;                   /* whose last such run passed */
-    std::vector<failure_reason> reasons = {}; /* the most frequent first */
-    std::vector<double> seconds = {};         /* of whole runs that ended PASS or FAIL, in ascending order */
-    std::vector<std::string> skipped = {};    /* folders that hold no readable run */
+    size_t units = 0;                                        /* serial numbers */
+    std::array<size_t, journal::run_results> by_result = {}; /* indexed by journal::run_result */
+    size_t partial = 0;                                      /* runs */
+    size_t judged_units = 0;                                 /* with a run that came to a verdict */
+    size_t passed_first = 0;                                 /* whose first such run passed */
+    size_t passed_first_by_retry = 0;                        /* of these, only because a step was tried again */
+    size_t passed_last = 0;                                  /* whose last such run passed */
+    std::vector<failure_reason> reasons = {};                /* the most frequent first */
+    std::vector<double> seconds = {};      /* of whole runs that ended PASS or FAIL, in ascending order */
+    std::vector<std::string> skipped = {}; /* folders that hold no readable run */
 };
 
 /* Reads all run folders in the directory. Throws std::filesystem::filesystem_error when it cannot be listed. */

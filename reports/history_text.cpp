@@ -34,7 +34,7 @@ static std::string results_text(const history &runs)
     for (size_t i = 0; i < runs.by_result.size(); i++)
         if (runs.by_result[i] > 0)
             text += fmt::format("{}{} {}", text.empty() ? "" : ", ", runs.by_result[i],
-                                result_word(static_cast<journal::run_result>(i)));
+                                word_of(static_cast<journal::run_result>(i)));
     return text;
 }
 

@@ -7,6 +7,7 @@
 #include <kainjow/mustache.hpp>
 #include <stdexcept>
 
+#include "ending.h"
 #include "findings.h"
 #include "panel.h"
 #include "report_template.h"
@@ -26,8 +27,8 @@ struct look {
 };
 constexpr look looks[] = {
     {verdict::fail, "fail", "FAIL", "failed"},
-    {verdict::error, "error", "ERR", "no verdict"},
-    {verdict::unfinished, "error", "CUT", "cut off"},
+    {verdict::no_verdict, "error", "ERR", "no verdict"},
+    {verdict::incomplete, "error", "CUT", "cut off"},
     {verdict::not_tested, "gray", "N/T", "not tested"},
     {verdict::not_run, "gray", "N/R", "not run or not finished"},
     {verdict::retried, "warn", "RETRY", "failed, then tried again"},
@@ -48,9 +49,12 @@ static const char *style_of(journal::run_result result)
         return "pass";
     case journal::run_result::fail:
         return "fail";
-    case journal::run_result::skip:
+    case journal::run_result::unjudged:
         return "gray";
-    case journal::run_result::error:
+    case journal::run_result::partial:
+        return "warn";
+    case journal::run_result::no_verdict:
+    case journal::run_result::interrupted:
     case journal::run_result::incomplete:
         break;
     }
@@ -59,7 +63,7 @@ static const char *style_of(journal::run_result result)
 
 static bool is_bad(verdict judged)
 {
-    return judged == verdict::fail || judged == verdict::error || judged == verdict::unfinished;
+    return judged == verdict::fail || judged == verdict::no_verdict || judged == verdict::incomplete;
 }
 
 using members = std::vector<std::pair<const char *, data>>;
@@ -233,59 +237,12 @@ static data step_data(const journal::attempt &tried)
                    {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
 }
 
-/* "11 of 13 steps passed, 2 not judged": what the last attempts at the steps came to. */
-static std::string step_counts(const journal::run_record &run)
-{
-    const auto steps = static_cast<size_t>(std::ranges::count_if(run.attempts, &journal::attempt::is_last));
-    const auto count = [&](verdict judged) {
-        return static_cast<size_t>(std::ranges::count_if(
-            run.attempts, [&](const journal::attempt &tried) { return tried.is_last && tried.judged == judged; }));
-    };
-    const size_t passed = count(verdict::pass);
-    if (steps == 0)
-        return "no step was run";
-    if (passed == steps)
-        return std::ranges::any_of(run.attempts, journal::passed_by_retry) ? "after steps were tried again"
-                                                                           : "every step passed";
-    std::string text = fmt::format("{} of {} passed", passed, counted(steps, "step"));
-    for (const look &shown : looks)
-        if (const size_t others = count(shown.judged); others > 0 && shown.judged != verdict::pass)
-            text += fmt::format(", {} {}", others, shown.meaning);
-    return text;
-}
-
-static std::string outcome_text(const journal::run_record &run, size_t failed)
-{
-    switch (run.result) {
-    case journal::run_result::pass:
-        return step_counts(run);
-    case journal::run_result::fail:
-        return counted(failed, "failed check");
-    case journal::run_result::error:
-        return "no verdict on the unit";
-    case journal::run_result::skip:
-        return "given up, or nothing was judged";
-    case journal::run_result::incomplete:
-        break;
-    }
-    return "the run was cut off; no pass";
-}
-
-/* Under the result. */
-static std::string headline(const journal::run_record &run, size_t failed)
-{
-    std::string omission = omission_text(run);
-    if (run.result == journal::run_result::pass && !omission.empty())
-        return omission;
-    return outcome_text(run, failed) + (omission.empty() ? "" : "; " + omission);
-}
-
 static data page_of(const journal::run_record &run)
 {
     const std::vector<finding> failures = failures_of(run), faults = faults_of(run);
-    data page = object({{"result", result_word(run.result)},
+    data page = object({{"result", word_of(run.result)},
                         {"style", style_of(run.result)},
-                        {"headline", headline(run, failures.size())},
+                        {"headline", headline(run)},
                         {"serial", run.serial.empty() ? "unknown" : run.serial},
                         {"plan", run.plan},
                         {"facts", facts(run)},

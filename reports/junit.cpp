@@ -7,6 +7,7 @@
 #include <pugixml.hpp>
 #include <set>
 
+#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 
@@ -50,8 +51,8 @@ static const char *element_of(verdict judged)
         return nullptr;
     case verdict::fail:
         return "failure";
-    case verdict::error:
-    case verdict::unfinished:
+    case verdict::no_verdict:
+    case verdict::incomplete:
         return "error";
     case verdict::none:
     case verdict::unjudged:
@@ -82,7 +83,7 @@ void suite::add(const std::string &class_name, const std::string &name, verdict 
     const char *element = element_of(judged);
     if (element == nullptr)
         return;
-    const bool is_plain = judged == verdict::fail || judged == verdict::error;
+    const bool is_plain = judged == verdict::fail || judged == verdict::no_verdict;
     const std::string said = sentence.empty() ? no_reason : sentence;
     const std::string shown = is_plain ? said : fmt::format("{}: {}", word_of(judged), said);
     auto reason = node.append_child(element);
@@ -111,7 +112,7 @@ static std::string all_errors(const journal::attempt &tried)
 static void add_attempt(suite &cases, const journal::attempt &tried)
 {
     const std::string ending = tried.number == 1 ? "" : fmt::format(" (attempt {})", tried.number);
-    const bool is_error = tried.judged == verdict::error;
+    const bool is_error = tried.judged == verdict::no_verdict;
     cases.add(class_of(tried.step, {"unit", "unit"}), "step" + ending, tried.judged,
               is_error ? all_errors(tried) : tried.summary, seconds_between(tried.start, tried.end).value_or(0));
     for (const journal::observation &made : tried.checks)
@@ -120,16 +121,18 @@ static void add_attempt(suite &cases, const journal::attempt &tried)
 }
 
 /* No run may look better here than it ended, whatever its steps say. */
-static void add_end(suite &cases, run_result result)
+static void add_end(suite &cases, const journal::run_record &run)
 {
-    if (result == run_result::incomplete)
-        cases.add("run", "end", verdict::error, no_end);
-    else if (result == run_result::error && cases.errors == 0)
-        cases.add("run", "end", verdict::error, "The run ended with an error that no step explains.");
-    else if (result == run_result::fail && cases.failures == 0)
+    if (run.result == run_result::incomplete)
+        cases.add("run", "end", verdict::no_verdict, no_end);
+    else if (run.result == run_result::no_verdict && cases.errors == 0)
+        cases.add("run", "end", verdict::no_verdict, "The run ended with an error that no step explains.");
+    else if (run.result == run_result::fail && cases.failures == 0)
         cases.add("run", "end", verdict::fail, unexplained_failure);
-    else if (result == run_result::skip)
-        cases.add("run", "end", verdict::not_run, "The run was given up, or nothing in it was judged.");
+    else if (run.result == run_result::unjudged)
+        cases.add("run", "end", verdict::unjudged, "Nothing in the run was judged.");
+    else if (run.result == run_result::interrupted)
+        cases.add("run", "end", verdict::no_verdict, headline(run));
     else if (cases.tests == 0)
         cases.add("run", "end", verdict::not_run, "The run had no steps.");
 }
@@ -177,8 +180,8 @@ std::string junit_text(const journal::run_record &run)
     for (const journal::attempt &tried : run.attempts)
         add_attempt(cases, tried);
     for (const journal::fault &wrong : run.errors)
-        cases.add("run", wrong.symptom, verdict::error, wrong.message);
-    add_end(cases, run.result);
+        cases.add("run", wrong.symptom, verdict::no_verdict, wrong.message);
+    add_end(cases, run);
     add_counts(suites, cases, run);
     add_counts(node, cases, run);
     string_writer writer;

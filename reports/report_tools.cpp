@@ -19,16 +19,11 @@
 namespace reports
 {
 
-constexpr int passed = 0, failed = 1, invalid = 1, unreadable = 2, no_verdict = 3, not_saved = 4, nothing_run = 5;
+constexpr int passed = 0, invalid = 1, unreadable = 2, not_saved = 4, nothing_run = 5;
 
 static void print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
-}
-
-static int code_of(journal::run_result result)
-{
-    return result == journal::run_result::pass ? passed : result == journal::run_result::fail ? failed : no_verdict;
 }
 
 int report_tool(const std::filesystem::path &run_dir, bool colour)
@@ -43,7 +38,7 @@ try {
         return not_saved;
     }
     print(verdict_text(run, run_dir, colour));
-    return code_of(run.result);
+    return exit_code_of(run);
 } catch (const journal::no_journal &why) {
     text::say(why.what());
     return unreadable;

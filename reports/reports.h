@@ -23,6 +23,13 @@ std::string verdict_text(const journal::run_record &run, const std::filesystem::
 /* The same for a run whose report could not be written. */
 std::string verdict_text(const journal::run_record &run, bool colour);
 
+/* The code with which the program ends for a run: 0 PASS, 1 FAIL, 3 NO VERDICT and INCOMPLETE, 5 NOT JUDGED, 6 PARTIAL,
+ * 129, 130, 131 or 143 INTERRUPTED. */
+int exit_code_of(const journal::run_record &run);
+
+/* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps. */
+std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir);
+
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);
 std::string csv_text(const journal::run_record &run);

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "banner.h"
+#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 #include "text/printable.h"
@@ -35,7 +36,7 @@ static std::string joined_if_known(const std::vector<std::pair<const char *, std
 
 static std::string head_text(const journal::run_record &run, bool colour)
 {
-    const std::string word = result_word(run.result);
+    const std::string word = word_of(run.result);
     const size_t indent = word.size() + 2;
     const std::string unit = joined_if_known({{"serial ", run.serial}, {"", run.product}});
     const std::string done = joined_if_known({{"plan ", run.plan + (run.version.empty() ? "" : " " + run.version)},
@@ -44,7 +45,7 @@ static std::string head_text(const journal::run_record &run, bool colour)
                                               {"station ", run.station}});
     std::string text = "\n" + coloured(run.result, banner(word), colour) + "\n" + coloured(run.result, word, colour) +
                        "  " + text::wrapped(unit.empty() ? "serial unknown" : unit, indent) + "\n";
-    for (const std::string &line : {omission_text(run), done})
+    for (const std::string &line : {shortfall_text(run), done})
         if (!line.empty())
             text += std::string(indent, ' ') + text::wrapped(line, indent) + "\n";
     return text;
@@ -107,7 +108,7 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
 std::string verdict_text(const journal::run_record &run, bool colour)
 {
     const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
-    const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::unfinished; };
+    const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
     return head_text(run, colour) + rows_text("What failed:", failure_rows(run)) +
            rows_text("What the station could not do:", fault_rows(run)) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry)) +

@@ -80,8 +80,8 @@ TEST(RunRecord, TheResultIsThatOfTheLastLine)
         run_result expected;
     } const ends[] = {
         {"COMPLETE", "PASS", run_result::pass},         {"COMPLETE", "FAIL", run_result::fail},
-        {"ERROR", "NOT_APPLICABLE", run_result::error}, {"SKIP", "NOT_APPLICABLE", run_result::skip},
-        {"ERROR", "PASS", run_result::error},           {"COMPLETE", "NOT_APPLICABLE", run_result::error}};
+        {"ERROR", "NOT_APPLICABLE", run_result::no_verdict}, {"SKIP", "NOT_APPLICABLE", run_result::unjudged},
+        {"ERROR", "PASS", run_result::no_verdict},           {"COMPLETE", "NOT_APPLICABLE", run_result::no_verdict}};
     const run_folder folder;
     for (const auto &end : ends)
         EXPECT_EQ(folder.read(journal_builder().end(end.status, end.result).text()).result, end.expected)
@@ -98,7 +98,7 @@ TEST(RunRecord, APassThatTheStepsContradictIsAnError)
     failed.begin("poe").judge(1, "overload", "fail", "bad").whole("pass", "").end("COMPLETE", "PASS");
     cut_off.begin("poe").end("COMPLETE", "PASS");
     EXPECT_EQ(folder.read(failed.text()).errors.at(0).message, "The journal ends with PASS, but its step poe is FAIL.");
-    EXPECT_EQ(folder.read(cut_off.text()).result, run_result::error);
+    EXPECT_EQ(folder.read(cut_off.text()).result, run_result::no_verdict);
 }
 
 /* The journal without the lines from one to another, which are counted from 1. */
@@ -122,12 +122,12 @@ TEST(RunRecord, APassFromWhichLinesAreMissingIsAnError)
     for (size_t first = 2; first < count; first++)
         for (size_t last = first; last < count; last++) {
             const run_record run = folder.read(without_lines(whole, first, last));
-            EXPECT_EQ(run.result, run_result::error) << first << " to " << last;
+            EXPECT_EQ(run.result, run_result::no_verdict) << first << " to " << last;
             EXPECT_EQ(run.errors.size(), 1U);
         }
     EXPECT_EQ(folder.read(without_lines(whole, 3, count - 1)).errors.at(0).message,
               "The journal ends with PASS, but is not valid: line 3: sequenceNumber is 11; expected 2.");
-    EXPECT_EQ(folder.read(whole + "{").result, run_result::error); /* something was written after the end */
+    EXPECT_EQ(folder.read(whole + "{").result, run_result::no_verdict); /* something was written after the end */
 }
 
 TEST(RunRecord, LinesThatFailedCannotBeTakenOutForAPass)

@@ -48,7 +48,7 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
     const auto runs = reports::read_history(folder.path);
     EXPECT_EQ(runs.runs, 9U);
     EXPECT_EQ(runs.units, 5U);
-    EXPECT_EQ(runs.by_result, (std::array<size_t, 5>{4, 3, 1, 0, 1}));
+    EXPECT_EQ(runs.by_result, (std::array<size_t, journal::run_results>{4, 3, 1, 0, 0, 0, 1}));
     EXPECT_EQ(runs.judged_units, 4U);
     EXPECT_EQ(runs.passed_first, 3U);
     EXPECT_EQ(runs.passed_first_by_retry, 1U);
@@ -60,7 +60,7 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
 
     const std::string text = reports::history_text(runs);
     for (const char *part :
-         {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 ERROR, 1 INCOMPLETE\n",
+         {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 NO VERDICT, 1 INCOMPLETE\n",
           "First-pass yield   75.0 %  3 of 4 units, 1 only by trying a step again\n",
           "\n                  first run of each unit that came to a verdict\n",
           "After all runs     75.0 %  3 of 4 units\n", "shortest 10 s, median 10 s, longest 40 s\n",
