@@ -18,6 +18,7 @@
 #include "text/nearest.h"
 #include "text/say.h"
 #include "text/toml_reader.h"
+#include "text/version.h"
 
 namespace fs = std::filesystem;
 
@@ -101,7 +102,7 @@ static std::string default_boards_dir()
 
 static void refuse_unknown(const std::string &found, const std::vector<text_option> &options)
 {
-    std::vector<std::string_view> known = {"--help", "--list-boards", "--run-flow", "--quiet"};
+    std::vector<std::string_view> known = {"--help", "--version", "--list-boards", "--run-flow", "--quiet"};
     for (const auto &option : options)
         known.push_back(option.name);
     if (!found.starts_with("-"))
@@ -114,8 +115,8 @@ static void parse(CLI::App &app, int argc, const char *const *argv, const std::v
     app.allow_extras();
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp &help) {
-        throw early_exit{app.exit(help)};
+    } catch (const CLI::Success &done) { /* help or the version was asked for */
+        throw early_exit{app.exit(done)};
     } catch (const CLI::ParseError &error) {
         explain(error.what(), app, options);
     }
@@ -152,6 +153,7 @@ options parse_options(int argc, const char *const *argv)
     app.get_option("--drop-slot")
         ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
         ->take_last();
+    app.set_version_flag("--version", fmt::format("facmsg-simhost {}", text::version()), "Show the version and exit");
     app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit")->disable_flag_override();
     app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit")
         ->disable_flag_override();
