@@ -22,6 +22,7 @@ struct order {
     int64_t grace_s = 10;
     std::string directory; /* the service's */
     bool no_progress = false;
+    bool json = false; /* one object on stdout, and nothing else */
     std::string command_line;
 };
 

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "journal/verdict.h"
+#include "manual.h"
 #include "station/carry_out.h"
 #include "station/interruption.h"
 
@@ -57,14 +59,15 @@ void runner::give_up(const std::string &id, const step &asked, const station::no
             : why.what();
     if (symptom == "interrupted") {
         interrupted();
-        journal_.log(id, "no reply was waited for any longer: the run was interrupted");
+        journal_.log(id, asked.row != nullptr ? "no reply was waited for any longer: the run was interrupted"
+                                              : "the run was interrupted");
         journal_.step_end(id, journal::step_status::skip);
-        return console_.end("SKIP", sentence);
+        return console_.end(word_of(journal::verdict::not_run), sentence);
     }
     error_ = true;
     journal_.error(id, symptom, sentence);
     journal_.step_end(id, journal::step_status::error);
-    console_.end("ERROR", sentence);
+    console_.end(station::word_of(verdict::none), sentence);
     if (symptom != "no-verdict")
         over_ = "the service did not answer an earlier step";
 }
@@ -79,7 +82,8 @@ verdict runner::conclude(const std::string &id, const step &asked, int64_t attem
     error_ = error_ || error;
     judged_ = judged_ || (failed && !again_) || result.judged == verdict::pass;
     failed_ = failed_ || (failed && !again_);
-    console_.end(error ? "ERROR" : station::word_of(result.judged), error ? result.summary : "");
+    console_.end(again_ ? word_of(journal::verdict::retried) : station::word_of(result.judged),
+                 error || (failed && result.checks.empty()) ? result.summary : "", result.checks);
     return result.judged;
 }
 
@@ -98,7 +102,9 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
     };
     std::optional<station::outcome> unit;
     try {
-        unit = station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, tick);
+        unit = asked.row != nullptr ? station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, tick)
+                                    : carry_out_by_hand(
+                                          asked, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
     } catch (const station::no_reply &error) {
         give_up(id, asked, error);
     } catch (const std::exception &error) {

@@ -75,6 +75,7 @@ struct outcome {
     std::vector<port_outcome> ports = {};
     std::string text = {};               /* more lines for people, each with its line end */
     nlohmann::ordered_json members = {}; /* more members of the JSON object */
+    std::vector<check> checks = {};      /* on the unit as a whole */
 };
 
 const char *word_of(verdict judged);

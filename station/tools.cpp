@@ -54,7 +54,7 @@ static tool_run add_plan(CLI::App &sub)
            grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
         ->type_name("S");
     return [given](const settings &chosen) {
-        refuse_json(chosen, "plan", "whose record is the journal");
+        given->json = chosen.json;
         given->directory = chosen.directory;
         given->no_progress = chosen.no_progress;
         given->command_line = chosen.command_line;
