@@ -42,7 +42,8 @@ std::string expectation_text(std::span<const step *const> steps)
 }
 
 console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps, bool progress_wanted)
-    : steps_(steps), lively_(progress_wanted && isatty(STDERR_FILENO)), plain_(!lively_ || !isatty(STDOUT_FILENO))
+    : steps_(steps), lively_(progress_wanted && isatty(STDERR_FILENO)), plain_(!lively_ || !isatty(STDOUT_FILENO)),
+      others_("plan", progress_wanted)
 {
     print(fmt::format("{} {}: serial {}, {} steps, {} expected", plan.name, plan.version, of.serial, steps.size(),
                       expectation_text(steps)));
@@ -56,6 +57,7 @@ void console::print(const std::string &line)
 
 void console::clear()
 {
+    others_.clear();
     if (lively_)
         std::fputs(rewrite, stderr);
 }
@@ -72,8 +74,15 @@ void console::begin(size_t number, int64_t attempt)
     start_ = std::chrono::steady_clock::now();
 }
 
+void console::wait()
+{
+    start_ = std::chrono::steady_clock::now();
+    others_.show("waiting for the service: it is still at work for somebody else");
+}
+
 void console::show(const std::string &done)
 {
+    others_.clear();
     if (!lively_)
         return;
     constexpr int bar_width = 20;
