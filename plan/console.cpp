@@ -43,7 +43,8 @@ std::string expectation_text(std::span<const step *const> steps)
 
 console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
                  const console_settings &wanted)
-    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside)
+    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
+      others_("plan", wanted.progress)
 {
     print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
 }
@@ -63,6 +64,7 @@ void console::print(const std::string &line, size_t indent)
 
 void console::clear()
 {
+    others_.clear();
     if (lively_)
         text::clear_line(STDERR_FILENO);
 }
@@ -84,6 +86,12 @@ void console::begin(size_t number, int64_t attempt)
     start_ = std::chrono::steady_clock::now();
 }
 
+void console::wait()
+{
+    start_ = std::chrono::steady_clock::now();
+    others_.show("waiting for the service: it is still at work for somebody else");
+}
+
 /* A step's part of the bar: what is not known counts little, but is there. */
 static int64_t weight_of(const step &asked)
 {
@@ -103,6 +111,7 @@ static int filled_part(std::span<const step *const> steps, size_t running, int64
 
 void console::show(const std::string &done)
 {
+    others_.clear();
     if (!lively_)
         return;
     const bool narrow = text::terminal_of(STDERR_FILENO).width < 64;

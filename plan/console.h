@@ -10,6 +10,7 @@
 #include <span>
 
 #include "record.h"
+#include "station/notice.h"
 
 namespace plan
 {
@@ -35,6 +36,8 @@ class console
 
     /* A step begins; its number counts from 0. */
     void begin(size_t number, int64_t attempt);
+    /* Its time has not begun yet: the service is still at work for somebody else. */
+    void wait();
     /* done says how far it is, if that is known. */
     void show(const std::string &done);
     /* Says how the attempt ended, and which checks failed. To be called when the journal has its end. */
@@ -58,6 +61,7 @@ class console
     size_t number_ = 0;
     int64_t attempt_ = 1;
     std::chrono::steady_clock::time_point start_ = {};
+    station::notice others_; /* who is waited for */
 };
 
 } // namespace plan

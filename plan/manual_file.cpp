@@ -52,7 +52,8 @@ void read_question(const std::string &file, const toml::table &table, const std:
         read.options["unit"] = read.unit;
     reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
     read.answer = answer_to(reader, read);
-    const nlohmann::ordered_json value = read.answer == answer_kind::text ? nlohmann::ordered_json("") : nlohmann::ordered_json(0);
+    const nlohmann::ordered_json value =
+        read.answer == answer_kind::text ? nlohmann::ordered_json("") : nlohmann::ordered_json(0);
     check_limits(reader, table, read, {.members = {{"value", value}}});
     for (limit &asked : read.limits)
         asked.unit = asked.unit.empty() ? read.unit : asked.unit;

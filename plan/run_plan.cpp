@@ -19,6 +19,7 @@
 #include "runner.h"
 #include "station/carry_out.h"
 #include "station/interruption.h"
+#include "station/service_lock.h"
 #include "text/nearest.h"
 #include "text/say.h"
 
@@ -125,7 +126,8 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     const auto run_dir = journal::create_run_folder(results, folder_name(of.serial));
     journal::writer journal(run_dir);
     journal.run_start(run_head(plan, of, given.command_line, parameters_of(given, plan, steps.size())));
-    const run_settings settings{given.directory, given.stop_on_fail, std::chrono::seconds(given.grace_s)};
+    const run_settings settings{given.directory, given.stop_on_fail, std::chrono::seconds(given.grace_s),
+                                std::chrono::seconds(given.busy_timeout_s)};
     const run_end end = runner(plan, steps, settings, journal, shown).run();
     record_left_out(journal, plan, steps);
     journal.run_end(end.status);
@@ -169,18 +171,30 @@ static void check_results(const std::filesystem::path &results)
             "--results: '{}' is no directory, allowed: a directory, or where one can be made", results.string()));
 }
 
+/* What other stations are told. */
+static station::claim claim_for(const test_plan &plan, const identity &of, const order &given)
+{
+    return {.directory = given.directory,
+            .purpose = fmt::format("plan {} {}, serial number {}", plan.name, plan.version, of.serial),
+            .wait = given.wait};
+}
+
 static exit_code run_steps(const test_plan &plan, steps_view steps, const order &given)
 {
     station::watch_signals(station::signal_policy::leave);
     ignore_deadly_signals();
     check_operator(steps, given);
     check_results(given.results);
+    if (!given.wait)
+        station::refuse_if_held(given.directory); /* before anybody types for nothing */
     const identity of = identify(plan, given.of, !given.no_input);
     station::watch_signals(station::signal_policy::note);
-    console shown(plan, of, steps, {.progress = !given.no_progress, .aside = given.json});
     try {
         const auto results = std::filesystem::absolute(given.results);
         station::enter_directory(given.directory);
+        station::notice others("plan", !given.no_progress);
+        const station::service_lock alone(claim_for(plan, of, given), others);
+        console shown(plan, of, steps, {.progress = !given.no_progress, .aside = given.json});
         return run_recorded(plan, of, steps, given, results, shown);
     } catch (const station::no_reply &) {
         throw;

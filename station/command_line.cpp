@@ -119,10 +119,11 @@ static std::string explain_error(const std::string &what, const chosen_subcomman
         return "--directory: expected exactly one value, allowed: the host's working directory";
     if (what.ends_with("flag override"))
         return fmt::format("--{}: takes no value", name);
-    for (const option &field : row ? row->options : std::span<const option>{})
-        if (name == field.name && field.values != arity::flag)
-            return fmt::format("{}: expected exactly one value{}", name,
-                               field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
+    for (const auto &options : {row ? row->options : std::span<const option>{}, waiting_options()})
+        for (const option &field : options)
+            if (row && name == field.name && field.values != arity::flag)
+                return fmt::format("{}: expected exactly one value{}", name,
+                                   field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
     if (row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
         return fmt::format("{}: expected exactly one value", name);
     return what;
@@ -141,6 +142,9 @@ static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_su
         });
         for (const option &field : row.options)
             add_option(*sub, sent, field);
+        if (row.decode != nullptr || row.transfer != nullptr)
+            for (const option &field : waiting_options())
+                add_option(*sub, sent, field);
     }
 }
 
