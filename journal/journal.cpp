@@ -131,11 +131,13 @@ std::string writer::step_start(const std::string &name, const ordered_json &cont
 }
 
 void writer::measurement(const std::string &step_id, const std::string &name, const ordered_json &value,
-                         const subject &about, const ordered_json &validators)
+                         const subject &about, const ordered_json &validators, const std::string &unit)
 {
     if (value.is_null() || (value.is_number_float() && !std::isfinite(value.get<double>())))
         return;
     ordered_json content{{"name", name}, {"value", value}};
+    if (!unit.empty())
+        content["unit"] = unit;
     if (!validators.empty())
         content["validators"] = validators;
     add_subject(content, about);

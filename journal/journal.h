@@ -49,9 +49,9 @@ class writer
     void run_start(const ordered_json &content);
     /* Begins an attempt at a step and returns its id; content tells what was asked for. */
     std::string step_start(const std::string &name, const ordered_json &content);
-    /* Writes nothing for a value that is null. Empty validators are left out. */
+    /* Writes nothing for a value that is null. Empty validators and an empty unit are left out. */
     void measurement(const std::string &step_id, const std::string &name, const ordered_json &value,
-                     const subject &about, const ordered_json &validators = {});
+                     const subject &about, const ordered_json &validators = {}, const std::string &unit = "");
     /* An empty message is left out. */
     void diagnosis(const std::string &step_id, const std::string &verdict, finding type, const std::string &message,
                    const subject &about);

@@ -9,13 +9,14 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "reports/findings.h"
+#include "text/printable.h"
 #include "text/say.h"
+#include "text/terminal.h"
+#include "text/wrap.h"
 
 namespace plan
 {
-
-/* Return to the first column and erase the line. */
-static constexpr const char *rewrite = "\r\033[K";
 
 std::string duration_text(int64_t seconds)
 {
@@ -25,44 +26,57 @@ std::string duration_text(int64_t seconds)
                              : fmt::format("{} min {} s", seconds / 60, seconds % 60);
 }
 
-static int64_t expected_s(std::span<const step *const> steps)
-{
-    int64_t total = 0;
-    for (const step *asked : steps)
-        total += asked->row->expected.typical_s;
-    return total;
-}
-
 std::string expectation_text(std::span<const step *const> steps)
 {
+    int64_t total_s = 0;
+    for (const step *asked : steps)
+        total_s += expected_s(*asked);
+    const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
     const auto unknown =
-        std::ranges::count_if(steps, [](const step *asked) { return asked->row->expected.typical_s == 0; });
-    return fmt::format("about {}{}", duration_text(expected_s(steps)),
-                       unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "");
+        std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
+    return fmt::format("{}, about {}{} expected{}", reports::counted(steps.size(), "step"), duration_text(total_s),
+                       unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
+                       by_hand == 0   ? ""
+                       : by_hand == 1 ? ", 1 waits for the operator"
+                                      : fmt::format(", {} wait for the operator", by_hand));
 }
 
-console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps, bool progress_wanted)
-    : steps_(steps), lively_(progress_wanted && isatty(STDERR_FILENO)), plain_(!lively_ || !isatty(STDOUT_FILENO))
+console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
+                 const console_settings &wanted)
+    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
+      others_("plan", wanted.progress)
 {
-    print(fmt::format("{} {}: serial {}, {} steps, {} expected", plan.name, plan.version, of.serial, steps.size(),
-                      expectation_text(steps)));
+    print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
 }
 
-void console::print(const std::string &line)
+/* One line, which is broken only where a terminal would break it. */
+void console::print(const std::string &line, size_t indent)
 {
-    std::fputs((text::escaped(line) + "\n").c_str(), stdout);
-    std::fflush(stdout);
+    const text::terminal screen = text::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
+    std::string shown = text::escaped(text::printable(line));
+    if (screen.there && indent + text::length(shown) > screen.width)
+        shown = text::wrapped(shown, indent + 4, screen.width);
+    clear();
+    std::FILE *stream = aside_ ? stderr : stdout;
+    std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
+    std::fflush(stream);
 }
 
 void console::clear()
 {
+    others_.clear();
     if (lively_)
-        std::fputs(rewrite, stderr);
+        text::clear_line(STDERR_FILENO);
 }
 
 double console::seconds() const
 {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+}
+
+std::string console::heading(size_t number) const
+{
+    return fmt::format("step {} of {}  {}", number + 1, steps_.size(), steps_[number]->name);
 }
 
 void console::begin(size_t number, int64_t attempt)
@@ -72,48 +86,90 @@ void console::begin(size_t number, int64_t attempt)
     start_ = std::chrono::steady_clock::now();
 }
 
-void console::show(const std::string &done)
+void console::wait()
 {
-    if (!lively_)
-        return;
-    constexpr int bar_width = 20;
-    constexpr size_t line_width = 79;
-    const step &asked = *steps_[number_];
-    const auto elapsed_s = static_cast<int64_t>(seconds());
-    const int64_t typical_s = asked.row->expected.typical_s;
-    const int64_t passed_s = expected_s(steps_.first(number_)) + std::min(elapsed_s, typical_s);
-    const auto filled = static_cast<int>(bar_width * passed_s / std::max<int64_t>(1, expected_s(steps_)));
-    const std::string expected = typical_s > 0 ? fmt::format(" of about {} s", typical_s) : "";
-    const std::string line =
-        fmt::format("[{:#<{}}{:.<{}}] step {} of {}  {}  {} s{}{}", "", filled, "", bar_width - filled, number_ + 1,
-                    steps_.size(), asked.name, elapsed_s, expected, done.empty() ? "" : ", " + done);
-    std::fputs((rewrite + line.substr(0, line_width)).c_str(), stderr);
-    std::fflush(stderr);
+    start_ = std::chrono::steady_clock::now();
+    others_.show("waiting for the service: it is still at work for somebody else");
 }
 
-void console::end(const char *word, const std::string &sentence)
+/* A step's part of the bar: what is not known counts little, but is there. */
+static int64_t weight_of(const step &asked)
 {
-    clear();
+    return std::max<int64_t>(1, expected_s(asked));
+}
+
+/* How much of a bar to fill, never all of it: a step is still running. */
+static int filled_part(std::span<const step *const> steps, size_t running, int64_t elapsed_s, int width)
+{
+    int64_t passed = std::min(elapsed_s, weight_of(*steps[running])), total = 0;
+    for (size_t i = 0; i < steps.size(); i++) {
+        total += weight_of(*steps[i]);
+        passed += i < running ? weight_of(*steps[i]) : 0;
+    }
+    return std::min<int>(static_cast<int>(width * passed / total), width - 1);
+}
+
+void console::show(const std::string &done)
+{
+    others_.clear();
+    if (!lively_)
+        return;
+    const bool narrow = text::terminal_of(STDERR_FILENO).width < 64;
+    const int bar_width = narrow ? 8 : 20;
+    const step &asked = *steps_[number_];
+    const auto elapsed_s = static_cast<int64_t>(seconds());
+    const int filled = filled_part(steps_, number_, elapsed_s, bar_width);
+    const std::string expected =
+        expected_s(asked) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(asked)) : "";
+    text::rewrite_line(
+        STDERR_FILENO,
+        fmt::format("[{:#<{}}{:.<{}}] {}  {} s{}{}", "", filled, "", bar_width - filled,
+                    narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), asked.name) : heading(number_),
+                    elapsed_s, expected, done.empty() ? "" : ", " + done));
+}
+
+/* What failed, as far as a screen has room for it. */
+static std::vector<std::string> failure_lines(std::span<const judged_check> checks)
+{
+    constexpr size_t most = 12;
+    std::vector<std::string> lines;
+    for (const judged_check &made : checks)
+        if (made.judged == station::verdict::fail)
+            lines.push_back(fmt::format("{}  {}: {}", shown(made.about), made.name, made.sentence));
+    if (lines.size() > most + 1) {
+        const size_t more = lines.size() - most;
+        lines.resize(most);
+        lines.push_back(fmt::format("and {} more", more));
+    }
+    return lines;
+}
+
+void console::end(const char *word, const std::string &sentence, std::span<const judged_check> checks)
+{
     const int64_t most = steps_[number_]->attempts;
-    if (plain_)
-        print(fmt::format("step {} of {}  {}  {}  {:.1f} s{}{}", number_ + 1, steps_.size(), steps_[number_]->name,
-                          word, seconds(),
-                          attempt_ > 1 || (most > 1 && word == std::string_view("FAIL"))
-                              ? fmt::format("  attempt {} of {}", attempt_, most)
-                              : "",
-                          sentence.empty() ? "" : "  " + sentence));
+    const bool tells_attempt = attempt_ > 1 || word == std::string_view("RETRIED");
+    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word, seconds(),
+                      tells_attempt ? fmt::format("  attempt {} of {}", attempt_, most) : "",
+                      sentence.empty() ? "" : "  " + sentence));
+    for (const std::string &line : failure_lines(checks))
+        print(line, 4);
 }
 
 void console::skip(size_t number)
 {
-    if (plain_)
-        print(fmt::format("step {} of {}  {}  SKIP", number + 1, steps_.size(), steps_[number]->name));
+    print(heading(number) + "  NOT RUN");
 }
 
 void console::say(const std::string &line)
 {
     clear();
     text::say(line);
+}
+
+std::string console::begin_question()
+{
+    clear();
+    return fmt::format("step {} of {}, {}", number_ + 1, steps_.size(), steps_[number_]->name);
 }
 
 } // namespace plan

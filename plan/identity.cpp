@@ -8,36 +8,26 @@
 #include <chrono>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
-#include <iostream>
-#include <termios.h>
 #include <unistd.h>
 
+#include "prompt.h"
+#include "text/printable.h"
 #include "text/say.h"
 
 namespace plan
 {
 
-static std::string trimmed(const std::string &text)
+static std::string ask_for(const label &wanted)
 {
-    const size_t first = text.find_first_not_of(" \t\r");
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-/* Asks until the answer matches. What was typed before the question, by a scanner perhaps, is no answer to it. */
-static std::string ask(const label &wanted)
-{
+    const std::string expected = expected_text(wanted);
     for (;;) {
-        tcflush(STDIN_FILENO, TCIFLUSH);
-        std::fputs(fmt::format("{} ({}): ", wanted.option + 2, wanted.pattern).c_str(), stderr);
-        std::fflush(stderr);
-        std::string answer;
-        if (!std::getline(std::cin, answer))
-            throw station::usage_error(fmt::format("{}: found the end of the input, allowed: a text that matches {}",
-                                                   wanted.option, wanted.pattern));
-        answer = trimmed(answer);
-        if (matches(wanted, answer))
-            return answer;
-        text::say(fmt::format("'{}' does not match {}", answer, wanted.pattern));
+        const auto answer = ask(fmt::format("{} ({}):", wanted.name, wanted.hint.empty() ? expected : wanted.hint));
+        if (!answer)
+            throw station::usage_error(
+                fmt::format("{}: found the end of the input, allowed: {}", wanted.option, expected));
+        if (matches(wanted, *answer))
+            return *answer;
+        text::say(fmt::format("{}: found '{}', expected {}", wanted.name, text::printable(*answer), expected));
     }
 }
 
@@ -45,14 +35,15 @@ static std::string settle(const label &wanted, const std::string &given, bool ma
 {
     std::string text = trimmed(given.empty() ? wanted.preset : given);
     if (!text.empty() && !matches(wanted, text))
-        throw station::usage_error(
-            fmt::format("{}: found '{}', allowed: a text that matches {}", wanted.option, text, wanted.pattern));
+        throw station::usage_error(fmt::format("{}: found '{}'{}, allowed: {}", wanted.option, text::printable(text),
+                                               text::printable(text) == text ? "" : ", which is no readable UTF-8",
+                                               expected_text(wanted)));
     if (!text.empty() || !wanted.required)
         return text;
-    if (!may_ask || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+    if (!may_ask || !somebody_there())
         throw station::usage_error(
-            fmt::format("{}: needed when nobody can be asked, a text that matches {}", wanted.option, wanted.pattern));
-    return ask(wanted);
+            fmt::format("{}: needed when nobody can be asked, {}", wanted.option, expected_text(wanted)));
+    return ask_for(wanted);
 }
 
 static std::string host_name()

@@ -22,9 +22,18 @@ journal::subject whole_unit()
     return {"unit"};
 }
 
+static constexpr std::string_view port_prefix = "port";
+
 journal::subject front_port(uint32_t port)
 {
-    return {fmt::format("port{:02}", port)};
+    return {fmt::format("{}{:02}", port_prefix, port)};
+}
+
+std::string shown(const journal::subject &about)
+{
+    if (!about.subcomponent.empty() || !about.hardware_id.starts_with(port_prefix))
+        return about.subcomponent.empty() ? about.hardware_id : about.subcomponent;
+    return fmt::format("port {}", std::stoi(about.hardware_id.substr(port_prefix.size())));
 }
 
 static bool names_ports(const outcome &unit)
@@ -70,8 +79,9 @@ static judged_check check_limit(const limit &asked, const json &value, verdict s
         made.judged = verdict::untested;
     } else if (value.is_null() || !within(asked, value)) {
         made.judged = verdict::fail;
-        made.sentence = fmt::format("{} {}; expected {}.", asked.value,
-                                    value.is_null() ? "has no value" : "is " + value.dump(), expectation(asked));
+        made.sentence = fmt::format(
+            "{} {}{}{}; expected {}.", asked.value, value.is_null() ? "has no value" : "is " + value.dump(),
+            asked.unit.empty() || value.is_null() ? "" : " ", value.is_null() ? "" : asked.unit, expectation(asked));
     }
     return made;
 }
@@ -154,6 +164,8 @@ judgement judge(const test_plan &plan, const step &asked, const outcome &unit)
     for (const port_outcome &row : unit.ports)
         for (const station::check &made : row.checks)
             result.checks.push_back({made.name, made.judged, made.sentence, subject_of(plan, unit, row)});
+    for (const station::check &made : unit.checks)
+        result.checks.push_back({made.name, made.judged, made.sentence, whole_unit()});
     std::vector<judged_check> added;
     for (const limit &limited : asked.limits)
         check_limit(plan, limited, unit, added);

@@ -32,6 +32,9 @@ journal::subject whole_unit();
 journal::subject front_port(uint32_t port);
 journal::subject subject_of(const test_plan &plan, const station::outcome &unit, const station::port_outcome &row);
 
+/* What a check is about, for people: "port 7", "unit". */
+std::string shown(const journal::subject &about);
+
 /* The name of a limit's check. */
 std::string check_name(const limit &asked);
 

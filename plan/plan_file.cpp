@@ -6,19 +6,37 @@
 #include <fmt/format.h>
 #include <regex>
 
+#include "digest.h"
 #include "plan.h"
 #include "step_file.h"
+#include "text/printable.h"
 
 namespace plan
 {
 
+/* The patterns of plans that give none. */
+static constexpr const char *any_serial = "[A-Za-z0-9._-]{1,64}";
 static constexpr const char *any_text = ".{1,64}";
 static constexpr size_t longest_label = 256; /* std::regex takes stack by the character */
 
+/* Takes time that grows with the text and no faster, whatever the pattern: a library's own mode, without references
+ * back into the text. */
+static std::regex compiled(const std::string &pattern)
+{
+    return std::regex(pattern, std::regex::ECMAScript | std::regex_constants::__polynomial);
+}
+
 bool matches(const label &wanted, const std::string &text)
 {
-    const bool readable = std::ranges::none_of(text, [](unsigned char c) { return c < 0x20 || c == 0x7f; });
-    return readable && text.size() <= longest_label && std::regex_match(text, std::regex(wanted.pattern));
+    const bool readable = text::printable(text) == text && text.find_first_of("\t\n") == std::string::npos;
+    return readable && text.size() <= longest_label && std::regex_match(text, compiled(wanted.pattern));
+}
+
+std::string expected_text(const label &wanted)
+{
+    if (wanted.pattern == any_serial)
+        return "1 to 64 letters, digits, dots, - and _";
+    return wanted.pattern == any_text ? "1 to 64 characters" : fmt::format("a text that matches {}", wanted.pattern);
 }
 
 bool has_port(const test_plan &plan, uint32_t port)
@@ -41,31 +59,33 @@ static void read_label(const text::toml_reader &reader, label &wanted)
 {
     wanted.pattern = reader.text("pattern").value_or(wanted.pattern);
     try {
-        const std::regex compiled(wanted.pattern);
+        compiled(wanted.pattern);
     } catch (const std::regex_error &) {
         reader.fail("pattern",
-                    fmt::format("pattern is \"{}\", expected an ECMAScript regular expression", wanted.pattern));
+                    fmt::format("pattern is \"{}\", expected an ECMAScript regular expression without back-references",
+                                wanted.pattern));
     }
+    wanted.hint = reader.text("hint").value_or("");
 }
 
 static void read_labels(const std::string &file, const text::toml_reader &reader, test_plan &into)
 {
     reader.for_table("serial", [&](const toml::table &table) {
-        read_label(text::toml_reader(file, table, {"pattern"}), into.serial);
+        read_label(text::toml_reader(file, table, {"pattern", "hint"}), into.serial);
     });
     reader.for_table("operator", [&](const toml::table &table) {
-        const text::toml_reader section(file, table, {"required", "pattern"});
+        const text::toml_reader section(file, table, {"required", "pattern", "hint"});
         read_label(section, into.operator_name);
         into.operator_name.required = section.flag("required", true);
     });
     reader.for_table("station", [&](const toml::table &table) {
-        const text::toml_reader section(file, table, {"required", "pattern", "default"});
+        const text::toml_reader section(file, table, {"required", "pattern", "default", "hint"});
         read_label(section, into.station);
         into.station.required = section.flag("required", false);
         into.station.preset = section.text("default").value_or("");
         if (!into.station.preset.empty() && !matches(into.station, into.station.preset))
-            section.fail("default", fmt::format("default is \"{}\", expected a text that matches {}",
-                                                into.station.preset, into.station.pattern));
+            section.fail("default", fmt::format("default is \"{}\", expected {}", into.station.preset,
+                                                expected_text(into.station)));
     });
 }
 
@@ -85,23 +105,25 @@ static void read_panel(const std::string &file, const toml::table &table, test_p
 
 test_plan read_plan(const std::string &path)
 {
-    const toml::table table = text::read_toml(path, "a plan file");
+    const std::string bytes = text::read_bytes(path, "a plan file");
+    const toml::table table = text::parse_toml(bytes, path);
     const text::toml_reader reader(path, table,
                                    {"name", "version", "product", "panel", "serial", "operator", "station", "step"});
     test_plan into{.file = path,
+                   .sha256 = sha256_of(bytes),
                    .name = needed_text(reader, "name", "the plan's name"),
                    .version = needed_text(reader, "version", "the plan's version"),
                    .product = needed_text(reader, "product", "the product's name"),
                    .panel = {},
-                   .serial = {"--serial", true, "[A-Za-z0-9._-]{1,64}"},
-                   .operator_name = {"--operator", true, any_text},
-                   .station = {"--station", false, any_text},
+                   .serial = {"serial number", "--serial", true, any_serial},
+                   .operator_name = {"operator", "--operator", true, any_text},
+                   .station = {"station", "--station", false, any_text},
                    .steps = {}};
     read_labels(path, reader, into);
     reader.for_each_table("panel", [&](const toml::table &entry) { read_panel(path, entry, into); });
     if (into.panel.empty())
         reader.fail("panel", "the unit has no ports, expected [[panel]] tables");
-    reader.for_each_table("step", [&](const toml::table &entry) { read_step(path, entry, into); });
+    reader.for_each_table("step", [&](const toml::table &entry) { read_step(path, entry, "", into); });
     if (into.steps.empty())
         reader.fail("step", "the plan has no steps, expected [[step]] tables");
     return into;

@@ -5,10 +5,14 @@
 #include "record.h"
 
 #include <algorithm>
+#include <dlfcn.h>
+#include <filesystem>
 #include <fmt/format.h>
 #include <random>
 
+#include "facmsg.h"
 #include "station/carry_out.h"
+#include "text/version.h"
 #include "values.h"
 
 namespace plan
@@ -38,6 +42,19 @@ static ordered_json unit_of(const test_plan &plan, const std::string &serial)
             {"hardwareInfos", hardware}};
 }
 
+/* Of the library that is really loaded: its file is named by it, as libfacmsg.so.0.1.0. */
+static std::string library_version()
+{
+    constexpr std::string_view name = "libfacmsg.so.";
+    Dl_info loaded{};
+    std::error_code gone;
+    if (dladdr(reinterpret_cast<const void *>(&facmsg_client_send), &loaded) != 0 && loaded.dli_fname != nullptr)
+        if (const std::string file = std::filesystem::canonical(loaded.dli_fname, gone).filename();
+            file.starts_with(name))
+            return file.substr(name.size());
+    return text::version();
+}
+
 ordered_json run_head(const test_plan &plan, const identity &of, const std::string &command_line,
                       const ordered_json &parameters)
 {
@@ -46,6 +63,8 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
         metadata["operator"] = of.operator_name;
     metadata["station"] = of.station;
     metadata["run_id"] = new_run_id();
+    metadata["station_version"] = text::version();
+    metadata["library_version"] = library_version();
     return {{"name", plan.name},
             {"version", plan.version},
             {"commandLine", command_line},
@@ -57,7 +76,7 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
 /* Whether a reply of any kind judges ports: of a step that has none, a reader knows by it what is missing. */
 static bool judges_ports(const step &asked)
 {
-    if (asked.row->transfer)
+    if (asked.is != step_kind::request || asked.row->transfer)
         return false;
     const station::outcome seen = station::rehearse(*asked.row, asked.sent);
     return !seen.columns.empty() && (seen.judged != verdict::unjudged || !asked.limits.empty());
@@ -65,13 +84,11 @@ static bool judges_ports(const step &asked)
 
 std::string begin_attempt(journal::writer &journal, const step &asked, int64_t attempt)
 {
-    ordered_json content{{"request", asked.row->name},
-                         {"options", asked.options},
-                         {"attempt", attempt},
-                         {"attempts", asked.attempts},
-                         {"expected_s", asked.row->expected.typical_s},
-                         {"timeout_s", asked.timeout_s},
-                         {"judges_ports", judges_ports(asked)}};
+    ordered_json content{
+        {"request", request_name(asked)}, {"options", asked.options},        {"attempt", attempt},
+        {"attempts", asked.attempts},     {"expected_s", expected_s(asked)}, {"judges_ports", judges_ports(asked)}};
+    if (asked.timeout_s > 0)
+        content["timeout_s"] = asked.timeout_s;
     if (!asked.covers.empty())
         content["covers"] = asked.covers;
     return journal.step_start(asked.name, content);
@@ -94,15 +111,32 @@ static ordered_json validators_of(const step &asked, std::string_view value)
     return validators;
 }
 
+/* Of values whose unit is the same on every switch; others have a host's own, which the plan may know. */
+struct known_unit {
+    std::string_view value, unit;
+};
+constexpr known_unit known_units[] = {
+    {"received", "frames"}, {"transmitted", "frames"}, {"cpu_sent", "frames"}, {"fcs_errors", "errors"}};
+
+static std::string unit_of_value(const step &asked, std::string_view value)
+{
+    const auto limited = std::ranges::find(asked.limits, value, &limit::value);
+    if (limited != asked.limits.end() && !limited->unit.empty())
+        return limited->unit;
+    const auto *known = std::ranges::find(known_units, value, &known_unit::value);
+    return known != std::end(known_units) ? std::string(known->unit) : value == "value" ? asked.unit : "";
+}
+
 static void write_values(journal::writer &journal, const std::string &id, const test_plan &plan, const step &asked,
                          const station::outcome &unit)
 {
     for (const auto &[name, value] : unit_values(unit))
-        journal.measurement(id, name, value, whole_unit(), validators_of(asked, name));
+        journal.measurement(id, name, value, whole_unit(), validators_of(asked, name), unit_of_value(asked, name));
     for (const station::port_outcome &row : unit.ports)
         for (size_t i = 0; i < unit.columns.size(); i++)
             journal.measurement(id, unit.columns[i].member, row.cells[i].value, subject_of(plan, unit, row),
-                                validators_of(asked, unit.columns[i].member));
+                                validators_of(asked, unit.columns[i].member),
+                                unit_of_value(asked, unit.columns[i].member));
 }
 
 static const char *suffix_of(verdict judged)

@@ -13,11 +13,14 @@
 
 #include "identity.h"
 #include "journal/run_record.h"
+#include "listing.h"
+#include "prompt.h"
 #include "record.h"
 #include "reports/reports.h"
 #include "runner.h"
 #include "station/carry_out.h"
 #include "station/interruption.h"
+#include "station/service_lock.h"
 #include "text/nearest.h"
 #include "text/say.h"
 
@@ -32,7 +35,13 @@ static void print(const std::string &text)
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/* The names of --only or --skip, all of them steps of the plan. */
+/* Whether a name that was given means the step: its own, its group's or its round's. */
+static bool is_meant(const std::string &name, const step &asked)
+{
+    return asked.name == name || asked.name.starts_with(name + ".");
+}
+
+/* The names of --only or --skip, all of them of the plan. */
 static std::vector<std::string> step_names(const test_plan &plan, const char *option, const std::string &list)
 {
     std::vector<std::string> names;
@@ -40,8 +49,9 @@ static std::vector<std::string> step_names(const test_plan &plan, const char *op
     for (std::string name; std::getline(items, name, ',');) {
         std::vector<std::string_view> known;
         for (const step &asked : plan.steps)
-            known.emplace_back(asked.name);
-        if (std::ranges::find(known, name) == known.end())
+            if (asked.group.empty() || known.empty() || known.back() != asked.group)
+                known.emplace_back(asked.group.empty() ? asked.name : asked.group);
+        if (std::ranges::none_of(plan.steps, [&](const step &asked) { return is_meant(name, asked); }))
             throw station::usage_error(
                 fmt::format("{}: unknown step '{}'{}", option, name, text::expected_one_of(name, known)));
         names.push_back(name);
@@ -54,37 +64,29 @@ static std::vector<const step *> select(const test_plan &plan, const order &give
     const std::vector<std::string> only = step_names(plan, "--only", given.only);
     const std::vector<std::string> skipped = step_names(plan, "--skip", given.skip);
     std::vector<const step *> selected;
+    const auto among = [](const std::vector<std::string> &names, const step &asked) {
+        return std::ranges::any_of(names, [&](const std::string &name) { return is_meant(name, asked); });
+    };
     for (const step &asked : plan.steps)
-        if ((only.empty() || std::ranges::find(only, asked.name) != only.end()) &&
-            std::ranges::find(skipped, asked.name) == skipped.end())
+        if ((only.empty() || among(only, asked)) && !among(skipped, asked))
             selected.push_back(&asked);
     return selected;
 }
 
-static void list_steps(const test_plan &plan, steps_view steps)
+/* What cannot be told by the journal of the run. */
+static void print_problem(const order &given, exit_code code, const std::string &text)
 {
-    std::string text = fmt::format("{} {} for {}: {} steps, {} expected; nothing was sent\n", plan.name, plan.version,
-                                   plan.product, steps.size(), expectation_text(steps));
-    for (const step *asked : steps) {
-        const int typical_s = asked->row->expected.typical_s;
-        text += fmt::format("{:<16}  {}, at most {}", asked->name,
-                            typical_s > 0 ? "about " + duration_text(typical_s) : "time unknown",
-                            duration_text(asked->timeout_s));
-        if (asked->attempts > 1)
-            text += fmt::format(", up to {} attempts", asked->attempts);
-        text += fmt::format("\n{:18}{}", "", asked->row->name);
-        for (const auto &[name, value] : asked->options.items())
-            text += fmt::format(" {}={}", name, value.get<std::string>());
-        text += "\n";
-    }
-    print(text);
+    const nlohmann::ordered_json object{{"exit_code", static_cast<int>(code)}, {"error", text}};
+    print(given.json ? object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n"
+                     : text + "\n");
 }
 
 /* By only and skip a reader knows a run of a part of the plan; a choice of all its steps is none. */
 static nlohmann::ordered_json parameters_of(const order &given, const test_plan &plan, size_t steps)
 {
     const bool is_whole = steps == plan.steps.size();
-    nlohmann::ordered_json parameters{{"plan", given.file}, {"stop_on_fail", given.stop_on_fail}, {"steps", steps}};
+    nlohmann::ordered_json parameters{
+        {"plan", given.file}, {"plan_sha256", plan.sha256}, {"stop_on_fail", given.stop_on_fail}, {"steps", steps}};
     if (!given.only.empty() && !is_whole)
         parameters["only"] = given.only;
     if (!given.skip.empty() && !is_whole)
@@ -119,7 +121,8 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     const auto run_dir = journal::create_run_folder(results, folder_name(of.serial));
     journal::writer journal(run_dir);
     journal.run_start(run_head(plan, of, given.command_line, parameters_of(given, plan, steps.size())));
-    const run_settings settings{given.directory, given.stop_on_fail, std::chrono::seconds(given.grace_s)};
+    const run_settings settings{given.directory, given.stop_on_fail, std::chrono::seconds(given.grace_s),
+                                std::chrono::seconds(given.busy_timeout_s)};
     const run_end end = runner(plan, steps, settings, journal, shown).run();
     record_left_out(journal, plan, steps);
     record_end(journal, end);
@@ -128,12 +131,14 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
         reports::write_reports(run_dir, record);
     } catch (const std::system_error &error) {
         text::say(fmt::format("facmsg-station: plan: {}", error.what()));
-        print(fmt::format("RESULTS NOT SAVED  the journal of the run is complete, its reports are not; once there is "
-                          "room for them:\n  facmsg-station report '{}'\n",
-                          run_dir.string()));
+        print_problem(given, exit_code::not_saved,
+                      fmt::format("RESULTS NOT SAVED  the journal of the run is complete, its reports are not; once "
+                                  "there is room for them:\n  facmsg-station report '{}'",
+                                  run_dir.string()));
         return exit_code::not_saved;
     }
-    print(reports::verdict_text(record, run_dir, text::colour_wanted()));
+    print(given.json ? reports::run_json(record, run_dir)
+                     : reports::verdict_text(record, run_dir, text::colour_wanted()));
     return static_cast<exit_code>(reports::exit_code_of(record));
 }
 
@@ -144,22 +149,54 @@ static void ignore_deadly_signals()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+/* Nobody is to find out half-way that a question needs an answer. */
+static void check_operator(steps_view steps, const order &given)
+{
+    const auto waits = std::ranges::find_if(steps, [](const step *asked) { return is_by_hand(*asked); });
+    if (waits != steps.end() && (given.no_input || !somebody_there()))
+        throw station::usage_error(
+            fmt::format("step {} waits for the operator, but {}; allowed: --skip {}", (*waits)->name,
+                        given.no_input ? "--no-input was given" : "there is no terminal to ask at", (*waits)->name));
+}
+
+static void check_results(const std::filesystem::path &results)
+{
+    if (std::filesystem::exists(results) && !std::filesystem::is_directory(results))
+        throw station::usage_error(fmt::format(
+            "--results: '{}' is no directory, allowed: a directory, or where one can be made", results.string()));
+}
+
+/* What other stations are told. */
+static station::claim claim_for(const test_plan &plan, const identity &of, const order &given)
+{
+    return {.directory = given.directory,
+            .purpose = fmt::format("plan {} {}, serial number {}", plan.name, plan.version, of.serial),
+            .wait = given.wait};
+}
+
 static exit_code run_steps(const test_plan &plan, steps_view steps, const order &given)
 {
     station::watch_signals(station::signal_policy::leave);
     ignore_deadly_signals();
+    check_operator(steps, given);
+    check_results(given.results);
+    if (!given.wait)
+        station::refuse_if_held(given.directory); /* before anybody types for nothing */
     const identity of = identify(plan, given.of, !given.no_input);
     station::watch_signals(station::signal_policy::note);
-    console shown(plan, of, steps, !given.no_progress);
     try {
         const auto results = std::filesystem::absolute(given.results);
         station::enter_directory(given.directory);
+        station::notice others("plan", !given.no_progress);
+        const station::service_lock alone(claim_for(plan, of, given), others);
+        console shown(plan, of, steps, {.progress = !given.no_progress, .aside = given.json});
         return run_recorded(plan, of, steps, given, results, shown);
     } catch (const station::no_reply &) {
         throw;
     } catch (const std::exception &error) {
         text::say(fmt::format("facmsg-station: plan: {}", error.what()));
-        print("RESULTS NOT SAVED  nothing can be said about this unit: run the plan again\n");
+        print_problem(given, exit_code::not_saved,
+                      "RESULTS NOT SAVED  nothing can be said about this unit: run the plan again");
         return exit_code::not_saved;
     }
 }
@@ -169,11 +206,14 @@ exit_code run_plan(const order &given)
     const test_plan plan = read_plan(given.file);
     const std::vector<const step *> steps = select(plan, given);
     if (steps.empty()) {
-        text::say("facmsg-station: plan: nothing was run: --only and --skip leave no step");
+        const char *sentence = "nothing was run: --only and --skip leave no step";
+        text::say(fmt::format("facmsg-station: plan: {}", sentence));
+        if (given.json)
+            print_problem(given, exit_code::nothing_run, sentence);
         return exit_code::nothing_run;
     }
     if (given.dry_run) {
-        list_steps(plan, steps);
+        print(given.json ? list_steps_json(plan, steps) : list_steps(plan, steps));
         return exit_code::passed;
     }
     return run_steps(plan, steps, given);

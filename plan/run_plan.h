@@ -20,8 +20,11 @@ struct order {
     bool stop_on_fail = false;
     bool no_input = false;
     int64_t grace_s = 10;
+    int64_t busy_timeout_s = station::busy_timeout_s;
+    bool wait = false;     /* for another station that is at the service */
     std::string directory; /* the service's */
     bool no_progress = false;
+    bool json = false; /* one object on stdout, and nothing else */
     std::string command_line;
 };
 

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "journal/verdict.h"
+#include "manual.h"
 #include "station/carry_out.h"
 #include "station/interruption.h"
 
@@ -48,23 +50,20 @@ void runner::skip(size_t number, int64_t attempt)
 }
 
 /* No reply that can be judged: a fault of the station or the service, never of the unit. */
-void runner::give_up(const std::string &id, const step &asked, const station::no_reply &why)
+void runner::give_up(const std::string &id, const station::no_reply &why)
 {
     const std::string symptom = why.symptom;
-    const std::string sentence =
-        symptom == "timeout"
-            ? fmt::format("no reply within {} s; the service goes on with the request it has begun", asked.timeout_s)
-            : why.what();
+    const std::string sentence = why.what();
     if (symptom == "interrupted") {
         interrupted();
         journal_.log(id, "no reply was waited for any longer: the run was interrupted");
         journal_.step_end(id, journal::step_status::skip);
-        return console_.end("SKIP", sentence);
+        return console_.end(word_of(journal::verdict::not_run), sentence);
     }
     error_ = true;
     journal_.error(id, symptom, sentence);
     journal_.step_end(id, journal::step_status::error);
-    console_.end("ERROR", sentence);
+    console_.end(station::word_of(verdict::none), sentence);
     if (symptom != "no-verdict")
         over_ = "the service did not answer an earlier step";
 }
@@ -79,8 +78,27 @@ verdict runner::conclude(const std::string &id, const step &asked, int64_t attem
     error_ = error_ || error;
     judged_ = judged_ || (failed && !again_) || result.judged == verdict::pass;
     failed_ = failed_ || (failed && !again_);
-    console_.end(error ? "ERROR" : station::word_of(result.judged), error ? result.summary : "");
+    console_.end(again_ ? word_of(journal::verdict::retried) : station::word_of(result.judged),
+                 error || (failed && result.checks.empty()) ? result.summary : "", result.checks);
     return result.judged;
+}
+
+void runner::show_working(const std::string &id, const step &asked, const std::string &done)
+{
+    if (waiting_)
+        journal_.log(id, "the service has begun the request");
+    waiting_ = false;
+    if (station::noted_signal() != 0)
+        announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));
+    console_.show(done);
+}
+
+void runner::show_waiting(const std::string &id)
+{
+    if (!waiting_)
+        journal_.log(id, "waiting for the service: it is still at work for somebody else");
+    waiting_ = true;
+    console_.wait();
 }
 
 verdict runner::run_attempt(size_t number, int64_t attempt)
@@ -88,21 +106,19 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
     const step &asked = *steps_[number];
     const std::string id = begin_attempt(journal_, asked, attempt);
     console_.begin(number, attempt);
-    again_ = false;
-    const station::patience allowed{std::chrono::steady_clock::now() + std::chrono::seconds(asked.timeout_s),
-                                    settings_.grace};
-    const auto tick = [&](const std::string &done) {
-        if (station::noted_signal() != 0)
-            announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));
-        console_.show(done);
-    };
+    again_ = waiting_ = false;
+    const station::patience allowed{settings_.busy_timeout, std::chrono::seconds(asked.timeout_s), settings_.grace};
+    const station::audience shown{[&](const std::string &done) { show_working(id, asked, done); },
+                                  [&] { show_waiting(id); }};
     std::optional<station::outcome> unit;
     try {
-        unit = station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, tick);
+        unit = asked.row != nullptr ? station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, shown)
+                                    : carry_out_by_hand(
+                                          asked, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
     } catch (const station::no_reply &error) {
-        give_up(id, asked, error);
+        give_up(id, error);
     } catch (const std::exception &error) {
-        give_up(id, asked, {station::exit_code::no_verdict, "no-verdict", error.what()});
+        give_up(id, {station::exit_code::no_verdict, "no-verdict", error.what()});
     }
     return unit ? conclude(id, asked, attempt, *unit) : verdict::none;
 }

@@ -14,7 +14,8 @@ namespace plan
 struct run_settings {
     std::string directory; /* of the service, for messages */
     bool stop_on_fail;
-    std::chrono::seconds grace; /* for a request that runs when a signal comes */
+    std::chrono::seconds grace;        /* for a request that runs when a signal comes */
+    std::chrono::seconds busy_timeout; /* for a service that is at work for somebody else */
 };
 
 struct run_end {
@@ -35,7 +36,9 @@ class runner
     void run_step(size_t number);
     station::verdict run_attempt(size_t number, int64_t attempt);
     station::verdict conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit);
-    void give_up(const std::string &id, const step &asked, const station::no_reply &why);
+    void give_up(const std::string &id, const station::no_reply &why);
+    void show_working(const std::string &id, const step &asked, const std::string &done);
+    void show_waiting(const std::string &id);
     void skip(size_t number, int64_t attempt);
     bool interrupted(); /* then no further step is run */
     void announce(const std::string &next);
@@ -47,7 +50,8 @@ class runner
     console &console_;
     std::string over_; /* why no further step is run; empty: they are */
     bool announced_ = false;
-    bool again_ = false; /* the last attempt failed and is to be followed by another */
+    bool waiting_ = false; /* for the service, which is at work for somebody else */
+    bool again_ = false;   /* the last attempt failed and is to be followed by another */
     bool judged_ = false, failed_ = false, error_ = false;
 };
 

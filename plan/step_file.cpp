@@ -1,12 +1,14 @@
 /* SPDX-License-Identifier: MIT
  *
- * One [[step]] of a plan file. Options go through the same rows as those of the command line.
+ * One [[step]] of a plan file: a request, whose options go through the same rows as those of the command line, or a
+ * group of steps.
  */
 #include "step_file.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "manual_file.h"
 #include "station/carry_out.h"
 #include "step_limits.h"
 #include "text/nearest.h"
@@ -28,8 +30,6 @@ static const command &read_request(const text::toml_reader &reader)
         if (row.type)
             names.emplace_back(row.name);
     const auto asked = reader.text("request");
-    if (!asked)
-        reader.fail("request", "found no key request, expected a request as on the command line, as \"poe\"");
     if (asked == "raw" || asked == "list")
         reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *asked,
                                            text::joined(names)));
@@ -37,15 +37,17 @@ static const command &read_request(const text::toml_reader &reader)
     return *std::ranges::find_if(station::commands(), [&](const command &row) { return row.name == name; });
 }
 
-static std::string read_name(const text::toml_reader &reader, const command &row, const test_plan &into)
+std::string read_name(const text::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
+                      const test_plan &into)
 {
-    std::string name = reader.text("name").value_or(row.name);
-    if (!reader.has("name"))
-        std::ranges::replace(name, ' ', '-');
-    if (name.empty() || name.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
-        reader.fail("name", fmt::format("name is \"{}\", expected letters a to z, digits, - and _", name));
-    if (std::ranges::find(into.steps, name, &step::name) != into.steps.end())
-        reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", name));
+    const std::string own = reader.text("name").value_or(otherwise);
+    if (own.empty() && !reader.has("name"))
+        reader.fail("name", "found no key name, expected a name for the step");
+    if (own.empty() || own.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
+        reader.fail("name", fmt::format("name is \"{}\", expected letters a to z, digits, - and _", own));
+    const std::string name = prefix + own;
+    if (std::ranges::any_of(into.steps, [&](const step &other) { return other.name == name || other.group == name; }))
+        reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", own));
     return name;
 }
 
@@ -151,12 +153,15 @@ static int64_t default_timeout_s(const station::duration &expected)
     return longest_s > 0 ? longest_s * 3 / 2 + 30 : 600;
 }
 
-void read_step(const std::string &file, const toml::table &table, test_plan &into)
+static void read_request_step(const std::string &file, const toml::table &table, const std::string &prefix,
+                              test_plan &into)
 {
     const text::toml_reader reader(
         file, table, {"name", "request", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s"});
     const command &row = read_request(reader);
-    step read{.name = read_name(reader, row, into), .row = &row, .sent = station::empty_request(row)};
+    std::string usual = row.name;
+    std::ranges::replace(usual, ' ', '-');
+    step read{.name = read_name(reader, usual, prefix, into), .row = &row, .sent = station::empty_request(row)};
     reader.for_table("options", [&](const toml::table &options) { read_options(file, options, read); });
     reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
     const station::outcome seen = check_options(reader, read);
@@ -166,6 +171,57 @@ void read_step(const std::string &file, const toml::table &table, test_plan &int
     read.stop_on_fail = reader.flag("stop_on_fail", false);
     read.timeout_s = reader.number("timeout_s", {1, longest_timeout_s}).value_or(default_timeout_s(row.expected));
     into.steps.push_back(std::move(read));
+}
+
+static void read_group(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
+{
+    const text::toml_reader reader(file, table, {"name", "repeat", "step"});
+    if (!prefix.empty())
+        reader.fail("repeat", "found a group in a group, expected a request, an instruction, a question or a pause");
+    const std::string name = read_name(reader, "", "", into);
+    const int64_t rounds = *reader.number("repeat", {1, 100});
+    const size_t before = into.steps.size();
+    for (int64_t round = 1; round <= rounds; round++)
+        reader.for_each_table("step", [&](const toml::table &entry) {
+            read_step(file, entry, fmt::format("{}.{}.", name, round), into);
+            into.steps.back().group = name;
+        });
+    if (into.steps.size() == before)
+        reader.fail("step", "the group has no steps, expected [[step.step]] tables");
+}
+
+/* A step has one of these keys, which says what it is. */
+struct step_form {
+    const char *key;
+    void (*read)(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+};
+constexpr step_form forms[] = {{"request", read_request_step},
+                               {"instruct", read_instruction},
+                               {"ask", read_question},
+                               {"pause_s", read_pause},
+                               {"repeat", read_group}};
+
+void read_step(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
+{
+    std::vector<std::string_view> keys, found;
+    for (const step_form &form : forms) {
+        keys.emplace_back(form.key);
+        if (table.contains(form.key))
+            found.emplace_back(form.key);
+    }
+    if (found.size() == 1)
+        return std::ranges::find(forms, found.front(), &step_form::key)->read(file, table, prefix, into);
+    std::vector<std::string_view> known = keys;
+    if (found.empty()) /* a key that nobody knows may be what was meant */
+        known.insert(known.end(),
+                     {"name", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s", "unit", "step"});
+    else
+        for (const auto &[key, node] : table)
+            known.emplace_back(key.str());
+    text::toml_reader(file, table, known)
+        .fail(found.empty() ? "request" : found.back(),
+              fmt::format("found {}, expected one key of {}", found.empty() ? "none" : text::joined(found),
+                          text::joined(keys)));
 }
 
 } // namespace plan

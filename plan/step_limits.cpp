@@ -33,8 +33,9 @@ static std::string lower_case(std::string text)
 
 static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
 {
-    const text::toml_reader reader(file, table, {"min", "max", "equal"});
+    const text::toml_reader reader(file, table, {"min", "max", "equal", "unit"});
     limit asked{value, {}, {}, {}};
+    asked.unit = reader.text("unit").value_or("");
     for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
         if (const toml::node *node = table.get(key)) {
             *into = limit_value(*node);
@@ -47,7 +48,7 @@ static limit read_limit(const std::string &file, const std::string &value, const
         reader.fail("max", "max is below min, expected no less");
     if (asked.equal.is_string() && value.ends_with("_hex"))
         asked.equal = lower_case(asked.equal.get<std::string>());
-    if (table.empty())
+    if (asked.least.is_null() && asked.most.is_null() && asked.equal.is_null())
         reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
     return asked;
 }
@@ -87,7 +88,7 @@ void check_limits(const text::toml_reader &reader, const toml::table &step_table
         const toml::node &node = *step_table["limits"][asked.value].node();
         const auto known = std::ranges::find(names, asked.value);
         if (known == names.end())
-            reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, read.row->name,
+            reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, request_name(read),
                                              text::expected_one_of(asked.value, names)));
         const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
         const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()

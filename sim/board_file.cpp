@@ -12,32 +12,60 @@
 
 #include "ability.h"
 #include "board_sections.h"
+#include "text/nearest.h"
 
 namespace sim
 {
 
-/* A board file and those that led to it by their base. */
-using chain = std::vector<std::string>;
+/* A board file and those that led to it by their base, and where boards are known by name. */
+struct chain {
+    std::vector<std::string> paths;
+    std::string boards_dir;
+};
 
-static board_config load(const chain &paths);
+static board_config load(const chain &files);
 
-static board_config base_of(const text::toml_reader &reader, const chain &paths)
+std::vector<std::string> boards_in(const std::string &folder)
+{
+    std::vector<std::string> names;
+    std::error_code no_folder;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, no_folder)) {
+        if (entry.path().extension() == ".toml")
+            names.push_back(entry.path().stem().string());
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+static std::filesystem::path base_path(const text::toml_reader &reader, const std::string &base, const chain &files)
+{
+    const auto beside = std::filesystem::path(files.paths.back()).parent_path() / base;
+    if (std::filesystem::is_regular_file(beside))
+        return beside;
+    const auto names = boards_in(files.boards_dir);
+    if (std::ranges::find(names, base) != names.end())
+        return std::filesystem::path(files.boards_dir) / (base + ".toml");
+    const std::vector<std::string_view> known(names.begin(), names.end());
+    reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one{}", base,
+                                    known.empty() ? "" : " or a board's name" + text::expected_one_of(base, known)));
+}
+
+static board_config base_of(const text::toml_reader &reader, const chain &files)
 {
     const auto base = reader.text("base");
     if (!base)
         return {};
-    const auto base_path = std::filesystem::path(paths.back()).parent_path() / *base;
-    if (!std::filesystem::is_regular_file(base_path))
-        reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one", *base));
-    auto longer = paths;
-    longer.push_back(base_path.string());
-    const auto same = [&](const auto &path) {
+    const auto path = base_path(reader, *base, files);
+    auto longer = files;
+    longer.paths.push_back(path.string());
+    const auto same = [&](const auto &known) {
         std::error_code no_file;
-        return std::filesystem::equivalent(path, base_path, no_file);
+        return std::filesystem::equivalent(known, path, no_file);
     };
-    if (const auto first = std::ranges::find_if(paths, same); first != paths.end())
+    if (const auto first = std::ranges::find_if(files.paths, same); first != files.paths.end())
         reader.fail("base", fmt::format("base is \"{}\", which makes a circle ({}), expected another board", *base,
-                                        fmt::join(longer.begin() + (first - paths.begin()), longer.end(), ", ")));
+                                        fmt::join(longer.paths.begin() + (first - files.paths.begin()),
+                                                  longer.paths.end(), ", ")));
     return load(longer);
 }
 
@@ -112,13 +140,13 @@ static void read_fpga(const std::string &path, const toml::table &table, board_c
     }
 }
 
-static board_config read_board(const toml::table &table, const chain &paths)
+static board_config read_board(const toml::table &table, const chain &files)
 {
-    const auto &path = paths.back();
+    const auto &path = files.paths.back();
     const text::toml_reader reader(path, table,
                                    {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us",
                                     "boot_ms", "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
-    auto board = base_of(reader, paths);
+    auto board = base_of(reader, files);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
     if (board.ports.empty())
@@ -131,19 +159,19 @@ static board_config read_board(const toml::table &table, const chain &paths)
     return board;
 }
 
-static board_config load(const chain &paths)
+static board_config load(const chain &files)
 {
-    return read_board(text::read_toml(paths.back(), "a board file"), paths);
+    return read_board(text::read_toml(files.paths.back(), "a board file"), files);
 }
 
-board_config load_board(const std::string &path)
+board_config load_board(const std::string &path, const std::string &boards_dir)
 {
-    return load({path});
+    return load({{path}, boards_dir});
 }
 
-board_config parse_board(std::string_view text, const std::string &path)
+board_config parse_board(std::string_view text, const std::string &path, const std::string &boards_dir)
 {
-    return read_board(text::parse_toml(text, path), {path});
+    return read_board(text::parse_toml(text, path), {{path}, boards_dir});
 }
 
 } // namespace sim

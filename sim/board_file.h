@@ -7,18 +7,22 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "board_config.h"
 
 namespace sim
 {
 
-/* The board that a file describes, with the boards that it is based on. Throws text::file_error (toml_reader.h) when
- * the file cannot be read or anything in it is wrong. */
-board_config load_board(const std::string &path);
+/* The names of the boards in a folder, in order; none when there is no such folder. */
+std::vector<std::string> boards_in(const std::string &folder);
 
-/* The same for text; path stands in messages, and a base is looked for beside it. */
-board_config parse_board(std::string_view text, const std::string &path);
+/* The board that a file describes, with the boards that it is based on: files beside it, or names of boards in a
+ * folder. Throws text::file_error (toml_reader.h) when the file cannot be read or anything in it is wrong. */
+board_config load_board(const std::string &path, const std::string &boards_dir = "");
+
+/* The same for text; path stands in messages. */
+board_config parse_board(std::string_view text, const std::string &path, const std::string &boards_dir = "");
 
 } // namespace sim
 

@@ -18,6 +18,7 @@
 #include "text/nearest.h"
 #include "text/say.h"
 #include "text/toml_reader.h"
+#include "text/version.h"
 
 namespace fs = std::filesystem;
 
@@ -101,7 +102,7 @@ static std::string default_boards_dir()
 
 static void refuse_unknown(const std::string &found, const std::vector<text_option> &options)
 {
-    std::vector<std::string_view> known = {"--help", "--list-boards", "--run-flow", "--quiet"};
+    std::vector<std::string_view> known = {"--help", "--version", "--list-boards", "--run-flow", "--quiet"};
     for (const auto &option : options)
         known.push_back(option.name);
     if (!found.starts_with("-"))
@@ -114,8 +115,8 @@ static void parse(CLI::App &app, int argc, const char *const *argv, const std::v
     app.allow_extras();
     try {
         app.parse(argc, argv);
-    } catch (const CLI::CallForHelp &help) {
-        throw early_exit{app.exit(help)};
+    } catch (const CLI::Success &done) { /* help or the version was asked for */
+        throw early_exit{app.exit(done)};
     } catch (const CLI::ParseError &error) {
         explain(error.what(), app, options);
     }
@@ -152,6 +153,7 @@ options parse_options(int argc, const char *const *argv)
     app.get_option("--drop-slot")
         ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
         ->take_last();
+    app.set_version_flag("--version", fmt::format("facmsg-simhost {}", text::version()), "Show the version and exit");
     app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit")->disable_flag_override();
     app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit")
         ->disable_flag_override();
@@ -165,15 +167,9 @@ options parse_options(int argc, const char *const *argv)
 
 static std::vector<std::string> board_names(const std::string &folder)
 {
-    std::vector<std::string> names;
-    std::error_code no_folder;
-    for (const auto &entry : fs::directory_iterator(folder, no_folder)) {
-        if (entry.path().extension() == ".toml")
-            names.push_back(entry.path().stem().string());
-    }
+    auto names = boards_in(folder);
     if (names.empty())
         throw usage_error(fmt::format("--boards-dir: found '{}', expected a folder with boards", folder));
-    std::sort(names.begin(), names.end());
     return names;
 }
 
@@ -190,10 +186,10 @@ std::string find_board(const options &options)
 }
 
 /* What is wrong with the board when it has none. */
-static std::string description_of(const fs::path &board)
+static std::string description_of(const fs::path &board, const std::string &boards_dir)
 {
     try {
-        return load_board(board.string()).description;
+        return load_board(board.string(), boards_dir).description;
     } catch (const text::file_error &error) {
         return error.what();
     }
@@ -202,7 +198,8 @@ static std::string description_of(const fs::path &board)
 void list_boards(const options &options)
 {
     for (const auto &name : board_names(options.boards_dir)) {
-        fmt::print("{:<18} {}\n", name, text::escaped(description_of(fs::path(options.boards_dir) / (name + ".toml"))));
+        const auto file = fs::path(options.boards_dir) / (name + ".toml");
+        fmt::print("{:<18} {}\n", name, text::escaped(description_of(file, options.boards_dir)));
     }
 }
 

@@ -109,7 +109,7 @@ static int run(const options &options)
         list_boards(options);
         return EXIT_ENDED;
     }
-    auto config = load_board(find_board(options));
+    auto config = load_board(find_board(options), options.boards_dir);
     const auto end_signals = block_end_signals();
     power_up(std::move(config), options);
     start_service(options);

@@ -24,22 +24,29 @@ void enter_directory(const std::string &directory)
             fmt::format("cannot enter directory '{}': {}", directory, std::generic_category().message(errno)));
 }
 
-static std::vector<uint8_t> send_and_wait(const request &sent, const std::string &directory, const patience &allowed,
-                                          const std::function<void()> &tick)
+static int64_t whole_s(milliseconds time)
 {
-    request answered = sent;
-    switch (exchange(answered, allowed, tick)) {
-    case exchange_end::replied:
-        break;
-    case exchange_end::failed:
-        throw no_reply(exit_code::no_verdict, "unreachable", why_no_reply(sent, directory));
-    case exchange_end::timed_out:
-        throw no_reply(exit_code::no_verdict, "timeout",
-                       "no reply in time; the service goes on with the request it has begun");
-    case exchange_end::interrupted:
-        throw no_reply(noted_code(), "interrupted", "interrupted; the service goes on with the request it has begun");
-    }
-    return answered.payload;
+    return std::chrono::duration_cast<std::chrono::seconds>(time).count();
+}
+
+/* The service does what it was sent, whoever waits for it. */
+static no_reply given_up(const exchanged &result, const patience &allowed)
+{
+    const bool interrupted = result.end == exchange_end::interrupted;
+    const exit_code code = interrupted ? noted_code() : exit_code::no_verdict;
+    const std::string when_free = result.connected ? ", and will do it once it is free" : "";
+    if (result.begun)
+        return {code, interrupted ? "interrupted" : "timeout",
+                fmt::format("{}; the service goes on with the request it has begun",
+                            interrupted ? "interrupted"
+                                        : fmt::format("no reply within {} s", whole_s(*allowed.for_reply)))};
+    if (interrupted)
+        return {code, "interrupted",
+                fmt::format("interrupted; the service had not begun the request yet{}", when_free)};
+    return {code, "busy",
+            fmt::format("the service has not begun the request within {} s: it is still at work for somebody else, or "
+                        "hangs{}",
+                        whole_s(allowed.for_service), when_free)};
 }
 
 /* The client call takes any reply of the right size, so one that belongs to another request shows here: the service
@@ -59,12 +66,23 @@ static void check_echo(const command &row, const request &sent, const std::vecto
 }
 
 outcome carry_out(const command &row, const request &asked, const std::string &directory, const patience &allowed,
-                  const std::function<void(const std::string &done)> &tick)
+                  const audience &shown)
 {
+    patience left = allowed;
     const sender send = [&](const request &part, const std::string &done) {
-        std::vector<uint8_t> reply = send_and_wait(part, directory, allowed, [&] { tick(done); });
-        check_echo(row, part, reply);
-        return reply;
+        const socket_file before;
+        const exchanged result = exchange(part, left, {[&] { shown.working(done); }, shown.waiting});
+        if (result.end == exchange_end::failed) {
+            const reason why = why_no_reply(part, directory, before, result);
+            throw no_reply(exit_code::no_verdict, why.symptom, why.sentence);
+        }
+        if (result.end != exchange_end::replied)
+            throw given_up(result, allowed);
+        check_echo(row, part, result.reply);
+        left.for_service -= result.waited;
+        if (left.for_reply)
+            *left.for_reply -= result.worked;
+        return result.reply;
     };
     return row.transfer ? row.transfer(asked, send) : row.decode(asked, send(asked, ""));
 }

@@ -13,7 +13,8 @@ namespace station
 /* The request ends without a reply that can be judged; what() says why. */
 struct no_reply : std::runtime_error {
     exit_code code;
-    const char *symptom; /* one word: "unreachable", "timeout", "interrupted", or "no-verdict" after an answer */
+    const char *symptom; /* one word: "unreachable", "host-ended", "busy", "timeout", "interrupted", or "no-verdict"
+                            after an answer */
     no_reply(exit_code why, const char *word, const std::string &sentence)
         : std::runtime_error(sentence), code(why), symptom(word)
     {
@@ -23,10 +24,16 @@ struct no_reply : std::runtime_error {
 /* Goes to the working directory of the host. Throws no_reply. */
 void enter_directory(const std::string &directory);
 
-/* To be called in the service's directory, which is shown as `directory`. tick gets how far a transfer is. Throws
- * no_reply. */
+/* Told as an onlooker is; done says how far a transfer is. */
+struct audience {
+    std::function<void(const std::string &done)> working;
+    std::function<void()> waiting;
+};
+
+/* To be called in the service's directory, which is shown as `directory`. allowed is for all parts of a transfer
+ * together. Throws no_reply. */
 outcome carry_out(const command &row, const request &asked, const std::string &directory, const patience &allowed,
-                  const std::function<void(const std::string &done)> &tick);
+                  const audience &shown);
 
 /* The outcome of a reply that is all zeros, without sending anything: shows which values there are to judge, and throws
  * usage_error when the options do not fit together. */

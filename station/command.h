@@ -96,6 +96,12 @@ struct command {
 /* All subcommands, in the order of the list. */
 std::span<const command> commands();
 
+/* Whether a request may share the service with others of its kind: it changes nothing that a test is about. */
+bool may_share(const command &row);
+
+/* Of every subcommand that sends a request: what it waits for and how long. */
+std::span<const option> waiting_options();
+
 /* The request before any option was given. */
 request empty_request(const command &row);
 
@@ -126,6 +132,15 @@ template <class Record> Record record_of(const std::vector<uint8_t> &payload)
     std::memcpy(&record, payload.data(), sizeof(record));
     return record;
 }
+
+/* Of requests and plans alike. A PoE test with failing ports may last 18 minutes, most requests a tenth of that. */
+inline constexpr int64_t busy_timeout_s = 600;
+inline constexpr option busy_timeout_option{
+    .name = "--busy-timeout",
+    .help = "seconds to wait for a service that is at work for somebody else, 600 if not given",
+    .least = 1,
+    .most = 86400,
+    .set = set_own_number};
 
 /* The unit word lies at the same place in every record that has one. */
 inline constexpr option unit_option{.name = "--unit", .help = "switch unit", .offset = 4};

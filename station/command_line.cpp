@@ -10,6 +10,7 @@
 #include <fmt/ranges.h>
 
 #include "text/nearest.h"
+#include "text/version.h"
 #include "tools.h"
 
 namespace station
@@ -89,7 +90,7 @@ static std::vector<std::string_view> subcommand_names()
 /* Every option that can be given with a subcommand, or with none. */
 static std::vector<std::string> option_names(const chosen_subcommand &given)
 {
-    std::vector<std::string> names{"--help", "--directory", "--json", "--no-progress"};
+    std::vector<std::string> names{"--help", "--version", "--directory", "--json", "--no-progress"};
     if (given.sub != nullptr)
         for (const CLI::Option *known : given.sub->get_options())
             if (!known->get_positional() && known->get_name() != "--help")
@@ -118,10 +119,11 @@ static std::string explain_error(const std::string &what, const chosen_subcomman
         return "--directory: expected exactly one value, allowed: the host's working directory";
     if (what.ends_with("flag override"))
         return fmt::format("--{}: takes no value", name);
-    for (const option &field : row ? row->options : std::span<const option>{})
-        if (name == field.name && field.values != arity::flag)
-            return fmt::format("{}: expected exactly one value{}", name,
-                               field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
+    for (const auto &options : {row ? row->options : std::span<const option>{}, waiting_options()})
+        for (const option &field : options)
+            if (row && name == field.name && field.values != arity::flag)
+                return fmt::format("{}: expected exactly one value{}", name,
+                                   field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
     if (row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
         return fmt::format("{}: expected exactly one value", name);
     return what;
@@ -140,6 +142,9 @@ static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_su
         });
         for (const option &field : row.options)
             add_option(*sub, sent, field);
+        if (row.decode != nullptr || row.transfer != nullptr)
+            for (const option &field : waiting_options())
+                add_option(*sub, sent, field);
     }
 }
 
@@ -175,11 +180,13 @@ invocation read_command_line(int argc, char **argv)
     CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
     app.get_formatter()->column_width(26);
     app.footer("Exit codes: 0 passed, 1 the unit failed, 2 wrong command line or plan, 3 no verdict,\n"
-               "4 results not saved, 5 nothing was run, 130 and 143 interrupted.");
+               "4 results not saved, 5 nothing was run or judged, 6 a part of the plan passed,\n"
+               "129, 130, 131 and 143 interrupted.");
     app.fallthrough();
     app.allow_extras();
     app.require_subcommand(0, 1);
     add_globals(app, call.chosen);
+    app.set_version_flag("--version", fmt::format("facmsg-station {}", text::version()), "show the version and exit");
     for (const char *word : std::span(argv, static_cast<size_t>(argc)))
         call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
     std::deque<request> requests;
@@ -191,6 +198,10 @@ invocation read_command_line(int argc, char **argv)
     } catch (const CLI::CallForHelp &) {
         call = {};
         call.help = app.help();
+        return call;
+    } catch (const CLI::CallForVersion &version) {
+        call = {};
+        call.help = fmt::format("{}\n", version.what());
         return call;
     } catch (const CLI::ParseError &error) {
         throw usage_error(explain_error(error.what(), given));

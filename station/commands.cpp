@@ -2,6 +2,8 @@
  *
  * The table of subcommands: one row each. A new request is a new row here and its decoder in its family's file.
  */
+#include <algorithm>
+
 #include "families.h"
 
 namespace station
@@ -77,6 +79,30 @@ std::span<const command> commands()
                              decode_prbs),
         {"raw", "send any request, show the reply in hexadecimal", {}, 0, raw_options, {0}, decode_raw},
         {"list", "show this table", {}, 0, {}, {0}, nullptr},
+    };
+    return table;
+}
+
+bool may_share(const command &row)
+{
+    constexpr uint32_t reads_or_logs[] = {FACMSG_FC_ETHER_SWITCH, FACMSG_MSG_DEBUG, FACMSG_POE_DEBUG,
+                                          FACMSG_PORT_DEBUG,      FACMSG_FPGA_READ, FACMSG_POE_MCU_VERSION};
+    return row.type && std::ranges::find(reads_or_logs, *row.type) != std::end(reads_or_logs);
+}
+
+std::span<const option> waiting_options()
+{
+    static constexpr option table[] = {
+        {.name = "--timeout",
+         .help = "seconds to wait for the reply, from when the service begins; as long as it takes if not given",
+         .least = 1,
+         .most = 86400,
+         .set = set_own_number},
+        busy_timeout_option,
+        {.name = "--wait",
+         .help = "wait for another station that is at this service",
+         .values = arity::flag,
+         .set = set_own},
     };
     return table;
 }

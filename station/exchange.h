@@ -13,18 +13,35 @@
 namespace station
 {
 
-enum class exchange_end { replied, failed, timed_out, interrupted };
+using milliseconds = std::chrono::milliseconds;
 
-/* How long to wait for a reply. */
+/* How long to wait. The service does one request at a time, and begins each when it is done with those before. */
 struct patience {
-    std::chrono::steady_clock::time_point until = std::chrono::steady_clock::time_point::max();
-    std::chrono::seconds after_signal{0}; /* from when a signal was noted */
+    milliseconds for_service = std::chrono::seconds(600); /* to begin the request */
+    std::optional<milliseconds> for_reply = {};           /* from when it was begun; none: as long as it takes */
+    milliseconds after_signal{0};                         /* from when a signal was noted, while the request is begun */
 };
 
-/* Sends the request and waits for the reply, which replaces its payload. Calls tick() at once and then a few times a
- * second. The waiting may end before the reply, the service's work does not. Signals have to be watched
- * (interruption.h). */
-exchange_end exchange(request &sent, const patience &allowed, const std::function<void()> &tick);
+/* Told at once and then a few times a second where the request is. */
+struct onlooker {
+    std::function<void()> working; /* the service is at it, or will be in no time */
+    std::function<void()> waiting; /* the service is still at work for somebody else */
+};
+
+enum class exchange_end { replied, failed, timed_out, interrupted };
+
+struct exchanged {
+    exchange_end end;
+    bool connected;        /* to the service, at some time */
+    bool begun;            /* the service has read the request */
+    milliseconds waited{}; /* until it was begun */
+    milliseconds worked{}; /* since then */
+    std::vector<uint8_t> reply = {};
+};
+
+/* Sends the request and waits for the reply. The waiting may end before the reply, the service's work does not. Signals
+ * have to be watched (interruption.h). */
+exchanged exchange(const request &sent, const patience &allowed, const onlooker &shown);
 
 } // namespace station
 

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * SIGINT and SIGTERM are blocked, and a thread waits for them: it can leave at once whatever the others do.
+ * The signals that interrupt are blocked, and a thread waits for them: it can leave at once whatever the others do.
  */
 #include "interruption.h"
 
@@ -14,6 +14,10 @@ namespace station
 
 using clock = std::chrono::steady_clock;
 
+/* A time limit that signals the program and its group, or a terminal that closes, interrupts once but is heard twice.
+ * Nobody presses a key twice as fast. */
+static constexpr std::chrono::milliseconds one_interruption{500};
+
 static std::atomic<bool> leave_at_once = true;
 static std::atomic<int> noted = 0;
 static std::atomic<clock::rep> noted_time = 0;
@@ -21,12 +25,22 @@ static std::atomic<clock::rep> noted_time = 0;
 static void take_signals(sigset_t taken, pthread_t woken)
 {
     for (int number = 0; sigwait(&taken, &number) == 0;) {
-        if (leave_at_once || noted != 0)
+        const auto now = clock::now();
+        if (leave_at_once || (noted != 0 && now >= noted_at() + one_interruption))
             _exit(128 + number);
-        noted_time = clock::now().time_since_epoch().count();
+        if (noted != 0)
+            continue;
+        noted_time = now.time_since_epoch().count();
         noted = number;
         pthread_kill(woken, wake_up);
     }
+}
+
+/* What nohup has made deaf to the end of its terminal stays so. */
+static bool is_ignored(int number)
+{
+    struct sigaction action;
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 void watch_signals(signal_policy policy)
@@ -39,8 +53,10 @@ void watch_signals(signal_policy policy)
     sigset_t taken;
     sigemptyset(&taken);
     sigaddset(&taken, wake_up); /* blocked too: it may come when nobody waits for it */
-    sigaddset(&taken, SIGINT);
-    sigaddset(&taken, SIGTERM);
+    for (const int number : {SIGINT, SIGQUIT, SIGTERM})
+        sigaddset(&taken, number);
+    if (!is_ignored(SIGHUP))
+        sigaddset(&taken, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &taken, nullptr);
     sigdelset(&taken, wake_up);
     std::thread(take_signals, taken, pthread_self()).detach();
@@ -58,7 +74,18 @@ clock::time_point noted_at()
 
 exit_code noted_code()
 {
-    return noted == SIGTERM ? exit_code::terminated : exit_code::interrupted;
+    return static_cast<exit_code>(128 + noted);
+}
+
+void wait_for_wake_up(std::chrono::milliseconds most)
+{
+    const auto whole_s = std::chrono::duration_cast<std::chrono::seconds>(most);
+    const timespec limit{static_cast<time_t>(whole_s.count()),
+                         static_cast<long>(std::chrono::nanoseconds(most - whole_s).count())};
+    sigset_t waited;
+    sigemptyset(&waited);
+    sigaddset(&waited, wake_up);
+    sigtimedwait(&waited, nullptr, &limit);
 }
 
 } // namespace station

@@ -22,7 +22,10 @@ enum class exit_code : int {
     no_verdict = 3,    /* the test could not be run, or its reply makes no sense */
     not_saved = 4,     /* the record of a run could not be kept */
     nothing_run = 5,   /* a plan without a step that was run and judged */
+    partial = 6,       /* a part of a plan passed; nothing is known of the rest */
+    hung_up = 129,     /* by SIGHUP */
     interrupted = 130, /* by SIGINT */
+    quit = 131,        /* by SIGQUIT */
     terminated = 143   /* by SIGTERM */
 };
 
@@ -72,6 +75,7 @@ struct outcome {
     std::vector<port_outcome> ports = {};
     std::string text = {};               /* more lines for people, each with its line end */
     nlohmann::ordered_json members = {}; /* more members of the JSON object */
+    std::vector<check> checks = {};      /* on the unit as a whole */
 };
 
 const char *word_of(verdict judged);

@@ -1,17 +1,17 @@
 /* SPDX-License-Identifier: MIT
  *
- * The progress line: one line of stderr, rewritten in place.
+ * What is seen of a request while it is at work.
  */
-#include <cstdio>
-#include <fmt/format.h>
+#include "progress.h"
 
-#include "report.h"
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "text/say.h"
+#include "text/terminal.h"
 
 namespace station
 {
-
-/* Return to the first column and erase the line. */
-constexpr const char *rewrite = "\r\033[K";
 
 static std::string expectation(const duration &expected)
 {
@@ -22,18 +22,46 @@ static std::string expectation(const duration &expected)
     return fmt::format("about {} s expected{}", expected.typical_s, longest);
 }
 
-void show_progress(const command &row, int elapsed_s, const std::string &done)
+progress::progress(const command &row, bool wanted) : row_(row), notice_(row.name, wanted)
 {
-    const std::string shown = fmt::format("{}{}: {} s elapsed, {}", rewrite, row.name, elapsed_s,
-                                          done.empty() ? expectation(row.expected) : done);
-    std::fputs(shown.c_str(), stderr);
-    std::fflush(stderr);
+    const text::terminal screen = text::terminal_of(STDERR_FILENO);
+    lively_ = wanted && screen.lively;
+    plain_ = wanted && screen.there && !screen.lively;
 }
 
-void clear_progress()
+progress::~progress()
 {
-    std::fputs(rewrite, stderr);
-    std::fflush(stderr);
+    if (lively_ && begun_)
+        text::clear_line(STDERR_FILENO);
+}
+
+void progress::working(const std::string &done)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (!begun_) {
+        notice_.clear();
+        start_ = now;
+    }
+    begun_ = true;
+    if (plain_)
+        text::say(fmt::format("{}: {}", row_.name, expectation(row_.expected)));
+    plain_ = false;
+    if (lively_)
+        text::rewrite_line(STDERR_FILENO,
+                           fmt::format("{}: {} s elapsed, {}", row_.name,
+                                       std::chrono::duration_cast<std::chrono::seconds>(now - start_).count(),
+                                       done.empty() ? expectation(row_.expected) : done));
+}
+
+void progress::waiting()
+{
+    begun_ = false;
+    notice_.show("waiting for the service: it is still at work for somebody else");
+}
+
+notice &progress::others()
+{
+    return notice_;
 }
 
 } // namespace station

@@ -23,10 +23,6 @@ std::string json_error(const command *row, exit_code code, const std::string &se
 
 std::string list_report(bool json);
 
-/* Shows or rewrites the progress line on stderr, and takes it away again. done says how far a transfer is. */
-void show_progress(const command &row, int elapsed_s, const std::string &done);
-void clear_progress();
-
 } // namespace station
 
 #endif

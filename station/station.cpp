@@ -4,7 +4,6 @@
  * switch's host process and judged, or one of the tools. Results go to stdout, errors and progress to stderr.
  */
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -14,7 +13,9 @@
 #include "carry_out.h"
 #include "command_line.h"
 #include "interruption.h"
+#include "progress.h"
 #include "report.h"
+#include "service_lock.h"
 #include "text/say.h"
 #include "text/toml_reader.h"
 
@@ -26,34 +27,31 @@ static void print(const std::string &text)
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/* The progress line, for as long as this lives. */
-struct progress_line {
-    const invocation &call;
-    const bool wanted = !call.chosen.no_progress && isatty(STDERR_FILENO);
-    const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+static milliseconds in_ms(const std::string &seconds)
+{
+    return std::chrono::seconds(std::stoll(seconds));
+}
 
-    explicit progress_line(const invocation &shown) : call(shown) {}
-    ~progress_line()
-    {
-        if (wanted)
-            clear_progress();
-    }
-    progress_line(const progress_line &) = delete;
-    progress_line &operator=(const progress_line &) = delete;
-    void show(const std::string &done) const
-    {
-        const auto elapsed = std::chrono::steady_clock::now() - start;
-        if (wanted)
-            show_progress(*call.row, static_cast<int>(elapsed / std::chrono::seconds(1)), done);
-    }
-};
+static patience patience_for(const request &sent)
+{
+    patience allowed{};
+    if (const auto given = own_value(sent, busy_timeout_option.name))
+        allowed.for_service = in_ms(*given);
+    if (const auto given = own_value(sent, "--timeout"))
+        allowed.for_reply = in_ms(*given);
+    return allowed;
+}
 
+/* Nothing else is at the service meanwhile. */
 static outcome carry_out(const invocation &call)
 {
-    const progress_line progress(call);
+    progress shown(*call.row, !call.chosen.no_progress);
     watch_signals(signal_policy::note);
-    return carry_out(*call.row, call.sent, call.chosen.directory, {},
-                     [&](const std::string &done) { progress.show(done); });
+    const service_lock alone({call.chosen.directory, fmt::format("request {}", call.row->name), may_share(*call.row),
+                              own_value(call.sent, "--wait").has_value()},
+                             shown.others());
+    return carry_out(*call.row, call.sent, call.chosen.directory, patience_for(call.sent),
+                     {[&](const std::string &done) { shown.working(done); }, [&] { shown.waiting(); }});
 }
 
 /* Asks before a request that is not to be sent by mistake. */
@@ -137,9 +135,10 @@ static void open_standard_streams()
 int main(int argc, char **argv)
 {
     open_standard_streams();
-    const station::exit_code code = station::run_command_line(argc, argv);
-    if (std::fflush(stdout) == 0)
-        return static_cast<int>(code);
+    const auto code = static_cast<int>(station::run_command_line(argc, argv));
+    const bool interrupted = code > 128; /* perhaps by the end of the terminal that stdout leads to */
+    if (std::fflush(stdout) == 0 || interrupted)
+        return code;
     text::say("facmsg-station: the result could not be written to stdout");
     return static_cast<int>(station::exit_code::no_verdict);
 }

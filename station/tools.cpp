@@ -53,8 +53,14 @@ static tool_run add_plan(CLI::App &sub)
     sub.add_option_function<std::string>(
            grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
         ->type_name("S");
+    sub.add_option_function<std::string>(
+           busy_timeout_option.name,
+           [given](const std::string &value) { given->busy_timeout_s = parse_value(busy_timeout_option, value); },
+           busy_timeout_option.help)
+        ->type_name("S");
+    add_flag(sub, "--wait", given->wait, "wait for another station that is at this service");
     return [given](const settings &chosen) {
-        refuse_json(chosen, "plan", "whose record is the journal");
+        given->json = chosen.json;
         given->directory = chosen.directory;
         given->no_progress = chosen.no_progress;
         given->command_line = chosen.command_line;

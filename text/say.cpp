@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include "terminal.h"
+
 namespace text
 {
 
@@ -39,7 +41,7 @@ void say(std::string_view line)
 bool colour_wanted()
 {
     const char *no_colour = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) && (no_colour == nullptr || *no_colour == '\0');
+    return terminal_of(STDOUT_FILENO).lively && (no_colour == nullptr || *no_colour == '\0');
 }
 
 } // namespace text

@@ -17,7 +17,7 @@ std::string escaped(std::string_view text);
 /* Writes one line to stderr, escaped. A stderr that is full or closed changes nothing else. */
 void say(std::string_view line);
 
-/* Whether stdout may have colour: it is a terminal, and NO_COLOR is unset or empty. */
+/* Whether stdout may have colour: it is a terminal that knows it, and NO_COLOR is unset or empty. */
 bool colour_wanted();
 
 } // namespace text

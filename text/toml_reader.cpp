@@ -5,10 +5,13 @@
 #include "toml_reader.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -45,13 +48,32 @@ toml::table parse_toml(std::string_view text, const std::string &path)
     }
 }
 
+static std::string lower_first(std::string text)
+{
+    text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
+    return text;
+}
+
+std::string read_bytes(const std::string &path, std::string_view expected)
+{
+    std::error_code unknown;
+    const auto kind = std::filesystem::status(path, unknown).type();
+    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found)
+        throw file_error(fmt::format("{}: is {}, expected {}", path,
+                                     kind == std::filesystem::file_type::directory ? "a directory" : "no regular file",
+                                     expected));
+    errno = 0;
+    std::ifstream file(path);
+    std::ostringstream bytes;
+    if (file.is_open() && (file.peek() == EOF ? !file.bad() : bool(bytes << file.rdbuf())))
+        return bytes.str();
+    const std::string reason = std::generic_category().message(errno == 0 ? EIO : errno);
+    throw file_error(fmt::format("{}: {}, expected {}", path, lower_first(reason), expected));
+}
+
 toml::table read_toml(const std::string &path, std::string_view expected)
 {
-    std::ifstream file(path);
-    std::ostringstream text;
-    if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
-        throw file_error(fmt::format("{}:1:1: found no readable text, expected {}", path, expected));
-    return parse_toml(text.str(), path);
+    return parse_toml(read_bytes(path, expected), path);
 }
 
 toml_reader::toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known)

@@ -19,13 +19,15 @@
 namespace text
 {
 
-/* what() is one line "file:line:column: what was found, what was expected". */
+/* what() is one line "file:line:column: what was found, what was expected", or without a place
+ * when there is no such file. */
 struct file_error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/* The table in a file, or in a text whose path stands in messages. expected says what the file should have been. Both
- * throw file_error. */
+/* What is in a file; the table in a file, or in a text whose path stands in messages. expected says what the file
+ * should have been. All throw file_error. */
+std::string read_bytes(const std::string &path, std::string_view expected);
 toml::table read_toml(const std::string &path, std::string_view expected);
 toml::table parse_toml(std::string_view text, const std::string &path);
 

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Sentences on a screen of 80 columns.
+ * Sentences on a screen, of 80 columns as a rule.
  */
 #include "wrap.h"
 
@@ -12,14 +12,14 @@
 namespace text
 {
 
-std::string wrapped(const std::string &text, size_t indent)
+std::string wrapped(const std::string &text, size_t indent, size_t columns)
 {
     std::string lines;
     size_t column = indent;
     std::istringstream words(text);
     for (std::string word; words >> word; column += length(word)) {
         const bool first = lines.empty();
-        if (!first && column + 1 + length(word) > screen_columns) {
+        if (!first && column + 1 + length(word) > columns) {
             lines += "\n" + std::string(indent, ' ');
             column = indent;
         } else if (!first) {

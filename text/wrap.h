@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Sentences on a screen of 80 columns.
+ * Sentences on a screen, of 80 columns as a rule.
  */
 #ifndef TEXT_WRAP_H
 #define TEXT_WRAP_H
@@ -13,7 +13,7 @@ namespace text
 constexpr size_t screen_columns = 80;
 
 /* Breaks text between words. It begins in column indent, and so do the following lines. */
-std::string wrapped(const std::string &text, size_t indent);
+std::string wrapped(const std::string &text, size_t indent, size_t columns = screen_columns);
 
 /* The text and blanks up to a width in characters. */
 std::string padded(const std::string &text, size_t width);

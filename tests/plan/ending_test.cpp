@@ -12,6 +12,7 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 #include "bench.h"
 
@@ -21,7 +22,7 @@ static const std::string two_steps = plan_with("[[step]]\nrequest = \"factory-mo
 
 /* A program with its outputs at the other end of pipes. */
 struct running {
-    int out, err;
+    int out, err; /* -1: closed */
     pid_t pid;
     running(const words &arguments)
     {
@@ -52,18 +53,6 @@ static std::string read_to(int fd, const std::string &text)
 }
 static const std::string the_end(1, '\0');
 
-TEST(plan_end, nobody_answers)
-{
-    const temporary_folder folder;
-    const listener silent(folder);
-    const running plan(plan_line(folder.path, two_steps, who));
-    EXPECT_EQ(read_to(plan.out, "\n"), "test 1: serial SW0001, 2 steps, about 27 s expected\n"); /* before the reply */
-    EXPECT_EQ(wait_for(plan.pid), 3);
-    EXPECT_EQ(only_story(folder.path), "factory-mode#1 timeout ERROR\npoe#1 the service did not answer an earlier "
-                                       "step SKIP\nERROR NOT_APPLICABLE");
-    EXPECT_EQ(run(plan_line(temporary_folder().path, two_steps, who)).code, 3);
-}
-
 /* Takes the request of a station that waits for its reply. */
 static int take_request(const listener &service)
 {
@@ -73,53 +62,166 @@ static int take_request(const listener &service)
     return connection;
 }
 
-TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
+static void answer(int connection)
 {
-    for (const int number : {SIGINT, SIGTERM})
-        for (const bool answered : {true, false}) {
-            const temporary_folder folder;
-            const listener service(folder);
-            words options = who;
-            options.insert(options.end(), {"--grace", answered ? "60" : "0"});
-            std::string plan = two_steps;
-            plan.replace(plan.find("timeout_s = 1"), 13, "timeout_s = 60");
-            const running interrupted(plan_line(folder.path, plan, options));
-            const int connection = take_request(service);
-            kill(interrupted.pid, number);
-            if (answered) {
-                EXPECT_NE(read_to(interrupted.err, "\n").find("waiting for factory-mode to end, at most 60 s"),
-                          std::string::npos);
-                const uint32_t reply[3] = {10, 4, 0};
-                EXPECT_EQ(send(connection, reply, sizeof(reply), MSG_NOSIGNAL), ssize_t{sizeof(reply)});
-            }
-            EXPECT_EQ(wait_for(interrupted.pid), 128 + number);
-            close(connection);
-            const std::string skipped =
-                std::string("poe#1 the run was interrupted SKIP\nThe run was interrupted by SIG") +
-                (number == SIGINT ? "INT" : "TERM") + ". SKIP NOT_APPLICABLE";
-            EXPECT_EQ(only_story(folder.path),
-                      (answered ? "factory-mode#1 COMPLETE\n"
-                                : "factory-mode#1 no reply was waited for any longer: the run was interrupted SKIP\n") +
-                          skipped);
-        }
+    const uint32_t reply[3] = {10, 4, 0};
+    EXPECT_EQ(send(connection, reply, sizeof(reply), MSG_NOSIGNAL), ssize_t{sizeof(reply)});
 }
 
-TEST(plan_end, a_second_interruption_leaves_at_once)
+static std::string with_timeout(std::string plan, const std::string &seconds)
+{
+    return plan.replace(plan.find("timeout_s = 1"), 13, "timeout_s = " + seconds);
+}
+
+static words with(const words &options)
+{
+    words all = who;
+    all.insert(all.end(), options.begin(), options.end());
+    return all;
+}
+
+TEST(plan_end, nobody_answers)
+{
+    const std::string skipped = " ERROR\npoe#1 the service did not answer an earlier step SKIP\nERROR NOT_APPLICABLE";
+    for (const bool begun : {true, false}) {
+        const temporary_folder folder;
+        const listener silent(folder);
+        const running plan(plan_line(folder.path, two_steps, with({"--busy-timeout", begun ? "3600" : "1"})));
+        EXPECT_EQ(read_to(plan.out, "\n"), "test 1: serial SW0001, 2 steps, about 27 s expected\n"); /* at once */
+        const int connection = begun ? take_request(silent) : -1;
+        EXPECT_EQ(wait_for(plan.pid), 3);
+        close(connection);
+        EXPECT_EQ(only_story(folder.path), (begun ? "factory-mode#1 timeout" : "factory-mode#1 busy") + skipped);
+    }
+    EXPECT_EQ(run(plan_line(temporary_folder().path, two_steps, who)).code, 3);
+}
+
+TEST(plan_end, the_time_of_a_step_begins_when_the_service_does)
+{
+    const std::string one_step = plan_with("[[step]]\nrequest = \"factory-mode\"\ntimeout_s = 2\n");
+    const std::string waiting = "waiting for the service: it is still at work for somebody else";
+    const temporary_folder folder;
+    const listener busy(folder);
+    const running plan(plan_line(folder.path, one_step, who));
+    EXPECT_EQ(read_to(plan.err, "\n"), "facmsg-station: plan: " + waiting + "\n"); /* after 2 s */
+    const int connection = take_request(busy);
+    answer(connection);
+    EXPECT_EQ(wait_for(plan.pid), 0);
+    close(connection);
+    EXPECT_EQ(only_story(folder.path),
+              "factory-mode#1 " + waiting + " the service has begun the request COMPLETE\nCOMPLETE PASS");
+}
+
+static int rounds()
+{
+    const char *wanted = std::getenv("FACMSG_INTERRUPTIONS"); /* of each kind */
+    return wanted == nullptr ? 1 : std::atoi(wanted);
+}
+
+/* Interrupted as a time limit does it: the program, and its group. A terminal that closes takes the outputs with it. */
+static void interrupt_twice(running &plan, int number, int again)
+{
+    if (number == SIGHUP) {
+        close(std::exchange(plan.out, -1));
+        close(std::exchange(plan.err, -1));
+    }
+    kill(plan.pid, number);
+    kill(plan.pid, again);
+}
+
+TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
+{
+    const std::pair<int, int> interruptions[] = {
+        {SIGHUP, SIGHUP}, {SIGINT, SIGINT}, {SIGINT, SIGTERM}, {SIGQUIT, SIGQUIT}, {SIGTERM, SIGTERM}};
+    for (int round = 0; round < rounds(); round++)
+        for (const auto &[number, again] : interruptions)
+            for (const bool answered : {true, false}) {
+                const temporary_folder folder;
+                const listener service(folder);
+                running interrupted(
+                    plan_line(folder.path, with_timeout(two_steps, "60"), with({"--grace", answered ? "60" : "0"})));
+                const int connection = take_request(service);
+                interrupt_twice(interrupted, number, again);
+                if (answered && number != SIGHUP) {
+                    EXPECT_NE(read_to(interrupted.err, "\n").find("waiting for factory-mode to end, at most 60 s"),
+                              std::string::npos);
+                }
+                if (answered)
+                    answer(connection);
+                EXPECT_EQ(wait_for(interrupted.pid), 128 + number);
+                close(connection);
+                EXPECT_EQ(only_story(folder.path),
+                          (answered
+                               ? "factory-mode#1 COMPLETE\n"
+                               : "factory-mode#1 no reply was waited for any longer: the run was interrupted SKIP\n") +
+                              "poe#1 the run was interrupted SKIP\nThe run was interrupted by SIG" +
+                              sigabbrev_np(number) + ". SKIP NOT_APPLICABLE");
+                for (const char *report : {"/junit.xml", "/results.csv", "/report.html"})
+                    EXPECT_GT(std::filesystem::file_size(runs_in(folder.path).front() + report), 0u);
+            }
+}
+
+TEST(plan_end, a_later_interruption_leaves_at_once)
 {
     for (const int number : {SIGINT, SIGTERM}) {
         const temporary_folder folder;
         const listener service(folder);
-        std::string plan = two_steps;
-        plan.replace(plan.find("timeout_s = 1"), 13, "timeout_s = 60");
-        const running interrupted(plan_line(folder.path, plan, who));
+        const running interrupted(plan_line(folder.path, with_timeout(two_steps, "60"), who));
         const int connection = take_request(service);
         kill(interrupted.pid, SIGINT);
         read_to(interrupted.err, "\n");
+        usleep(600'000);
         kill(interrupted.pid, number);
         EXPECT_EQ(wait_for(interrupted.pid), 128 + number);
         close(connection);
         EXPECT_EQ(story_of(runs_in(folder.path).front()), "factory-mode#1");
     }
+}
+
+TEST(plan_end, nohup_lets_a_run_outlive_its_terminal)
+{
+    const temporary_folder folder;
+    const listener service(folder);
+    signal(SIGHUP, SIG_IGN); /* which a program inherits */
+    const running deaf(plan_line(folder.path, plan_with("[[step]]\nrequest = \"factory-mode\""), who));
+    signal(SIGHUP, SIG_DFL);
+    const int connection = take_request(service);
+    kill(deaf.pid, SIGHUP);
+    answer(connection);
+    EXPECT_EQ(wait_for(deaf.pid), 0);
+    close(connection);
+}
+
+/* The lock is the process's: it ends when that is killed. */
+TEST(plan_end, one_station_at_a_time)
+{
+    const temporary_folder folder;
+    const listener service(folder);
+    const words line = plan_line(folder.path, two_steps, who);
+    const running first(line);
+    const int connection = take_request(service);
+    const std::string holder = "process " + std::to_string(first.pid) + ": plan test 1, serial number SW0001, since ";
+    const std::string held = ": another station is at the service in directory '" + folder.path + "': " + holder;
+    for (const words &second : {line, {"--directory", folder.path, "log-level", "0"}}) {
+        const finished refused = run(second);
+        EXPECT_EQ(refused.code, 3) << refused;
+        EXPECT_NE(refused.err.find(held), std::string::npos) << refused;
+        EXPECT_NE(refused.err.find(" UTC; --wait waits for its end\n"), std::string::npos) << refused;
+    }
+    EXPECT_EQ(runs_in(folder.path).size(), 1u);
+    const running impatient({"--directory", folder.path, "packet", "--wait"});
+    EXPECT_EQ(read_to(impatient.err, holder), "facmsg-station: packet: waiting for " + holder);
+    kill(impatient.pid, SIGINT);
+    EXPECT_EQ(wait_for(impatient.pid), 130);
+    const running patient({"--directory", folder.path, "factory-mode", "--wait"});
+    read_to(patient.err, holder);
+    kill(first.pid, SIGKILL);
+    wait_for(first.pid);
+    close(connection);
+    const int next = take_request(service);
+    answer(next);
+    EXPECT_EQ(wait_for(patient.pid), 0);
+    close(next);
 }
 
 static void expect_not_saved(const finished &end)

@@ -25,7 +25,7 @@ static void expect_errors(std::span<const wrong_plan> cases, const std::string &
 TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
 {
     const wrong_plan cases[] = {
-        {"", "1:1: found no readable text, expected a plan file"},
+        {"", "1:1: found no key name, expected the plan's name"},
         {"\n", "1:1: found no key name, expected the plan's name"},
         {"name = 7", "1:8: name is 7, expected a string"},
         {"naem = \"a\"", "1:8: unknown key naem, did you mean name?"},

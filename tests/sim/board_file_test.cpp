@@ -103,7 +103,7 @@ TEST(board_file, names_the_base_that_is_wrong)
     std::ofstream(folder / "sim_loop.toml") << "base = \"sim_loop.toml\"\n";
     const auto error_from = [&](const std::string &base) -> std::string {
         try {
-            parse_board("base = \"" + base + "\"", (folder / "top.toml").string());
+            parse_board("base = \"" + base + "\"", (folder / "top.toml").string(), SHIPPED_BOARDS);
         } catch (const text::file_error &error) {
             return error.what();
         }
@@ -113,6 +113,12 @@ TEST(board_file, names_the_base_that_is_wrong)
                                                      ":1:11: boot_ms is -1, expected a whole number from 0 to 3600000");
     EXPECT_NE(error_from("sim_loop.toml").find("makes a circle (" + (folder / "sim_loop.toml").string() + ", "),
               std::string::npos);
+    EXPECT_NE(error_from("healty-28")
+                  .find("base is \"healty-28\", expected a board file beside this one or a board's "
+                        "name, did you mean healthy-28?"),
+              std::string::npos);
+    EXPECT_EQ(error_from("healthy-28"), "no error"); /* a shipped board, by its name */
+    EXPECT_NE(error_from("..").find("base is \"..\""), std::string::npos);
 }
 
 TEST(board_file, reads_abilities_in_both_forms)

@@ -10,10 +10,14 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sstream>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+/* The terminals of tests, whatever this one is. */
+static const int known_terminal = setenv("TERM", "xterm", 1);
 
 std::ostream &operator<<(std::ostream &stream, const finished &end)
 {
@@ -110,12 +114,15 @@ static std::string talk_to(int terminal, const std::vector<exchange> &talk)
     return shown;
 }
 
-static finished run_in_front(const words &arguments, const std::string &typed, const std::vector<exchange> &talk)
+static finished run_in_front(const words &arguments, const std::string &typed, const std::vector<exchange> &talk,
+                             unsigned short columns = 0)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     grantpt(terminal);
     unlockpt(terminal);
     const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    const winsize size{0, columns, 0, 0};
+    ioctl(terminal, TIOCSWINSZ, &size);
     EXPECT_EQ(write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
     const pid_t pid = start(station(arguments), screen, screen, 0, typed.empty() && talk.empty() ? -1 : screen);
     close(screen);
@@ -123,9 +130,9 @@ static finished run_in_front(const words &arguments, const std::string &typed, c
     return {wait_for(pid), shown, ""};
 }
 
-finished run_on_terminal(const words &arguments, const std::string &typed)
+finished run_on_terminal(const words &arguments, const std::string &typed, unsigned short columns)
 {
-    return run_in_front(arguments, typed, {});
+    return run_in_front(arguments, typed, {}, columns);
 }
 
 finished talk_on_terminal(const words &arguments, const std::vector<exchange> &talk, const std::string &typed_ahead)

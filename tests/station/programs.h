@@ -34,7 +34,7 @@ words station(const words &arguments);
 finished run(const words &arguments, uid_t user = 0);
 /* The same with a terminal for both outputs, and for the input when something is typed; out is all that the terminal
  * showed. */
-finished run_on_terminal(const words &arguments, const std::string &typed = "");
+finished run_on_terminal(const words &arguments, const std::string &typed = "", unsigned short columns = 0);
 
 /* On a terminal too: gives each answer when its question is shown. What is typed ahead is there before the start. */
 struct exchange {

@@ -167,6 +167,40 @@ TEST(unreachable, each_reason_has_its_sentence)
     expect("nobody listens on " + where + "; the host has gone and left its socket file behind");
 }
 
+/* It says nothing about the request or the unit. */
+TEST(unreachable, a_host_that_ends_is_told_as_that)
+{
+    const std::string then = "; nobody listens on tmp/.factory_ssa_socket in directory '";
+    for (const bool begun : {true, false}) {
+        const temporary_folder folder;
+        auto host = std::make_optional<listener>(folder);
+        int err[2];
+        ASSERT_EQ(pipe2(err, O_CLOEXEC), 0);
+        const pid_t pid = start(station({"factory-mode", "--directory", folder.path}), STDOUT_FILENO, err[1]);
+        close(err[1]);
+        int connection = -1;
+        if (begun) {
+            connection = accept4(host->fd, nullptr, nullptr, SOCK_CLOEXEC);
+            char request[12];
+            EXPECT_EQ(recv(connection, request, sizeof(request), MSG_WAITALL), ssize_t{sizeof(request)});
+            usleep(500'000); /* the station has looked at its request meanwhile */
+        } else {
+            char waiting;
+            EXPECT_EQ(read(err[0], &waiting, 1), 1);
+        }
+        host.reset();
+        close(connection);
+        EXPECT_EQ(wait_for(pid), 3);
+        char told[1000] = "";
+        EXPECT_GT(read(err[0], told, sizeof(told) - 1), 0);
+        const std::string sentence =
+            (begun ? "the host ended while the request was at work" : "the host ended before it began the request") +
+            then + folder.path + "' any more\n";
+        EXPECT_TRUE(std::string(told).ends_with(sentence)) << told;
+        close(err[0]);
+    }
+}
+
 TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
 {
     const std::string speeds = "allowed: 10M, 100M, 1G, 2.5G, 5G, 10G or 0 to 255";
@@ -289,7 +323,7 @@ TEST(packet, sentences_of_the_rarer_codes)
 
 TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
 {
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
         std::promise<void> received;
         const fake_service service([&](const std::string &, int connection) {
             received.set_value();
@@ -311,15 +345,27 @@ TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)
     }
 }
 
+TEST(timeout, leaves_the_service_to_its_work)
+{
+    const fake_service service([&](const std::string &, int connection) {
+        char more;
+        EXPECT_EQ(recv(connection, &more, 1, 0), 0); /* until the station has gone */
+        return std::string();
+    });
+    EXPECT_EQ(
+        service.run({"packet", "--timeout", "1"}),
+        (finished{3, "", who + "packet: no reply within 1 s; the service goes on with the request it has begun\n"}));
+}
+
 TEST(terminal, progress_and_colour_only_where_they_can_be_seen)
 {
     const std::string progress = "packet: 0 s elapsed, about 20 s expected, up to 160 s if ports fail";
     const std::string green = "\033[32mPASS\033[0m  28 ports";
-    const auto shown = [](const words &options) {
+    const auto shown = [](const words &options, unsigned short columns = 0) {
         const fake_service service(packet_reply([](auto &) {}));
         words arguments{"packet", "--directory", service.folder.path};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        return run_on_terminal(arguments).out;
+        return run_on_terminal(arguments, "", columns).out;
     };
     unsetenv("NO_COLOR");
     const std::string lively = shown({});
@@ -330,4 +376,11 @@ TEST(terminal, progress_and_colour_only_where_they_can_be_seen)
     const std::string quiet = shown({"--no-progress"});
     EXPECT_EQ(quiet.find('\033'), std::string::npos) << quiet;
     EXPECT_NE(quiet.find("PASS  28 ports tested"), std::string::npos) << quiet;
+    const std::string narrow = shown({}, 50);
+    EXPECT_NE(narrow.find("\033[K" + progress.substr(0, 49) + "\r"), std::string::npos) << narrow;
+    setenv("TERM", "dumb", 1);
+    unsetenv("NO_COLOR");
+    const std::string dumb = shown({});
+    EXPECT_EQ(dumb.find('\033'), std::string::npos) << dumb;
+    EXPECT_EQ(dumb.find("packet: about 20 s expected, up to 160 s if ports fail\r\nPacket test of unit 0"), 0u) << dumb;
 }
