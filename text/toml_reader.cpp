@@ -14,6 +14,7 @@
 
 #include "facmsg_protocol.h"
 #include "nearest.h"
+#include "path_fault.h"
 
 namespace text
 {
@@ -47,6 +48,9 @@ toml::table parse_toml(std::string_view text, const std::string &path)
 
 toml::table read_toml(const std::string &path, std::string_view expected)
 {
+    const std::string fault = read_fault(path);
+    if (!fault.empty())
+        throw file_error(fmt::format("{}: {}, expected {}", path, fault, expected));
     std::ifstream file(path);
     std::ostringstream text;
     if (!std::filesystem::is_regular_file(path) || !(text << file.rdbuf()))
