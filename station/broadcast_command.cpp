@@ -78,7 +78,7 @@ static std::string explain_no_link(const broadcast_test_record &reply)
     const auto unreadable = std::ranges::count(words, uint32_t{FACMSG_PORT_NOT_STARTED});
     return fmt::format("{}, none of which reports a link{}; expected a link on all; no frame was sent",
                        text::counted(words.size(), "port"),
-                       unreadable > 0 ? fmt::format(" ({} could not be asked for its status)", unreadable) : "");
+                       unreadable > 0 ? fmt::format(" (the status of {} could not be read)", unreadable) : "");
 }
 
 outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payload)

@@ -24,6 +24,7 @@ fail() {
 
 run_plan() { # BOARD EXIT_CODE [OPTION]...: sets run
     local code=0
+    : >"$folder/ready" # the switch of the run before was ready
     "$simhost" --board "$1" --directory "$folder/$1" --quiet >"$folder/ready" &
     switch=$!
     until grep -q '^ready' "$folder/ready"; do
