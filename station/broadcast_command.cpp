@@ -32,14 +32,12 @@ static constexpr code_sentence results[] = {
     {FACMSG_BROADCAST_FAIL, ""},
 };
 
-/* The link check's code with 11 added to its bits when the counter could not be read: 7 becomes 15. */
 static constexpr code_sentence codes[] = {
     {FACMSG_PORT_OK, ""},
     {FACMSG_PORT_NO_LINK, "No link; expected a link. Its FCS errors are not judged."},
     {FACMSG_PORT_NOT_STARTED, "The port's status could not be read. Its FCS errors are not judged."},
     {FACMSG_PORT_FCS_UNREADABLE, "The FCS error counter could not be read; expected a count."},
-    {FACMSG_PORT_NOT_STARTED | FACMSG_PORT_FCS_UNREADABLE,
-     "Neither the port's status nor its FCS error counter could be read."},
+    {FACMSG_PORT_UNREADABLE, "Neither the port's status nor its FCS error counter could be read."},
 };
 
 /* The service reports a port without a status as failed only where the driver says that it has no link either. */
@@ -80,7 +78,7 @@ static std::string explain_no_link(const broadcast_test_record &reply)
     const auto unreadable = std::ranges::count(words, uint32_t{FACMSG_PORT_NOT_STARTED});
     return fmt::format("{}, none of which reports a link{}; expected a link on all; no frame was sent",
                        text::counted(words.size(), "port"),
-                       unreadable > 0 ? fmt::format(" ({} could not be asked for its status)", unreadable) : "");
+                       unreadable > 0 ? fmt::format(" (the status of {} could not be read)", unreadable) : "");
 }
 
 outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payload)

@@ -28,6 +28,7 @@ run_plan() { # BOARD EXIT_CODE [OPTION]...: sets run
     local code=0 board=$1
     [ ! -e "$folder/$1.toml" ] || board=$folder/$1.toml
     rm -rf "${folder:?}/$1"
+    : >"$folder/ready" # the switch of the run before was ready
     "$simhost" --board "$board" --directory "$folder/$1" --quiet >"$folder/ready" &
     switch=$!
     until grep -q '^ready' "$folder/ready"; do

@@ -110,7 +110,7 @@ TEST(plan_run, limits_coverage_and_selection)
     const told_run cases[] = {
         {"[[step]]\nrequest = \"vop\"\nlimits = { vop_status = { equal = 0 }, vop_value = { max = 53000 } }\n",
          {},
-         "vop#1 vop_value_limit-fail:port01",
+         "vop#1 vop_value-fail:port01",
          1},
         {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { equal = "
          "\"01020304\" } }",
@@ -190,7 +190,7 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
     const std::pair<words, finished> cases[] = {
         {{"--only", "peo"}, {2, "", "--only: unknown step 'peo', did you mean poe?"}},
         {{"--skip", "vop,"}, {2, "", "--serial: needed when nobody can be asked, a text that matches SW[0-9]{4}"}},
-        {{"--skip", "vop,poe"}, {5, "", "plan: nothing was run: --only and --skip leave no step"}},
+        {{"--skip", "vop,poe"}, {5, "", "nothing was run: --only and --skip leave no step"}},
         {{"--serial", "SW00012", "--no-input"},
          {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
         {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, a text that matches .{1,64}"}},
@@ -200,7 +200,7 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
     };
     for (const auto &[options, expected] : cases)
         EXPECT_EQ(run(plan_line(folder.path, plan, options)),
-                  (finished{expected.code, "", "facmsg-station: " + expected.err + "\n"}));
+                  (finished{expected.code, "", "facmsg-station: plan: " + expected.err + "\n"}));
     EXPECT_EQ(run({"paln"}).err, "facmsg-station: unknown subcommand 'paln', did you mean plan?\n");
     EXPECT_TRUE(runs_in(folder.path).empty());
 }
