@@ -28,12 +28,6 @@ static void add_text(CLI::App &sub, const char *name, const char *kind, std::str
     sub.add_option(name, chosen, help)->type_name(kind);
 }
 
-static void refuse_json(const settings &chosen, const char *name, const char *instead)
-{
-    if (chosen.json)
-        throw usage_error(fmt::format("--json: not for {}, {}", name, instead));
-}
-
 static tool_run add_plan(CLI::App &sub)
 {
     const auto given = std::make_shared<plan::order>();
@@ -120,6 +114,10 @@ static tool_run add_history(CLI::App &sub)
     add_day(sub, "--until", asked->filter.until, "runs that began on this day or earlier, in UTC");
     add_flag(sub, "--runs", asked->runs, "list the runs, too");
     return [asked](const settings &chosen) {
+        const auto &[since, until] = std::tie(asked->filter.since, asked->filter.until);
+        if (!until.empty() && since > until)
+            throw usage_error(
+                fmt::format("--since: found '{}', expected a day up to that of --until, {}", since, until));
         return static_cast<exit_code>(
             reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen)));
     };
