@@ -12,13 +12,14 @@
 namespace journal
 {
 
+/* Of several the later in this list counts. */
 enum class verdict {
-    none, /* nothing was said */
-    pass,
+    none,     /* nothing was said */
     unjudged, /* it was measured, but nothing judges it */
-    retried,  /* failed, and was to be tried again */
+    pass,
+    retried, /* failed, and was to be tried again */
     not_run,
-    not_tested,
+    not_tested, /* the test ended before it got to this */
     fail,
     no_verdict, /* the station or the service could not come to a verdict */
     incomplete  /* the journal ends within the attempt */

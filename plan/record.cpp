@@ -11,6 +11,7 @@
 #include <random>
 
 #include "facmsg.h"
+#include "station/carry_out.h"
 #include "text/version.h"
 #include "values.h"
 
@@ -72,6 +73,15 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
             {"metadata", metadata}};
 }
 
+/* Whether a reply of any kind judges ports: of a step that has none, a reader knows by it what is missing. */
+static bool judges_ports(const step &asked)
+{
+    if (asked.row == nullptr || asked.row->transfer != nullptr)
+        return false;
+    const station::outcome seen = station::rehearse(*asked.row, asked.sent);
+    return !seen.columns.empty() && (seen.judged != verdict::unjudged || !asked.limits.empty());
+}
+
 std::string begin_attempt(journal::writer &journal, const step &asked, int64_t attempt)
 {
     ordered_json content{{"request", request_name(asked)},
@@ -81,6 +91,9 @@ std::string begin_attempt(journal::writer &journal, const step &asked, int64_t a
                          {"expected_s", expected_s(asked)}};
     if (asked.timeout_s > 0)
         content["timeout_s"] = asked.timeout_s;
+    content["judges_ports"] = judges_ports(asked);
+    if (!asked.covers.empty())
+        content["covers"] = asked.covers;
     return journal.step_start(asked.name, content);
 }
 

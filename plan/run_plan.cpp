@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fmt/format.h>
 #include <sstream>
 
@@ -80,32 +81,26 @@ static void print_problem(const order &given, exit_code code, const std::string 
                      : text + "\n");
 }
 
+/* By only and skip a reader knows a run of a part of the plan; a choice of all its steps is none. */
 static nlohmann::ordered_json parameters_of(const order &given, const test_plan &plan, size_t steps)
 {
+    const bool is_whole = steps == plan.steps.size();
     nlohmann::ordered_json parameters{
         {"plan", given.file}, {"plan_sha256", plan.sha256}, {"stop_on_fail", given.stop_on_fail}, {"steps", steps}};
-    if (!given.only.empty())
+    if (!given.only.empty() && !is_whole)
         parameters["only"] = given.only;
-    if (!given.skip.empty())
+    if (!given.skip.empty() && !is_whole)
         parameters["skip"] = given.skip;
     return parameters;
 }
 
-static exit_code code_of(const run_end &end)
+/* The run's last lines. */
+static void record_end(journal::writer &journal, const run_end &end)
 {
     if (end.interrupted)
-        return station::noted_code();
-    switch (end.status) {
-    case journal::run_status::pass:
-        return exit_code::passed;
-    case journal::run_status::fail:
-        return exit_code::failed;
-    case journal::run_status::skip:
-        return exit_code::nothing_run;
-    case journal::run_status::error:
-        break;
-    }
-    return exit_code::no_verdict;
+        journal.run_error("interrupted",
+                          fmt::format("The run was interrupted by SIG{}.", sigabbrev_np(station::noted_signal())));
+    journal.run_end(end.status);
 }
 
 /* A run of a part of the plan says so. */
@@ -130,7 +125,7 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
                                 std::chrono::seconds(given.busy_timeout_s)};
     const run_end end = runner(plan, steps, settings, journal, shown).run();
     record_left_out(journal, plan, steps);
-    journal.run_end(end.status);
+    record_end(journal, end);
     const journal::run_record record = journal::read_run(run_dir);
     try {
         reports::write_reports(run_dir, record);
@@ -144,7 +139,7 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     }
     print(given.json ? reports::run_json(record, run_dir)
                      : reports::verdict_text(record, run_dir, text::colour_wanted()));
-    return code_of(end);
+    return static_cast<exit_code>(reports::exit_code_of(record));
 }
 
 /* A closed stdout, or a limit on the size of files, must not end the program before the record does. */

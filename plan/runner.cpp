@@ -147,11 +147,12 @@ run_end runner::run()
         else
             run_step(number);
     }
-    const bool cut_short = interrupted();
-    return {error_                  ? journal::run_status::error
-            : cut_short || !judged_ ? journal::run_status::skip
-            : failed_               ? journal::run_status::fail
-                                    : journal::run_status::pass,
+    const bool cut_short = interrupted(), partial = steps_.size() < plan_.steps.size();
+    return {cut_short             ? journal::run_status::skip
+            : error_              ? journal::run_status::error
+            : failed_             ? journal::run_status::fail
+            : !judged_ || partial ? journal::run_status::skip /* no reader may take a part for the whole */
+                                  : journal::run_status::pass,
             cut_short};
 }
 

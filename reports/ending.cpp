@@ -71,6 +71,11 @@ std::string shortfall_text(const journal::run_record &run)
            (omission.empty() ? "" : ": this is not the whole plan");
 }
 
+bool is_whole_plan(const journal::run_record &run)
+{
+    return shortfall_text(run).empty() && run.result != run_result::incomplete;
+}
+
 /* "11 of 13 steps passed, 2 not judged": what the last attempts at the steps came to. */
 static std::string step_counts(const journal::run_record &run)
 {

@@ -16,6 +16,8 @@ namespace reports
  * when nothing does. */
 std::string shortfall_text(const journal::run_record &run);
 
+bool is_whole_plan(const journal::run_record &run);
+
 /* What the result comes to, such as "5 failed checks" or "every step passed". */
 std::string headline(const journal::run_record &run);
 

@@ -1,13 +1,12 @@
 /* SPDX-License-Identifier: MIT
  *
- * What the reports have in common: what failed, what the station could not do, and how each port of the panel fared.
+ * What the reports have in common: what failed, what the station could not do, and numbers and times in words.
  */
 #include "findings.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <map>
 
 namespace reports
 {
@@ -19,6 +18,17 @@ static std::string sentence_or(const std::string &sentence, const char *otherwis
     return sentence.empty() ? otherwise : sentence;
 }
 
+/* A port that is tested in two ways may fail twice in the same words. */
+static void add_once(std::vector<finding> &failures, const finding &found)
+{
+    const auto told = [&](const finding &one) {
+        return one.where.id == found.where.id && one.step == found.step && one.check == found.check &&
+               one.sentence == found.sentence;
+    };
+    if (std::ranges::none_of(failures, told))
+        failures.push_back(found);
+}
+
 std::vector<finding> failures_of(const journal::run_record &run)
 {
     std::vector<finding> failures;
@@ -26,12 +36,27 @@ std::vector<finding> failures_of(const journal::run_record &run)
         const size_t before = failures.size();
         for (const journal::observation &made : tried.checks)
             if (made.judged == verdict::fail)
-                failures.push_back({made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
+                add_once(failures, {made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
         if (tried.judged == verdict::fail && failures.size() == before)
             failures.push_back({{"unit", "unit"}, tried.step, "step", sentence_or(tried.summary, no_reason)});
     }
     std::ranges::stable_sort(failures, {}, [](const finding &one) { return one.where.port; });
     return failures;
+}
+
+std::vector<finding> repaired_in(const journal::run_record &run)
+{
+    std::vector<finding> repaired;
+    const std::vector<finding> failures = failures_of(run);
+    for (const journal::attempt &tried : run.attempts)
+        for (const journal::observation &made : tried.checks) {
+            const bool failed_again = std::ranges::any_of(failures, [&](const finding &one) {
+                return one.where.id == made.where.id && one.step == tried.step && one.check == made.name;
+            });
+            if (made.judged == verdict::retried && !failed_again)
+                add_once(repaired, {made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
+        }
+    return repaired;
 }
 
 static finding fault_of(const std::string &step, const journal::fault &wrong)
@@ -53,35 +78,6 @@ std::vector<finding> faults_of(const journal::run_record &run)
     if (run.result == journal::run_result::incomplete)
         faults.push_back({{}, "", "incomplete", no_end});
     return faults;
-}
-
-/* Whether what was found at the port is worse than what is known. Of attempts that were repeated only failures count.
- */
-static bool is_worse(const port_finding &known, const journal::attempt &tried, const journal::observation &made)
-{
-    return made.judged > known.judged && (tried.is_last || made.judged == verdict::retried);
-}
-
-std::vector<port_finding> ports_of(const journal::run_record &run)
-{
-    std::vector<port_finding> ports;
-    std::map<std::string, size_t> index;
-    for (const journal::place &port : run.ports) {
-        index.emplace(port.id, ports.size());
-        ports.push_back({port, verdict::none, ""});
-    }
-    for (const journal::attempt &tried : run.attempts)
-        for (const journal::observation &made : tried.checks) {
-            const auto found = index.find(made.where.id);
-            if (found != index.end() && is_worse(ports[found->second], tried, made))
-                ports[found->second] = {
-                    ports[found->second].port, made.judged,
-                    fmt::format("{}, {}: {}", tried.step, made.name, sentence_or(made.message, word_of(made.judged)))};
-        }
-    for (port_finding &port : ports)
-        if (port.judged == verdict::pass)
-            port.sentence = "Passed every check.";
-    return ports;
 }
 
 std::string duration_text(std::optional<double> seconds)

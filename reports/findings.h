@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * What the reports have in common: what failed, what the station could not do, and how each port of the panel fared.
+ * What the reports have in common: what failed, what the station could not do, and numbers and times in words.
  */
 #ifndef REPORTS_FINDINGS_H
 #define REPORTS_FINDINGS_H
@@ -27,16 +27,10 @@ struct finding {
 
 /* What makes the unit fail, port by port. A step as a whole appears only when none of its checks says why. */
 std::vector<finding> failures_of(const journal::run_record &run);
+/* What failed in attempts after which it did not fail again. */
+std::vector<finding> repaired_in(const journal::run_record &run);
 /* The station's own faults; that the journal has no end is one. */
 std::vector<finding> faults_of(const journal::run_record &run);
-
-struct port_finding {
-    journal::place port;
-    journal::verdict judged; /* the worst; failures of attempts after which the step passed are RETRIED */
-    std::string sentence;
-};
-/* One for each port of the front panel. */
-std::vector<port_finding> ports_of(const journal::run_record &run);
 
 /* "2 min 14 s"; "-" when unknown. */
 std::string duration_text(std::optional<double> seconds);

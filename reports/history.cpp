@@ -5,10 +5,12 @@
 #include "history.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 
 #include "findings.h"
+#include "journal/timestamp.h"
 #include "text/printable.h"
 
 namespace reports
@@ -25,12 +27,36 @@ struct past_run {
     bool needed_retry;
 };
 
-/* The units that a check failed, by step and check. */
-struct reason_units {
-    std::set<std::string> units = {};
+/* What failed, and in which units and runs. */
+struct failed_units {
+    std::set<std::string> units = {}, runs = {};
+
+    void add(const run_record &run, const std::string &folder)
+    {
+        if (!run.serial.empty())
+            units.insert(run.serial);
+        runs.insert(folder);
+    }
+    failure_count count() const
+    {
+        return {units.size(), runs.size()};
+    }
+};
+
+struct failed_check {
+    failed_units failed = {};
     std::string example = {};
 };
-using reason_map = std::map<std::pair<std::string, std::string>, reason_units>;
+
+struct failed_port {
+    failed_units failed = {};
+    std::map<std::string, failed_units> checks = {};
+};
+
+struct failure_maps {
+    std::map<std::pair<std::string, std::string>, failed_check> by_check = {}; /* step and check */
+    std::map<std::pair<int, std::string>, failed_port> by_port = {};           /* number and name */
+};
 
 static std::vector<std::filesystem::path> folders_in(const std::filesystem::path &dir)
 {
@@ -44,28 +70,51 @@ static std::vector<std::filesystem::path> folders_in(const std::filesystem::path
     return folders;
 }
 
-static void add_reasons(reason_map &reasons, const run_record &run, const std::vector<finding> &failures)
+static void add_failures(failure_maps &maps, const run_record &run, const std::string &folder,
+                         const std::vector<finding> &failures)
 {
     for (const finding &one : failures) {
-        reason_units &reason = reasons[{one.step, one.check}];
-        reason.units.insert(run.serial);
-        if (reason.example.empty())
-            reason.example = (one.where.port > 0 ? one.where.name + ": " : "") + one.sentence;
+        failed_check &check = maps.by_check[{one.step, one.check}];
+        check.failed.add(run, folder);
+        if (check.example.empty())
+            check.example = (one.where.port > 0 ? one.where.name + ": " : "") + one.sentence;
+        if (one.where.port == 0)
+            continue;
+        failed_port &port = maps.by_port[{one.where.port, one.where.name}];
+        port.failed.add(run, folder);
+        port.checks[one.check].add(run, folder);
     }
 }
 
-static past_run add_run(history &runs, reason_map &reasons, const std::filesystem::path &folder)
+bool is_day(const std::string &text)
 {
-    const run_record run = journal::read_run(folder);
-    runs.runs++;
+    return text.size() == std::string_view("2026-11-23").size() && journal::parse_timestamp(text + "T00:00:00.000Z");
+}
+
+static bool passes(const history_filter &filter, const run_record &run)
+{
+    const std::pair<const std::string &, const std::string &> wanted[] = {{filter.plan, run.plan},
+                                                                          {filter.product, run.product},
+                                                                          {filter.station, run.station},
+                                                                          {filter.serial, run.serial}};
+    const std::string day = run.start.text.substr(0, 10);
+    return std::ranges::all_of(wanted, [](const auto &one) { return one.first.empty() || one.first == one.second; }) &&
+           (filter.since.empty() || day >= filter.since) && (filter.until.empty() || day <= filter.until);
+}
+
+static past_run add_run(history &runs, failure_maps &maps, const std::string &folder, const run_record &run)
+{
+    const std::vector<finding> failures = failures_of(run);
+    const auto took = seconds_between(run.start, run.end);
+    runs.listed.push_back({text::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
+                           run.result, run.partial, took, failures.size()});
     runs.by_result[static_cast<size_t>(run.result)]++;
     runs.partial += run.partial ? 1 : 0;
-    const std::vector<finding> failures = failures_of(run);
-    add_reasons(reasons, run, failures);
+    add_failures(maps, run, folder, failures);
     const bool passed = run.result == run_result::pass, ended = passed || run.result == run_result::fail;
-    if (const auto took = seconds_between(run.start, run.end); took && ended && !run.partial)
+    if (took && ended && !run.partial)
         runs.seconds.push_back(*took);
-    return {folder.filename().string(),
+    return {folder,
             run.serial,
             run.start.ms.value_or(0),
             !run.partial && (ended || !failures.empty()),
@@ -94,28 +143,53 @@ static void add_units(history &runs, std::vector<past_run> all)
     }
 }
 
-static std::vector<failure_reason> most_frequent(const reason_map &reasons)
+/* By the number of units, then of runs; otherwise as they are. */
+static void sort_by_count(auto &listed, auto count)
 {
-    std::vector<failure_reason> listed;
-    for (const auto &[name, reason] : reasons)
-        listed.push_back({name.first, name.second, reason.units.size(), reason.example});
-    std::ranges::stable_sort(listed, std::ranges::greater{}, &failure_reason::units);
-    return listed;
+    std::ranges::stable_sort(listed, std::ranges::greater{}, [&](const auto &one) {
+        const failure_count &counted = std::invoke(count, one);
+        return std::pair(counted.units, counted.runs);
+    });
 }
 
-history read_history(const std::filesystem::path &dir)
+static std::vector<failure_reason> reasons_of(const failure_maps &maps)
+{
+    std::vector<failure_reason> reasons;
+    for (const auto &[name, check] : maps.by_check)
+        reasons.push_back({name.first, name.second, check.failed.count(), check.example});
+    sort_by_count(reasons, &failure_reason::count);
+    return reasons;
+}
+
+static std::vector<failing_port> ports_of(const failure_maps &maps)
+{
+    std::vector<failing_port> ports;
+    for (const auto &[name, port] : maps.by_port) {
+        failing_port &listed = ports.emplace_back(failing_port{name.second, port.failed.count()});
+        for (const auto &[check, failed] : port.checks)
+            listed.checks.emplace_back(check, failed.count());
+        sort_by_count(listed.checks, [](const auto &one) { return one.second; });
+    }
+    sort_by_count(ports, &failing_port::count);
+    return ports;
+}
+
+history read_history(const std::filesystem::path &dir, const history_filter &filter)
 {
     history runs;
-    reason_map reasons;
+    failure_maps maps;
     std::vector<past_run> all;
     for (const auto &folder : folders_in(dir))
         try {
-            all.push_back(add_run(runs, reasons, folder));
+            const run_record run = journal::read_run(folder);
+            if (passes(filter, run))
+                all.push_back(add_run(runs, maps, folder.filename().string(), run));
         } catch (const journal::no_journal &) {
             runs.skipped.push_back(text::printable(folder.filename().string()));
         }
     add_units(runs, std::move(all));
-    runs.reasons = most_frequent(reasons);
+    runs.reasons = reasons_of(maps);
+    runs.ports = ports_of(maps);
     std::ranges::sort(runs.seconds);
     return runs;
 }

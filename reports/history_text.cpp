@@ -15,7 +15,7 @@ namespace reports
 
 using nlohmann::ordered_json;
 
-constexpr size_t most_reasons = 10;
+constexpr size_t most_reasons = 10, most_ports = 10;
 
 static double median(const std::vector<double> &ascending)
 {
@@ -69,20 +69,50 @@ static std::string times_text(const history &runs)
                                               duration_text(runs.seconds.back()));
 }
 
+static std::string rarer_text(size_t all, size_t shown, const char *noun)
+{
+    return all > shown ? fmt::format("{:13}and {}\n", "", counted(all - shown, noun)) : "";
+}
+
 static std::string reasons_text(const history &runs)
 {
     if (runs.reasons.empty())
         return "";
-    std::string text = "\nWhy units fail\nunits  step, check\n";
+    std::string text = "\nWhy units fail\nunits  runs  step, check\n";
     for (size_t i = 0; i < runs.reasons.size() && i < most_reasons; i++) {
         const failure_reason &reason = runs.reasons[i];
-        text += fmt::format("{:>5}  {}\n       {}\n", reason.units,
-                            text::wrapped(fmt::format("{}, {}", reason.step, reason.check), 7),
-                            text::wrapped("such as " + reason.example, 7));
+        text += fmt::format("{:>5}  {:>4}  {}\n{:13}{}\n", reason.count.units, reason.count.runs,
+                            text::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13), "",
+                            text::wrapped("such as " + reason.example, 13));
     }
-    if (runs.reasons.size() > most_reasons)
-        text += fmt::format("       and {}\n", counted(runs.reasons.size() - most_reasons, "rarer reason"));
-    return text;
+    return text + rarer_text(runs.reasons.size(), most_reasons, "rarer reason");
+}
+
+static std::string ports_text(const history &runs)
+{
+    if (runs.ports.empty())
+        return "";
+    std::string text = "\nWhich ports fail\nunits  runs  port, and the checks with their runs\n";
+    for (size_t i = 0; i < runs.ports.size() && i < most_ports; i++) {
+        const failing_port &port = runs.ports[i];
+        std::string checks;
+        for (const auto &[check, count] : port.checks)
+            checks += fmt::format("{}{} {}", checks.empty() ? ": " : ", ", check, count.runs);
+        text +=
+            fmt::format("{:>5}  {:>4}  {}\n", port.count.units, port.count.runs, text::wrapped(port.name + checks, 13));
+    }
+    return text + rarer_text(runs.ports.size(), most_ports, "other port");
+}
+
+std::string runs_text(const history &runs)
+{
+    std::string text =
+        fmt::format("{:<19}  {:<11}  {:>8}  serial, plan, folder\n", "started (UTC)", "result", "failures");
+    for (const listed_run &run : runs.listed)
+        text += fmt::format(
+            "{:<19}  {:<11}  {:>8}  {}\n", run.started.substr(0, 19), word_of(run.result), run.failures,
+            text::escaped(fmt::format("{}, {}, {}", run.serial.empty() ? "-" : run.serial, run.plan, run.folder)));
+    return runs.listed.empty() ? "" : text + "\n";
 }
 
 static std::string skipped_text(const history &runs)
@@ -97,10 +127,12 @@ static std::string skipped_text(const history &runs)
 
 std::string history_text(const history &runs)
 {
-    if (runs.runs == 0)
+    if (runs.listed.empty())
         return "No runs\n" + skipped_text(runs);
-    return fmt::format("{} of {}: {}\n\n", counted(runs.runs, "run"), counted(runs.units, "unit"), results_text(runs)) +
-           yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs) + skipped_text(runs);
+    return fmt::format("{} of {}: {}\n\n", counted(runs.listed.size(), "run"), counted(runs.units, "unit"),
+                       results_text(runs)) +
+           yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs) + ports_text(runs) +
+           skipped_text(runs);
 }
 
 static ordered_json yield_json(size_t passed, size_t judged)
@@ -108,9 +140,28 @@ static ordered_json yield_json(size_t passed, size_t judged)
     return {{"passed", passed}, {"of", judged}, {"percent", percent(passed, judged)}};
 }
 
+static ordered_json run_json(const listed_run &run)
+{
+    ordered_json object{
+        {"folder", run.folder},    {"started", run.started}, {"serial", run.serial},           {"plan", run.plan},
+        {"product", run.product},  {"station", run.station}, {"verdict", word_of(run.result)}, {"partial", run.partial},
+        {"failures", run.failures}};
+    if (run.seconds)
+        object["seconds"] = *run.seconds;
+    return object;
+}
+
+static ordered_json port_json(const failing_port &port)
+{
+    ordered_json object{{"where", port.name}, {"units", port.count.units}, {"runs", port.count.runs}};
+    for (const auto &[check, count] : port.checks)
+        object["checks"].push_back({{"check", check}, {"units", count.units}, {"runs", count.runs}});
+    return object;
+}
+
 std::string history_json(const history &runs)
 {
-    ordered_json object{{"runs", runs.runs}, {"units", runs.units}, {"partial", runs.partial}};
+    ordered_json object{{"runs", runs.listed.size()}, {"units", runs.units}, {"partial", runs.partial}};
     for (size_t i = 0; i < runs.by_result.size(); i++)
         object["results"][word_of(static_cast<journal::run_result>(i))] = runs.by_result[i];
     if (runs.judged_units > 0) {
@@ -123,8 +174,17 @@ std::string history_json(const history &runs)
             {"shortest", runs.seconds.front()}, {"median", median(runs.seconds)}, {"longest", runs.seconds.back()}};
     object["failures"] = ordered_json::array();
     for (const failure_reason &reason : runs.reasons)
-        object["failures"].push_back(
-            {{"step", reason.step}, {"check", reason.check}, {"units", reason.units}, {"example", reason.example}});
+        object["failures"].push_back({{"step", reason.step},
+                                      {"check", reason.check},
+                                      {"units", reason.count.units},
+                                      {"runs", reason.count.runs},
+                                      {"example", reason.example}});
+    object["ports"] = ordered_json::array();
+    for (const failing_port &port : runs.ports)
+        object["ports"].push_back(port_json(port));
+    object["run_list"] = ordered_json::array();
+    for (const listed_run &run : runs.listed)
+        object["run_list"].push_back(run_json(run));
     object["skipped"] = runs.skipped;
     return object.dump(2) + "\n";
 }

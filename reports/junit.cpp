@@ -1,11 +1,13 @@
 /* SPDX-License-Identifier: MIT
  *
- * The run for build servers: one case for each check at each port, and one for each attempt at a step. A failure is
- * the unit's, an error the station's.
+ * The run for build servers: one case for each check at each port, and one for each step, whatever the number of
+ * attempts. A failure is the unit's, an error the station's.
  */
 #include <fmt/format.h>
+#include <map>
 #include <pugixml.hpp>
 #include <set>
+#include <span>
 
 #include "ending.h"
 #include "findings.h"
@@ -28,13 +30,28 @@ struct string_writer : pugi::xml_writer {
     }
 };
 
+/* What one attempt says of a case. */
+struct told {
+    int64_t attempt;
+    verdict judged;
+    std::string sentence;
+    const char *word = word_of(judged);
+};
+
+/* A check at a port, or a step as a whole, with all attempts at it; the last one counts. */
+struct test_case {
+    std::string class_name, name;
+    std::vector<told> attempts;
+    double seconds = 0;
+};
+
 /* The suite as it fills; every case gets a name of its own. */
 class suite
 {
   public:
     explicit suite(pugi::xml_node node) : cases(node) {}
-    void add(const std::string &class_name, const std::string &name, verdict judged, const std::string &sentence,
-             double seconds = 0);
+    void add(const test_case &made);
+    void add_run(const std::string &name, verdict judged, const std::string &sentence, const char *word);
     size_t tests = 0, failures = 0, errors = 0, skipped = 0;
 
   private:
@@ -69,28 +86,45 @@ static std::string seconds_text(double seconds)
     return fmt::format("{:.3f}", seconds);
 }
 
-void suite::add(const std::string &class_name, const std::string &name, verdict judged, const std::string &sentence,
-                double seconds)
+/* What earlier attempts found wrong. */
+static std::string history_of(const std::vector<told> &attempts)
 {
-    std::string own_name = name;
-    for (int i = 2; !taken.emplace(class_name, own_name).second; i++)
-        own_name = fmt::format("{} ({})", name, i);
+    std::string text;
+    for (const told &one : std::span(attempts).first(attempts.size() - 1))
+        if (one.judged != verdict::pass)
+            text += fmt::format("attempt {}: {}: {}\n", one.attempt, one.word,
+                                one.sentence.empty() ? no_reason : one.sentence);
+    return text;
+}
+
+void suite::add(const test_case &made)
+{
+    std::string own_name = made.name;
+    for (int i = 2; !taken.emplace(made.class_name, own_name).second; i++)
+        own_name = fmt::format("{} ({})", made.name, i);
     auto node = cases.append_child("testcase");
-    node.append_attribute("classname") = class_name.c_str();
+    node.append_attribute("classname") = made.class_name.c_str();
     node.append_attribute("name") = own_name.c_str();
-    node.append_attribute("time") = seconds_text(seconds).c_str();
+    node.append_attribute("time") = seconds_text(made.seconds).c_str();
     tests++;
-    const char *element = element_of(judged);
-    if (element == nullptr)
-        return;
-    const bool is_plain = judged == verdict::fail || judged == verdict::no_verdict;
-    const std::string said = sentence.empty() ? no_reason : sentence;
-    const std::string shown = is_plain ? said : fmt::format("{}: {}", word_of(judged), said);
-    auto reason = node.append_child(element);
-    reason.append_attribute("message") = shown.c_str();
-    reason.append_attribute("type") = word_of(judged);
-    reason.text().set(shown.c_str());
-    (judged == verdict::fail ? failures : element == std::string_view("error") ? errors : skipped)++;
+    const told &last = made.attempts.back();
+    if (const char *element = element_of(last.judged)) {
+        const std::string said = last.sentence.empty() ? no_reason : last.sentence;
+        const bool is_plain = last.judged == verdict::fail || last.judged == verdict::no_verdict;
+        const std::string shown = is_plain ? said : fmt::format("{}: {}", last.word, said);
+        auto reason = node.append_child(element);
+        reason.append_attribute("message") = shown.c_str();
+        reason.append_attribute("type") = last.word;
+        reason.text().set(shown.c_str());
+        (last.judged == verdict::fail ? failures : element == std::string_view("error") ? errors : skipped)++;
+    }
+    if (const std::string history = history_of(made.attempts); !history.empty())
+        node.append_child("system-out").text().set(history.c_str());
+}
+
+void suite::add_run(const std::string &name, verdict judged, const std::string &sentence, const char *word)
+{
+    add({"run", name, {{1, judged, sentence, word}}});
 }
 
 static std::string class_of(const std::string &step, const journal::place &where)
@@ -109,40 +143,88 @@ static std::string all_errors(const journal::attempt &tried)
     return text.empty() ? tried.summary : text;
 }
 
-static void add_attempt(suite &cases, const journal::attempt &tried)
+/* All attempts at a step, in order. */
+using attempts = std::span<const journal::attempt *const>;
+
+static void add_step(suite &cases, attempts step)
 {
-    const std::string ending = tried.number == 1 ? "" : fmt::format(" (attempt {})", tried.number);
-    const bool is_error = tried.judged == verdict::no_verdict;
-    cases.add(class_of(tried.step, {"unit", "unit"}), "step" + ending, tried.judged,
-              is_error ? all_errors(tried) : tried.summary, seconds_between(tried.start, tried.end).value_or(0));
-    for (const journal::observation &made : tried.checks)
-        if (made.is == journal::observation::kind::diagnosis)
-            cases.add(class_of(tried.step, made.where), made.name + ending, made.judged, made.message);
+    test_case whole{class_of(step.front()->step, {"unit", "unit"}), "step", {}};
+    for (const journal::attempt *tried : step) {
+        const bool is_error = tried->judged == verdict::no_verdict;
+        whole.attempts.push_back({tried->number, tried->judged, is_error ? all_errors(*tried) : tried->summary});
+        whole.seconds += seconds_between(tried->start, tried->end).value_or(0);
+    }
+    cases.add(whole);
+}
+
+/* A check that an attempt makes twice at a port makes two cases. */
+static void add_checks(suite &cases, attempts step)
+{
+    std::vector<test_case> made;
+    std::map<std::tuple<std::string, std::string, int>, size_t> index;
+    for (const journal::attempt *tried : step) {
+        std::map<std::pair<std::string, std::string>, int> seen;
+        for (const journal::observation &one : tried->checks) {
+            if (one.is != journal::observation::kind::diagnosis)
+                continue;
+            const std::string class_name = class_of(tried->step, one.where);
+            const auto [known, is_new] =
+                index.emplace(std::tuple(class_name, one.name, seen[{class_name, one.name}]++), made.size());
+            if (is_new)
+                made.push_back({class_name, one.name, {}});
+            made[known->second].attempts.push_back({tried->number, one.judged, one.message});
+        }
+    }
+    for (const test_case &one : made)
+        cases.add(one);
+}
+
+static void add_steps(suite &cases, const journal::run_record &run)
+{
+    std::map<std::string, std::vector<const journal::attempt *>> begun;
+    for (const journal::attempt &tried : run.attempts) {
+        auto &step = begun[tried.step];
+        step.push_back(&tried);
+        if (tried.is_last) {
+            add_step(cases, step);
+            add_checks(cases, step);
+            step.clear();
+        }
+    }
 }
 
 /* No run may look better here than it ended, whatever its steps say. */
 static void add_end(suite &cases, const journal::run_record &run)
 {
+    const auto add = [&](verdict judged, const std::string &sentence) {
+        cases.add_run("end", judged, sentence, word_of(run.result));
+    };
     if (run.result == run_result::incomplete)
-        cases.add("run", "end", verdict::no_verdict, no_end);
-    else if (run.result == run_result::no_verdict && cases.errors == 0)
-        cases.add("run", "end", verdict::no_verdict, "The run ended with an error that no step explains.");
-    else if (run.result == run_result::fail && cases.failures == 0)
-        cases.add("run", "end", verdict::fail, unexplained_failure);
-    else if (run.result == run_result::unjudged)
-        cases.add("run", "end", verdict::unjudged, "Nothing in the run was judged.");
+        add(verdict::no_verdict, no_end);
     else if (run.result == run_result::interrupted)
-        cases.add("run", "end", verdict::no_verdict, headline(run));
-    else if (cases.tests == 0)
-        cases.add("run", "end", verdict::not_run, "The run had no steps.");
+        add(verdict::no_verdict, headline(run));
+    else if (run.result == run_result::no_verdict && cases.errors == 0)
+        add(verdict::no_verdict, "The run ended with an error that no step explains.");
+    else if (run.result == run_result::fail && cases.failures == 0)
+        add(verdict::fail, unexplained_failure);
+    else if (run.result == run_result::unjudged || cases.tests == 0)
+        add(verdict::unjudged, "Nothing in the run was judged.");
+    if (run.partial)
+        cases.add_run("whole plan", verdict::not_run, shortfall_text(run), word_of(run_result::partial));
 }
 
 static void add_properties(pugi::xml_node node, const journal::run_record &run)
 {
-    const std::pair<const char *, const std::string &> properties[] = {
-        {"serial", run.serial},        {"product", run.product},        {"plan", run.plan},
-        {"plan_version", run.version}, {"operator", run.operator_name}, {"station", run.station},
+    const std::pair<const char *, std::string> properties[] = {
+        {"serial", run.serial},
+        {"product", run.product},
+        {"plan", run.plan},
+        {"plan_version", run.version},
+        {"operator", run.operator_name},
+        {"station", run.station},
         {"run_id", run.run_id},
+        {"result", word_of(run.result)},
+        {"whole_plan", is_whole_plan(run) ? "true" : "false"},
     };
     auto list = node.append_child("properties");
     for (const auto &[name, value] : properties) {
@@ -150,9 +232,6 @@ static void add_properties(pugi::xml_node node, const journal::run_record &run)
         property.append_attribute("name") = name;
         property.append_attribute("value") = value.c_str();
     }
-    auto result = list.append_child("property");
-    result.append_attribute("name") = "result";
-    result.append_attribute("value") = word_of(run.result);
 }
 
 static void add_counts(pugi::xml_node node, const suite &cases, const journal::run_record &run)
@@ -177,10 +256,9 @@ std::string junit_text(const journal::run_record &run)
     node.append_attribute("hostname") = run.station.c_str();
     add_properties(node, run);
     suite cases(node);
-    for (const journal::attempt &tried : run.attempts)
-        add_attempt(cases, tried);
+    add_steps(cases, run);
     for (const journal::fault &wrong : run.errors)
-        cases.add("run", wrong.symptom, verdict::no_verdict, wrong.message);
+        cases.add_run(wrong.symptom, verdict::no_verdict, wrong.message, word_of(verdict::no_verdict));
     add_end(cases, run);
     add_counts(suites, cases, run);
     add_counts(node, cases, run);

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "findings.h"
+#include "port_state.h"
 
 namespace reports
 {

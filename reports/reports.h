@@ -6,6 +6,7 @@
 #define REPORTS_REPORTS_H
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "journal/run_record.h"
@@ -27,8 +28,10 @@ std::string verdict_text(const journal::run_record &run, bool colour);
  * 129, 130, 131 or 143 INTERRUPTED. */
 int exit_code_of(const journal::run_record &run);
 
-/* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps. */
-std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir);
+/* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps.
+ * The exit code is that of the run unless another is given. */
+std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
+                     std::optional<int> exit_code = std::nullopt);
 
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);

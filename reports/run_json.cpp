@@ -38,17 +38,17 @@ static ordered_json step_json(const journal::attempt &tried)
             {"summary", tried.summary}};
 }
 
-std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir)
+std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir, std::optional<int> exit_code)
 {
     ordered_json object{{"verdict", word_of(run.result)},
-                        {"exit_code", exit_code_of(run)},
+                        {"exit_code", exit_code.value_or(exit_code_of(run))},
                         {"summary", headline(run)},
                         {"run_dir", text::printable(run_dir.string())},
                         {"serial", run.serial},
                         {"product", run.product},
                         {"plan", run.plan},
                         {"plan_version", run.version},
-                        {"whole_plan", shortfall_text(run).empty()},
+                        {"whole_plan", is_whole_plan(run)},
                         {"operator", run.operator_name},
                         {"station", run.station},
                         {"run_id", run.run_id},

@@ -15,6 +15,11 @@ namespace reports
 
 using journal::observation;
 
+static bool is_of_unit(const observation &made)
+{
+    return made.where.id == "unit";
+}
+
 /* What the journal says of one port without a break. */
 using passage = std::vector<const observation *>;
 
@@ -32,6 +37,8 @@ static std::vector<passage> passages_of(const journal::attempt &tried)
 {
     std::vector<passage> passages;
     for (const observation &made : tried.checks) {
+        if (is_of_unit(made))
+            continue;
         if (passages.empty() || passages.back().front()->where.id != made.where.id || holds(passages.back(), made))
             passages.emplace_back();
         passages.back().push_back(&made);
@@ -68,7 +75,7 @@ static std::vector<table_column> columns_of(const journal::attempt &tried)
     std::set<std::pair<bool, std::string>> known;
     for (const observation &made : tried.checks) {
         const bool is_check = made.is == observation::kind::diagnosis;
-        if (known.emplace(is_check, made.name).second)
+        if (!is_of_unit(made) && known.emplace(is_check, made.name).second)
             columns.push_back({made.name, is_check, limits_text(made.limits)});
     }
     std::ranges::stable_sort(columns, std::ranges::greater{}, &table_column::is_check);
@@ -102,7 +109,10 @@ static bool have_common_limits(const step_table &table, size_t column)
 
 step_table table_of(const journal::attempt &tried)
 {
-    step_table table{columns_of(tried)};
+    step_table table{{}, columns_of(tried)};
+    for (const observation &made : tried.checks)
+        if (is_of_unit(made))
+            table.unit.push_back(&made);
     for (const passage &part : rows_of(tried))
         table.rows.push_back(row_of(part, table.columns));
     for (size_t i = 0; i < table.columns.size(); i++)

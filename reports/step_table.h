@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * What an attempt at a step found, as a table: a row for each port, a column for each check and each value.
+ * What an attempt at a step found, as a table: a row for each port, a column for each check and each value; and
+ * what it found about the unit as a whole.
  */
 #ifndef REPORTS_STEP_TABLE_H
 #define REPORTS_STEP_TABLE_H
@@ -28,6 +29,7 @@ struct table_row {
 
 /* Points into the attempt. */
 struct step_table {
+    std::vector<const journal::observation *> unit = {};
     std::vector<table_column> columns = {};
     std::vector<table_row> rows = {};
 };

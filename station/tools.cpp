@@ -68,13 +68,17 @@ static tool_run add_plan(CLI::App &sub)
     };
 }
 
+static reports::form form_of(const settings &chosen)
+{
+    return chosen.json ? reports::form::json : text::colour_wanted() ? reports::form::coloured : reports::form::text;
+}
+
 static tool_run add_report(CLI::App &sub)
 {
     const auto folder = std::make_shared<std::string>();
     sub.add_option("RUN_DIR", *folder, "folder of the run")->required();
     return [folder](const settings &chosen) {
-        refuse_json(chosen, "report", "the journal has it all");
-        return static_cast<exit_code>(reports::report_tool(*folder, text::colour_wanted()));
+        return static_cast<exit_code>(reports::report_tool(*folder, form_of(chosen)));
     };
 }
 
@@ -82,18 +86,42 @@ static tool_run add_check(CLI::App &sub)
 {
     const auto file = std::make_shared<std::string>();
     sub.add_option("FILE", *file, "journal of a run")->required();
-    return [file](const settings &chosen) {
-        refuse_json(chosen, "check", "its lines are for people");
-        return static_cast<exit_code>(reports::check_tool(*file));
-    };
+    return
+        [file](const settings &chosen) { return static_cast<exit_code>(reports::check_tool(*file, form_of(chosen))); };
+}
+
+static void add_day(CLI::App &sub, const char *name, std::string &chosen, const char *help)
+{
+    sub.add_option_function<std::string>(
+           name,
+           [name, &chosen](const std::string &value) {
+               if (!reports::is_day(value))
+                   throw usage_error(fmt::format("{}: found '{}', allowed: a day such as 2026-11-23", name, value));
+               chosen = value;
+           },
+           help)
+        ->type_name("YYYY-MM-DD");
 }
 
 static tool_run add_history(CLI::App &sub)
 {
-    const auto folder = std::make_shared<std::string>();
-    sub.add_option("DIR", *folder, "folder of all runs")->required();
-    return [folder](const settings &chosen) {
-        return static_cast<exit_code>(reports::history_tool(*folder, chosen.json));
+    struct question {
+        std::string folder;
+        reports::history_filter filter;
+        bool runs = false;
+    };
+    const auto asked = std::make_shared<question>();
+    sub.add_option("DIR", asked->folder, "folder of all runs")->required();
+    add_text(sub, "--plan", "NAME", asked->filter.plan, "runs of this plan only");
+    add_text(sub, "--product", "NAME", asked->filter.product, "runs on this product only");
+    add_text(sub, "--station", "NAME", asked->filter.station, "runs at this station only");
+    add_text(sub, "--serial", "TEXT", asked->filter.serial, "runs on the unit with this serial number only");
+    add_day(sub, "--since", asked->filter.since, "runs that began on this day or later, in UTC");
+    add_day(sub, "--until", asked->filter.until, "runs that began on this day or earlier, in UTC");
+    add_flag(sub, "--runs", asked->runs, "list the runs, too");
+    return [asked](const settings &chosen) {
+        return static_cast<exit_code>(
+            reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen)));
     };
 }
 

@@ -64,19 +64,15 @@ journal_builder &journal_builder::step(const json &artifact)
     return *this;
 }
 
-journal_builder &journal_builder::begin(const std::string &name, int attempt, int attempts)
+journal_builder &journal_builder::begin(const std::string &name, int attempt, int attempts, int covers)
 {
     step_id++;
     step({{"testStepStart", {{"name", name}}}});
-    return step({{"extension",
-                  {{"name", "facmsg-step"},
-                   {"content",
-                    {{"request", name},
-                     {"options", json::object()},
-                     {"attempt", attempt},
-                     {"attempts", attempts},
-                     {"expected_s", 26},
-                     {"timeout_s", 120}}}}}});
+    json content{{"request", name},      {"options", json::object()}, {"attempt", attempt},
+                 {"attempts", attempts}, {"expected_s", 26},          {"timeout_s", 120}};
+    for (int port = 1; port <= covers; port++)
+        content["covers"].push_back(port);
+    return step({{"extension", {{"name", "facmsg-step"}, {"content", content}}}});
 }
 
 journal_builder &journal_builder::measure(int port, const std::string &name, const json &value, const json &at_most)

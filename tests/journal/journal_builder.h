@@ -21,7 +21,8 @@ class journal_builder
 
     journal_builder &run(const json &artifact);
     journal_builder &step(const json &artifact); /* of the step that was begun last */
-    journal_builder &begin(const std::string &name, int attempt = 1, int attempts = 1);
+    /* covers: it has to judge the ports from 1 to this; 0: whichever the reply names. */
+    journal_builder &begin(const std::string &name, int attempt = 1, int attempts = 1, int covers = 0);
     journal_builder &measure(int port, const std::string &name, const json &value, const json &at_most = {});
     /* outcome: pass, fail, fail-retried, not-tested or unknown; port 0 is the unit. */
     journal_builder &judge(int port, const std::string &check, const std::string &outcome,

@@ -115,6 +115,8 @@ TEST(JournalCheck, WantsBeginningsAndEnds)
     const std::string whole = journal_builder().begin("poe").end_step().end("SKIP", "NOT_APPLICABLE").text();
     EXPECT_EQ(problems_of(whole.substr(0, whole.size() - 1)),
               "6: the line has no line end, so it may not be whole\n6: the journal ends without testRunEnd\n");
+    EXPECT_EQ(problems_of(journal_builder("A", 4, 0, {{"skip", "poe"}}).end("COMPLETE", "PASS").text()),
+              "3: the run passed, but steps of its plan were left out; expected SKIP\n");
     EXPECT_EQ(problems_of(journal_builder().begin("poe").end("SKIP", "NOT_APPLICABLE").text()),
               "5: step \"0\" has not ended\n");
     EXPECT_EQ(problems_of(journal_builder().end("SKIP", "NOT_APPLICABLE").end("SKIP", "NOT_APPLICABLE").text()),

@@ -78,10 +78,12 @@ TEST(RunRecord, TheResultIsThatOfTheLastLine)
     struct {
         const char *status, *result;
         run_result expected;
-    } const ends[] = {
-        {"COMPLETE", "PASS", run_result::pass},         {"COMPLETE", "FAIL", run_result::fail},
-        {"ERROR", "NOT_APPLICABLE", run_result::no_verdict}, {"SKIP", "NOT_APPLICABLE", run_result::unjudged},
-        {"ERROR", "PASS", run_result::no_verdict},           {"COMPLETE", "NOT_APPLICABLE", run_result::no_verdict}};
+    } const ends[] = {{"COMPLETE", "PASS", run_result::pass},
+                      {"COMPLETE", "FAIL", run_result::fail},
+                      {"ERROR", "NOT_APPLICABLE", run_result::no_verdict},
+                      {"SKIP", "NOT_APPLICABLE", run_result::unjudged},
+                      {"ERROR", "PASS", run_result::no_verdict},
+                      {"COMPLETE", "NOT_APPLICABLE", run_result::no_verdict}};
     const run_folder folder;
     for (const auto &end : ends)
         EXPECT_EQ(folder.read(journal_builder().end(end.status, end.result).text()).result, end.expected)
@@ -142,13 +144,46 @@ TEST(RunRecord, LinesThatFailedCannotBeTakenOutForAPass)
     EXPECT_EQ(folder.read(without_lines(failed, 3, 3)).result, run_result::fail);
 }
 
-TEST(RunRecord, ARunIsPartialWhenTheOperatorChoseSteps)
+/* A run that ends with SKIP says by its steps which of three things that is, and old ones of a part by their pass. */
+TEST(RunRecord, TellsPartialInterruptedAndUnjudgedRunsApart)
 {
+    const journal_builder::json only{{"only", "poe,vop"}}, skip{{"skip", "packet"}}, none{{"skip", ""}};
+    const auto signal = [](const char *name) {
+        return journal_builder::json{
+            {"error", {{"symptom", "interrupted"}, {"message", std::string("The run was interrupted by ") + name}}}};
+    };
+    struct {
+        journal_builder journal;
+        const char *status;
+        run_result expected;
+        bool partial;
+    } runs[] = {
+        {journal_builder("A", 4, 0, none).begin("poe").whole("unknown", ""), "SKIP", run_result::unjudged, false},
+        {journal_builder().begin("poe").whole("pass", "").leave_out("vop"), "SKIP", run_result::interrupted, false},
+        {journal_builder().begin("poe").whole("pass", ""), "SKIP", run_result::interrupted, false},
+        {journal_builder().run(signal("SIGHUP.")), "SKIP", run_result::interrupted, false},
+        {journal_builder("A", 4, 0, only).begin("poe").whole("pass", "").leave_out("packet"), "SKIP",
+         run_result::partial, true},
+        {journal_builder("A", 4, 0, skip).begin("poe").whole("pass", "").leave_out("packet"), "COMPLETE",
+         run_result::partial, true},
+        {journal_builder("A", 4, 0, only).begin("poe").whole("pass", "").leave_out("vop"), "SKIP",
+         run_result::interrupted, true},
+        {journal_builder("A", 4, 0, only).begin("poe").whole("unknown", "").leave_out("packet"), "SKIP",
+         run_result::unjudged, true},
+        {journal_builder("A", 4, 0, only).begin("poe").whole("pass", "").begin("vop").whole("fail", ""), "SKIP",
+         run_result::no_verdict, true},
+        {journal_builder("A", 4, 0, only).begin("poe").whole("fail", "").leave_out("packet"), "COMPLETE",
+         run_result::fail, true},
+    };
     const run_folder folder;
-    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"only", "poe"}}).text()).partial);
-    EXPECT_TRUE(folder.read(journal_builder("A", 4, 0, {{"skip", "poe"}}).text()).partial);
-    EXPECT_FALSE(folder.read(journal_builder("A", 4, 0, {{"skip", ""}}).text()).partial);
-    EXPECT_FALSE(folder.read(journal_builder().text()).partial);
+    for (auto &[journal, status, expected, partial] : runs) {
+        const bool skipped = std::string(status) == "SKIP";
+        const char *result = skipped ? "NOT_APPLICABLE" : expected == run_result::fail ? "FAIL" : "PASS";
+        const run_record run = folder.read(journal.end(status, result).text());
+        EXPECT_EQ(word_of(run.result), std::string(word_of(expected))) << journal.text();
+        EXPECT_EQ(run.partial, partial) << journal.text();
+    }
+    EXPECT_EQ(folder.read(runs[3].journal.text()).signal, "SIGHUP");
 }
 
 TEST(RunRecord, ReadsJournalsOfOtherPrograms)

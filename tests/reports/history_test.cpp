@@ -46,7 +46,7 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
     add_runs(folder);
     std::filesystem::create_directory(folder.path / "no run");
     const auto runs = reports::read_history(folder.path);
-    EXPECT_EQ(runs.runs, 9U);
+    EXPECT_EQ(runs.listed.size(), 9U);
     EXPECT_EQ(runs.units, 5U);
     EXPECT_EQ(runs.by_result, (std::array<size_t, journal::run_results>{4, 3, 1, 0, 0, 0, 1}));
     EXPECT_EQ(runs.judged_units, 4U);
@@ -54,21 +54,26 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
     EXPECT_EQ(runs.passed_first_by_retry, 1U);
     EXPECT_EQ(runs.passed_last, 3U);
     ASSERT_EQ(runs.reasons.size(), 1U);
-    EXPECT_EQ(runs.reasons[0].units, 2U);
+    EXPECT_EQ(runs.reasons[0].count.units, 2U);
+    EXPECT_EQ(runs.reasons[0].count.runs, 3U);
     EXPECT_EQ(runs.reasons[0].example, "port 1: kept its power");
     EXPECT_EQ(runs.skipped, std::vector<std::string>{"no run"});
 
     const std::string text = reports::history_text(runs);
-    for (const char *part :
-         {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 NO VERDICT, 1 INCOMPLETE\n",
-          "First-pass yield   75.0 %  3 of 4 units, 1 only by trying a step again\n",
-          "\n                  first run of each unit that came to a verdict\n",
-          "After all runs     75.0 %  3 of 4 units\n", "shortest 10 s, median 10 s, longest 40 s\n",
-          "    2  poe, overload\n       such as port 1: kept its power\n", "1 folder not a run: no run\n"})
+    for (const char *part : {"9 runs of 5 units: 4 PASS, 3 FAIL, 1 NO VERDICT, 1 INCOMPLETE\n",
+                             "First-pass yield   75.0 %  3 of 4 units, 1 only by trying a step again\n",
+                             "\n                  first run of each unit that came to a verdict\n",
+                             "After all runs     75.0 %  3 of 4 units\n", "shortest 10 s, median 10 s, longest 40 s\n",
+                             "    2     3  poe, overload\n             such as port 1: kept its power\n",
+                             "    2     3  port 1: overload 3\n", "1 folder not a run: no run\n"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in\n" << text;
     const auto object = nlohmann::json::parse(reports::history_json(runs));
     EXPECT_EQ(object["first_pass"], (nlohmann::json{{"passed", 3}, {"of", 4}, {"percent", 75.0}, {"by_retry", 1}}));
     EXPECT_EQ(object["failures"][0]["check"], "overload");
+    EXPECT_EQ(object["ports"][0]["where"], "port 1");
+    EXPECT_EQ(object["ports"][0]["checks"][0], (nlohmann::json{{"check", "overload"}, {"units", 2}, {"runs", 3}}));
+    EXPECT_EQ(object["run_list"].size(), 9U);
+    EXPECT_EQ(object["run_list"][8]["verdict"], "PASS"); /* of the first hour */
 }
 
 /* A run that failed a port before it was given up, cut off, or ended by an error. */
@@ -108,7 +113,7 @@ TEST(History, PartialRunsAreNoFirstAndNoLastRun)
     add_run(folder, "B", 3, "pass", 1, skip);
     add_run(folder, "C", 4, "pass", 10, only);
     const auto runs = reports::read_history(folder.path);
-    EXPECT_EQ(runs.runs, 5U);
+    EXPECT_EQ(runs.listed.size(), 5U);
     EXPECT_EQ(runs.units, 3U);
     EXPECT_EQ(runs.partial, 3U);
     EXPECT_EQ(runs.judged_units, 2U);
@@ -122,10 +127,40 @@ TEST(History, PartialRunsAreNoFirstAndNoLastRun)
 TEST(History, SaysWhenThereIsNothingToCount)
 {
     const run_folders folder;
-    EXPECT_EQ(reports::history_tool(folder.path, false), 5);
-    EXPECT_EQ(reports::history_tool(folder.path / "nowhere", false), 2);
+    EXPECT_EQ(reports::history_tool(folder.path, {}, false, reports::form::text), 5);
+    EXPECT_EQ(reports::history_tool(folder.path / "nowhere", {}, false, reports::form::text), 2);
     add_run(folder, "A", 0, "cut off");
-    EXPECT_EQ(reports::history_tool(folder.path, true), 0);
+    EXPECT_EQ(reports::history_tool(folder.path, {}, true, reports::form::json), 0);
     const auto object = nlohmann::json::parse(reports::history_json(reports::read_history(folder.path)));
     EXPECT_FALSE(object.contains("first_pass")); /* no run was judged, so there is no yield */
+}
+
+TEST(History, CountsTheRunsThatAreAskedFor)
+{
+    const run_folders folder;
+    add_run(folder, "A", 0, "fail");
+    add_run(folder, "B", 24, "pass");
+    add_run(folder, "", 25, "fail"); /* of no unit */
+    const std::pair<reports::history_filter, size_t> filters[] = {
+        {{}, 3},
+        {{.plan = "final"}, 3},
+        {{.plan = "fina"}, 0},
+        {{.product = "SW-28P", .station = "FT-03"}, 3},
+        {{.station = "FT-04"}, 0},
+        {{.serial = "A"}, 1},
+        {{.since = "2026-11-24"}, 2},
+        {{.until = "2026-11-23"}, 1},
+        {{.since = "2026-11-23", .until = "2026-11-24"}, 3},
+    };
+    for (const auto &[filter, count] : filters)
+        EXPECT_EQ(reports::read_history(folder.path, filter).listed.size(), count) << filter.plan << filter.since;
+    const auto runs = reports::read_history(folder.path);
+    EXPECT_EQ(runs.units, 2U);
+    EXPECT_EQ(runs.reasons[0].count.units, 1U);
+    EXPECT_EQ(runs.ports[0].count.runs, 2U);
+    EXPECT_NE(reports::runs_text(runs).find("\n2026-11-24T08:15:02  PASS                0  B, final, 076-B\n"),
+              std::string::npos)
+        << reports::runs_text(runs);
+    for (const auto &[text, is_one] : {std::pair{"2026-02-28", true}, {"2026-02-30", false}, {"2026-2-3", false}})
+        EXPECT_EQ(reports::is_day(text), is_one) << text;
 }

@@ -14,6 +14,7 @@
 #include "reports/findings.h"
 #include "reports/history.h"
 #include "reports/panel.h"
+#include "reports/port_state.h"
 #include "reports/report_tools.h"
 #include "reports/reports.h"
 #include "reports/step_table.h"
@@ -26,32 +27,40 @@ static pugi::xml_document junit_of(const journal_builder &journal)
     return document;
 }
 
-/* The element and the sentence within a case, such as "failure: No link."; "passed" when there is none. */
+/* The elements within a case, such as "failure: No link."; "passed" when there is none. */
 static std::string case_of(const pugi::xml_document &document, const std::string &class_name, const std::string &name)
 {
     for (const auto &node : document.child("testsuites").child("testsuite").children("testcase"))
         if (class_name == node.attribute("classname").value() && name == node.attribute("name").value()) {
-            const auto inner = node.first_child();
-            EXPECT_STREQ(inner.attribute("message").value(), inner.text().get());
-            return inner.empty() ? "passed" : std::string(inner.name()) + ": " + inner.text().get();
+            std::string told;
+            for (const auto &inner : node.children())
+                told += std::string(inner.name()) + ": " + inner.text().get();
+            return told.empty() ? "passed" : told;
         }
     return "no such case";
 }
 
 TEST(Junit, TellsTheUnitFromTheStation)
 {
-    const auto failed = junit_of(failing_run()), erred = junit_of(erring_run()), skipped = junit_of(skipped_run()),
+    const auto failed = junit_of(failing_run()), erred = junit_of(erring_run()),
+               interrupted = junit_of(interrupted_run()), partial = junit_of(partial_run()),
                cut_off = junit_of(incomplete_run());
     EXPECT_EQ(case_of(failed, "packet.port13", "link"),
               "failure: No link at the last check; expected a link. No frame was sent.");
     EXPECT_EQ(case_of(failed, "packet.port20", "link"), "skipped: NOT TESTED: Another port refused its settings.");
     EXPECT_EQ(case_of(failed, "packet.port12", "link"), "passed");
-    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors"), "skipped: RETRIED: 9 FCS errors; expected at most 4.");
-    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors (attempt 2)"), "passed");
+    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors"),
+              "system-out: attempt 1: RETRIED: 9 FCS errors; expected at most 4.\n");
+    EXPECT_EQ(case_of(failed, "broadcast.unit", "step"), "system-out: attempt 1: RETRIED: 1 port failed\n");
+    EXPECT_EQ(case_of(failed, "broadcast.port06", "fcs-errors"), "passed");
     EXPECT_EQ(case_of(failed, "poe.unit", "step"), "failure: 1 port failed the PoE test.");
     EXPECT_EQ(case_of(erred, "poe.unit", "step"),
               "error: timeout: The service did not answer within 120 s; expected 26 s.");
-    EXPECT_EQ(case_of(skipped, "packet.unit", "step"), "skipped: NOT RUN: The operator interrupted the run.");
+    EXPECT_EQ(case_of(interrupted, "poe.unit", "step"), "skipped: NOT RUN: The run was interrupted.");
+    EXPECT_EQ(case_of(interrupted, "run", "end"),
+              "error: interrupted by SIGTERM; of 2 steps only 1 was run: this is not the whole plan");
+    EXPECT_EQ(case_of(partial, "run", "whole plan"),
+              "skipped: PARTIAL: of 3 steps only 1 was run: this is not the whole plan");
     EXPECT_EQ(case_of(cut_off, "run", "end"), "error: The journal has no end: the run was cut off. It is no pass.");
 }
 
@@ -59,8 +68,8 @@ TEST(Junit, CountsAndNamesAgreeInEveryRun)
 {
     journal_builder empty, says_nothing;
     says_nothing.begin("poe").whole("pass", "").end("COMPLETE", "FAIL");
-    for (const journal_builder &journal : {passing_run(), failing_run(), erring_run(), skipped_run(), incomplete_run(),
-                                           hostile_run(), empty, says_nothing}) {
+    for (const journal_builder &journal : {passing_run(), failing_run(), erring_run(), interrupted_run(),
+                                           incomplete_run(), hostile_run(), empty, says_nothing}) {
         const auto document = junit_of(journal);
         const auto suite = document.child("testsuites").child("testsuite");
         std::map<std::string, int> count{{"", 0}, {"failure", 0}, {"error", 0}, {"skipped", 0}};
@@ -79,7 +88,8 @@ TEST(Junit, CountsAndNamesAgreeInEveryRun)
         EXPECT_EQ(suite.attribute("skipped").as_int(), count["skipped"]);
         const auto run = record_of(journal);
         EXPECT_EQ(run.result == journal::run_result::fail, count["failure"] > 0) << journal.text();
-        EXPECT_EQ(run.result == journal::run_result::no_verdict || run.result == journal::run_result::incomplete,
+        EXPECT_EQ(run.result >= journal::run_result::no_verdict && run.result != journal::run_result::partial &&
+                      run.result != journal::run_result::unjudged,
                   count["error"] > 0);
         EXPECT_EQ(std::string(suite.attribute("time").value()).find_first_not_of("0123456789."), std::string::npos);
     }
@@ -118,11 +128,13 @@ TEST(Verdict, SaysWhatFailedAndWhere)
         {failing_run(),
          {"\nFAIL  serial SW28-0042", "\n  port 7   poe, overload: The port kept", "\n  port 13  packet, link: No link",
           "passed only when tried again:\n  broadcast  passed in attempt 2 of 2"}},
-        {erring_run(), {"\nERROR  ", "\n  poe  timeout: The service did not answer"}},
-        {skipped_run(), {"\nSKIPPED  ", "\n  packet  The operator interrupted the run."}},
+        {erring_run(), {"\nNO VERDICT  ", "\n  poe  timeout: The service did not answer"}},
+        {interrupted_run(),
+         {"\nINTERRUPTED  ", "\n             interrupted by SIGTERM; of 2 steps only 1 was run: this is not",
+          "\n  poe  The run was interrupted."}},
         {incomplete_run(), {"\nINCOMPLETE  ", "the run was cut off. It is no pass.", "\n  poe  The journal ends"}},
         {partial_run(),
-         {"\nPASS  serial SW28-0046, SW-28P\n      of 3 steps only 1 was run: this is not the whole plan\n",
+         {"\nPARTIAL  serial SW28-0046, SW-28P\n         of 3 steps only 1 was run: this is not the whole plan\n",
           "not run or not finished:\n  broadcast  The operator left the step out.\n  poe "}},
         {hostile_run(), {"[31mred ]]> & \"quoted\", line end"}},
     };
@@ -158,7 +170,7 @@ TEST(Html, SaysThatEveryStepPassedOnlyWhenItDid)
     partial.begin("broadcast").judge(1, "link", "fail", "No link.").whole("fail", "").leave_out("packet");
     const std::pair<journal_builder, const char *> runs[] = {
         {passing_run(), "every step passed"},
-        {unjudged.end("COMPLETE", "PASS"), "1 of 3 steps passed, 1 not run or not finished, 1 not judged"},
+        {unjudged.end("COMPLETE", "PASS"), "1 of 3 steps passed, 1 NOT RUN, 1 NOT JUDGED"},
         {retried.end("COMPLETE", "PASS"), "after steps were tried again"},
         {empty.end("COMPLETE", "PASS"), "no step was run"},
         {partial_run(), "of 3 steps only 1 was run: this is not the whole plan"},
@@ -185,23 +197,49 @@ TEST(Reports, NoneShowsADamagedPassAsAPass)
         return shown;
     };
     const std::string verdict = reports::verdict_text(run, run_dir, false);
-    EXPECT_NE(verdict.find("\nERROR  "), std::string::npos);
+    EXPECT_NE(verdict.find("\nNO VERDICT  "), std::string::npos);
     EXPECT_NE(plain(verdict).find(sentence), std::string::npos) << verdict;
     EXPECT_NE(reports::junit_text(run).find(sentence), std::string::npos);
     EXPECT_NE(reports::html_text(run).find(sentence), std::string::npos);
     EXPECT_EQ(reports::read_history(folder.path).passed_first, 0U);
-    EXPECT_EQ(reports::report_tool(run_dir, false), 3);
+    EXPECT_EQ(reports::report_tool(run_dir, reports::form::text), 3);
 }
 
-TEST(Findings, APortShowsItsWorstVerdict)
+TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
 {
-    const journal::run_record run = record_of(failing_run());
-    const auto ports = reports::ports_of(run);
-    std::string shown;
-    for (const int port : {1, 5, 7, 13, 20, 28})
-        shown += fmt::format("{} {}, ", port, word_of(ports[size_t(port - 1)].judged));
-    EXPECT_EQ(shown, "1 PASS, 5 RETRIED, 7 FAIL, 13 FAIL, 20 NOT TESTED, 28 PASS, ");
-    EXPECT_EQ(ports[4].sentence, "broadcast, fcs-errors: 9 FCS errors; expected at most 4.");
+    journal_builder unfinished_retry("A", 4);
+    unfinished_retry.begin("poe", 1, 2, 4).judge(1, "link", "fail-retried", "No link.").judge(2, "link", "pass");
+    unfinished_retry.whole("fail-retried", "").begin("poe", 2, 2, 4).end_step("SKIP").end("SKIP", "NOT_APPLICABLE");
+    journal_builder unjudged("A", 4);
+    unjudged.begin("vop").judge(1, "vop", "unknown").judge(1, "limit", "pass").judge(2, "vop", "unknown");
+    unjudged.whole("pass", "").end("COMPLETE", "PASS");
+    struct {
+        journal_builder journal;
+        size_t port;
+        const char *expected;
+    } const ports[] = {
+        {failing_run(), 1, "PASS: Passed all that the plan asks of it."},
+        {failing_run(), 5, "RETRIED: broadcast, fcs-errors: 9 FCS errors; expected at most 4."},
+        {failing_run(), 13, "FAIL: packet, link: No link at the last check; expected a link. No frame was sent."},
+        {failing_run(), 20, "PASSED SO FAR: Passed broadcast, poe. Missing: packet (NOT TESTED)."},
+        {interrupted_run(), 24, "PASSED SO FAR: Passed packet. Missing: poe (NOT RUN)."},
+        {interrupted_run(), 25, "PASS: Passed all that the plan asks of it."}, /* poe does not cover it */
+        {erring_run(), 28, "PASSED SO FAR: Passed packet. Missing: poe (NO VERDICT)."},
+        {partial_run(), 1, "PASSED SO FAR: Passed packet. Missing: broadcast (NOT RUN), poe (NOT RUN)."},
+        {incomplete_run(), 9,
+         "PASSED SO FAR: Passed packet. Missing: poe (INCOMPLETE), the rest of the plan (INCOMPLETE)."},
+        {unfinished_retry, 1, "RETRIED: poe, link: No link. Missing: poe (NOT RUN)."},
+        {unfinished_retry, 3, "–: Missing: poe (NOT RUN)."},
+        {unjudged, 1, "PASS: Passed all that the plan asks of it."},
+        {unjudged, 2, "–: No step judges it."},
+    };
+    for (const auto &[journal, port, expected] : ports) {
+        const auto found = reports::ports_of(record_of(journal)).at(port - 1);
+        EXPECT_EQ(fmt::format("{}: {}", word_of(found.state), found.sentence), expected) << port;
+    }
+    const auto missing = reports::missing_in(reports::ports_of(record_of(interrupted_run())));
+    ASSERT_EQ(missing.size(), 1U);
+    EXPECT_EQ(missing[0].ports, "ports 1-24");
 }
 
 TEST(Panel, OddPortsStandAboveEvenOnes)
@@ -239,23 +277,53 @@ TEST(StepTable, APortThatIsTestedTwiceHasTwoRows)
 TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
 {
     const run_folders folder;
-    const std::pair<journal_builder, int> runs[] = {
-        {passing_run(), 0}, {failing_run(), 1}, {erring_run(), 3}, {skipped_run(), 3}, {incomplete_run(), 3}};
+    const std::pair<journal_builder, int> runs[] = {{passing_run(), 0}, {failing_run(), 1},
+                                                    {erring_run(), 3},  {interrupted_run(), 143},
+                                                    {partial_run(), 6}, {incomplete_run(), 3}};
     for (const auto &[journal, code] : runs)
-        EXPECT_EQ(reports::report_tool(journal.save(folder.path / "run"), false), code);
+        EXPECT_EQ(reports::report_tool(journal.save(folder.path / "run"), reports::form::text), code);
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(folder.path / "run"))
         names.insert(entry.path().filename());
     EXPECT_EQ(names, (std::set<std::string>{journal::file_name, "junit.xml", "report.html", "results.csv"}));
-    EXPECT_EQ(reports::report_tool(folder.path, false), 2);
+    EXPECT_EQ(reports::report_tool(folder.path, reports::form::text), 2);
     std::filesystem::remove(folder.path / "run" / "report.html");
     std::filesystem::create_directories(folder.path / "run" / "report.html" / "in the way");
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::report_tool(folder.path / "run", false), 4);
+    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), 4);
     const std::string shown = testing::internal::GetCapturedStdout();
     EXPECT_NE(shown.find("\nINCOMPLETE  serial SW28-0045"), std::string::npos) << shown;
     EXPECT_EQ(shown.find("Report:"), std::string::npos) << shown; /* what is there may be of another time */
     EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
+}
+
+static nlohmann::json printed_by(const auto &tool, int code)
+{
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(tool(), code);
+    return nlohmann::json::parse(testing::internal::GetCapturedStdout());
+}
+
+TEST(Tools, PrintOneJsonObject)
+{
+    using reports::form;
+    const run_folders folder;
+    const auto run_dir = failing_run().save(folder.path / "run");
+    const auto run = printed_by([&] { return reports::report_tool(run_dir, form::json); }, 1);
+    EXPECT_EQ(run["verdict"], "FAIL");
+    EXPECT_EQ(run["exit_code"], 1);
+    EXPECT_EQ(run["run_dir"], run_dir.string());
+    EXPECT_EQ(run["whole_plan"], true);
+    EXPECT_EQ(run["failures"].size(), 2U);
+    EXPECT_EQ(run["failures"][0]["port"], 7);
+    EXPECT_EQ(run["failures"][0]["sentence"], "The port kept its power under overload; expected it to switch off.");
+    EXPECT_EQ(run["steps"].size(), 3U); /* the last attempt at each */
+    const auto file = run_dir / journal::file_name;
+    EXPECT_EQ(printed_by([&] { return reports::check_tool(file, form::json); }, 0)["valid"], true);
+    std::ofstream(file, std::ios::app) << "{";
+    const auto found = printed_by([&] { return reports::check_tool(file, form::json); }, 1);
+    EXPECT_EQ(found["problems"][0]["line"], found["lines"]);
+    EXPECT_EQ(printed_by([&] { return reports::report_tool(folder.path, form::json); }, 2)["exit_code"], 2);
 }
 
 TEST(CheckTool, PrintsOneLineForEachProblem)
@@ -263,13 +331,13 @@ TEST(CheckTool, PrintsOneLineForEachProblem)
     const run_folders folder;
     const auto file = failing_run().save(folder.path) / journal::file_name;
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file), 0);
+    EXPECT_EQ(reports::check_tool(file, reports::form::text), 0);
     const std::string valid = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(valid.ends_with("lines, valid\n")) << valid;
     std::ofstream(file, std::ios::app) << "{";
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file), 1);
+    EXPECT_EQ(reports::check_tool(file, reports::form::text), 1);
     EXPECT_NE(testing::internal::GetCapturedStdout().find(": the line has no line end, so it may not be whole\n"),
               std::string::npos);
-    EXPECT_EQ(reports::check_tool(folder.path), 2);
+    EXPECT_EQ(reports::check_tool(folder.path, reports::form::text), 2);
 }

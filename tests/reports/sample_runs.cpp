@@ -73,10 +73,12 @@ journal_builder erring_run()
     return journal.end_step("ERROR").end("ERROR", "NOT_APPLICABLE");
 }
 
-journal_builder skipped_run()
+journal_builder interrupted_run()
 {
     journal_builder journal("SW28-0044", 28);
-    journal.begin("packet").note("The operator interrupted the run.").end_step("SKIP");
+    add_packet(journal, 28);
+    journal.begin("poe", 1, 1, 24).note("The run was interrupted.").end_step("SKIP");
+    journal.run({{"error", {{"symptom", "interrupted"}, {"message", "The run was interrupted by SIGTERM."}}}});
     return journal.end("SKIP", "NOT_APPLICABLE");
 }
 
@@ -91,7 +93,7 @@ journal_builder partial_run()
 {
     journal_builder journal("SW28-0046", 28, 0, {{"only", "packet"}});
     add_packet(journal, 28);
-    return journal.leave_out("broadcast").leave_out("poe").end("COMPLETE", "PASS");
+    return journal.leave_out("broadcast").leave_out("poe").end("SKIP", "NOT_APPLICABLE");
 }
 
 journal_builder hostile_run()

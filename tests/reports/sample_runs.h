@@ -11,7 +11,8 @@ journal_builder passing_run(int ports = 28);
 /* Ports 7 and 13 fail, 20 is not tested, 5 passes when its step is tried again. */
 journal_builder failing_run(int ports = 28);
 journal_builder erring_run();
-journal_builder skipped_run();
+/* Before the second of two steps, by SIGTERM. */
+journal_builder interrupted_run();
 journal_builder incomplete_run(int ports = 28);
 /* The operator chose one of three steps. */
 journal_builder partial_run();
