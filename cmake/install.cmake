@@ -24,6 +24,7 @@ if(FACMSG_TOOLS)
     install(FILES man/facmsg-station.1 man/facmsg-simhost.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
     install(FILES completion/facmsg-station completion/facmsg-simhost
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+    install(FILES journal/journal.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/facmsg COMPONENT tools)
 endif()
 
 # Debian wants the licence beside each package.
