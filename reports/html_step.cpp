@@ -17,7 +17,7 @@ using journal::verdict;
 
 static std::string value_text(const observation &made, bool with_limits)
 {
-    const std::string limits = with_limits ? limits_text(made.limits) : "";
+    const std::string limits = with_limits ? limits_with_unit(made) : "";
     return made.value + (made.unit.empty() ? "" : " " + made.unit) + (limits.empty() ? "" : " (" + limits + ")");
 }
 

@@ -42,7 +42,7 @@ static tool_run add_plan(CLI::App &sub)
     for (const char *name : {"--results", "--only", "--skip"})
         sub.get_option(name)->check([](const std::string &value) { return value.empty() ? "found no text" : ""; });
     add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
-    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps behind one that fails");
+    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps after one that fails");
     add_flag(sub, "--no-input", given->no_input, "ask for nothing");
     sub.add_option_function<std::string>(
            grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
