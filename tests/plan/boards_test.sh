@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# boards_test.sh SIMHOST STATION PLAN ARTEFACTS SCHEMA: runs a plan on a healthy and on a faulty board, and looks at all
-# that a run leaves behind as others do: journal, JUnit, CSV, and the page in a browser and on paper, whose pictures are
-# left in ARTEFACTS. Exits with 77 when there is no browser.
+# boards_test.sh SIMHOST STATION PLAN ARTEFACTS CHECK_JOURNAL SCHEMA: runs a plan on a healthy and on a faulty board, and
+# looks at all that a run leaves behind as others do: journal, JUnit, CSV, and the page in a browser and on paper, whose
+# pictures are left in ARTEFACTS. Exits with 77 when there is no browser.
 set -euo pipefail
-simhost=$1 station=$2 plan=$3 artefacts=$4 schema=$5
+simhost=$1 station=$2 plan=$3 artefacts=$4 check_journal=$5 schema=$6
 for program in chromium xmllint pdftotext; do
     command -v "$program" >/dev/null || {
         echo "$program is not installed"
@@ -28,6 +28,7 @@ run_plan() { # BOARD EXIT_CODE [OPTION]...: sets run
     local code=0 board=$1
     [ ! -e "$folder/$1.toml" ] || board=$folder/$1.toml
     rm -rf "${folder:?}/$1"
+    : >"$folder/ready" # the switch of the run before was ready
     "$simhost" --board "$board" --directory "$folder/$1" --quiet >"$folder/ready" &
     switch=$!
     until grep -q '^ready' "$folder/ready"; do
@@ -41,7 +42,7 @@ run_plan() { # BOARD EXIT_CODE [OPTION]...: sets run
     run=$(echo "$folder/$1"/results/*)
     tail -n 1 "$folder/console" | grep -qx "Report: $run/report.html" || fail "$1: the console does not end with the path"
     "$station" check "$run/journal.jsonl" || fail "$1: the journal is not valid"
-    [ ! -e "$schema/validate.py" ] || /usr/bin/python3 "$schema/validate.py" "$run/journal.jsonl" || fail "$1: schema"
+    "$check_journal" "$schema" "$run/journal.jsonl" || fail "$1: schema"
 }
 
 browse() { # OPTION... PAGE

@@ -17,7 +17,7 @@ static void expect_errors(std::span<const wrong_plan> cases, const std::string &
     const temporary_folder folder;
     for (const wrong_plan &wrong : cases)
         EXPECT_EQ(run(plan_line(folder.path, head + wrong.text, {"--dry-run"})),
-                  (finished{2, "", "facmsg-station: " + folder.path + "/plan.toml:" + wrong.expected + "\n"}))
+                  (finished{2, "", "facmsg-station: plan: " + folder.path + "/plan.toml:" + wrong.expected + "\n"}))
             << wrong.text;
     EXPECT_TRUE(runs_in(folder.path).empty());
 }
