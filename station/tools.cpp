@@ -28,12 +28,6 @@ static void add_text(CLI::App &sub, const char *name, const char *kind, std::str
     sub.add_option(name, chosen, help)->type_name(kind);
 }
 
-static void refuse_json(const settings &chosen, const char *name, const char *instead)
-{
-    if (chosen.json)
-        throw usage_error(fmt::format("--json: not for {}, {}", name, instead));
-}
-
 static tool_run add_plan(CLI::App &sub)
 {
     const auto given = std::make_shared<plan::order>();
