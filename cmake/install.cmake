@@ -15,18 +15,31 @@ install(EXPORT facmsg NAMESPACE facmsg:: FILE facmsg-config.cmake DESTINATION ${
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/facmsg-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/facmsg-config-version.cmake DESTINATION ${cmake_files} COMPONENT development)
 
-# As seen from its own folder, so that a copied installation still finds itself.
+# With its prefix written out, so that pkg-config leaves out the folders that compilers search anyway; where the
+# installation was led elsewhere, as seen from its own folder.
 file(RELATIVE_PATH prefix_from_pkgconfig ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(cmake/facmsg.pc.in facmsg.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/facmsg.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+set(prefix ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/facmsg.pc.in pkgconfig/in_place/facmsg.pc @ONLY)
+set(prefix "\${pcfiledir}/${prefix_from_pkgconfig}")
+configure_file(cmake/facmsg.pc.in pkgconfig/elsewhere/facmsg.pc @ONLY)
+install(CODE "
+    set(where elsewhere)
+    if(CMAKE_INSTALL_PREFIX STREQUAL \"${CMAKE_INSTALL_PREFIX}\")
+        set(where in_place)
+    endif()
+    file(INSTALL \"${PROJECT_BINARY_DIR}/pkgconfig/\${where}/facmsg.pc\"
+        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\")"
+    COMPONENT development)
 
 if(FACMSG_TOOLS)
-    install(FILES man/facmsg-station.1 man/facmsg-simhost.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
     install(FILES completion/facmsg-station completion/facmsg-simhost
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+    install(FILES journal/journal.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/facmsg COMPONENT tools)
 endif()
 
-# Debian wants the licence beside each package.
+include(cmake/documentation.cmake)
+
+# Debian wants the licence and the changes beside each package.
 set(package_library libfacmsg${PROJECT_VERSION_MAJOR})
 set(package_development libfacmsg-dev)
 set(package_tools facmsg-tools)
@@ -37,6 +50,7 @@ endif()
 foreach(component IN LISTS packaged)
     install(FILES LICENSE RENAME copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${component}}
         COMPONENT ${component})
+    install_changelog(${package_${component}} ${component})
 endforeach()
 
 include(cmake/packages.cmake)

@@ -1,8 +1,9 @@
 # Debian packages, by cpack in the build folder: libfacmsg0, libfacmsg-dev, facmsg-tools.
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES TRUE)
-set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-set(CPACK_PACKAGE_CONTACT "facmsg authors <facmsg@localhost>")
+set(CPACK_SET_DESTDIR ON) # the prefix that is installed to is the packages' own
+set(CPACK_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_PACKAGE_CONTACT "facmsg authors <facmsg@facmsg.invalid>")
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES TRUE)
 set(CPACK_COMPONENTS_ALL library development)
@@ -38,8 +39,12 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     set(CPACK_COMPONENT_${component}_DISPLAY_NAME "${summary}")
 endforeach()
 
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# How other packages depend on the library, and that the loader's cache is made anew.
+set(control ${PROJECT_BINARY_DIR}/control)
+file(CONFIGURE OUTPUT ${control}/shlibs CONTENT
+    "libfacmsg @PROJECT_VERSION_MAJOR@ libfacmsg@PROJECT_VERSION_MAJOR@ (>= @PROJECT_VERSION@)\n" @ONLY)
+file(CONFIGURE OUTPUT ${control}/triggers CONTENT "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${control}/shlibs ${control}/triggers)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 

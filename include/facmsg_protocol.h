@@ -76,14 +76,17 @@ enum facmsg_reply_type {
 
 /* Per-port codes that the port tests share. */
 enum facmsg_port_code {
-    FACMSG_PORT_OK = 0,             /* link up, frames sent, or passed */
-    FACMSG_PORT_NO_LINK = 1,        /* no link; the port was skipped */
-    FACMSG_PORT_TRANSMIT = 2,       /* a frame could not be sent */
-    FACMSG_PORT_RECEIVE_COUNT = 3,  /* wrong receive count, or no phy id to read it by */
-    FACMSG_PORT_MEDIUM = 4,         /* the medium could not be read or switched */
-    FACMSG_PORT_SET_STATUS = 6,     /* the speed, medium or duplex was refused */
-    FACMSG_PORT_NOT_STARTED = 7,    /* link state unreadable, or the test could not start */
-    FACMSG_PORT_FCS_UNREADABLE = 11 /* the FCS error counter could not be read */
+    FACMSG_PORT_OK = 0,              /* passed; in a packet test that stopped early (2, 6): not tested */
+    FACMSG_PORT_NO_LINK = 1,         /* no link; the port was skipped */
+    FACMSG_PORT_TRANSMIT = 2,        /* a frame could not be sent; shows only when the last port with link could not
+                                      * send, which ends the test uncounted: elsewhere such a port ends as 3 */
+    FACMSG_PORT_RECEIVE_COUNT = 3,   /* wrong receive count, or no phy id to read it by; never beside 2 */
+    FACMSG_PORT_MEDIUM = 4,          /* the medium could not be read or switched */
+    FACMSG_PORT_SET_STATUS = 6,      /* the speed, medium or duplex was refused; type 1: or the status is unreadable */
+    FACMSG_PORT_NOT_STARTED = 7,     /* packet test: at every port: it could not start; beside 6: status unreadable,
+                                      * else sending overwrites it. Broadcast: status unreadable */
+    FACMSG_PORT_FCS_UNREADABLE = 11, /* the FCS error counter could not be read */
+    FACMSG_PORT_UNREADABLE = 15      /* broadcast: neither the status nor the counter: 7 and 11 in one */
 };
 
 /* 7 FACMSG_MSG_DEBUG, 8 FACMSG_POE_DEBUG, 9 FACMSG_PORT_DEBUG: 8 bytes. */
@@ -101,7 +104,7 @@ struct enter_factory_record {
  * ports that have FACMSG_ABILITY_HPOE in the word of the requested medium. */
 enum facmsg_packet_result {
     FACMSG_PACKET_PASS = 0,
-    FACMSG_PACKET_FAIL = 1,
+    FACMSG_PACKET_FAIL = 1, /* a port failed, or the test did: all codes are 0 when only the wait for links did */
     FACMSG_PACKET_NOT_POSSIBLE = 8 /* driver functions missing, medium or duplex not valid, or no port matches */
 };
 
@@ -136,11 +139,12 @@ struct switch_test_record {
 /* 5 FACMSG_PORT_BROADCAST: 3088 bytes. */
 enum facmsg_broadcast_result {
     FACMSG_BROADCAST_PASS = 0,         /* every listed port had link and its counter was read; judge the counts */
-    FACMSG_BROADCAST_NO_LINK = 1,      /* no listed port has link 1 */
+    FACMSG_BROADCAST_NO_LINK = 1,      /* no listed port has link 1; the codes are bare, 0, 1 or 7 */
     FACMSG_BROADCAST_NOT_POSSIBLE = 2, /* driver functions missing, no port, or the burst could not be sent */
     FACMSG_BROADCAST_NO_MEMORY = 7,
     FACMSG_BROADCAST_NOT_BEGUN = 9, /* the switch did not go into its broadcast-test state */
-    FACMSG_BROADCAST_FAIL = 11      /* a listed port had no link or an unreadable counter */
+    FACMSG_BROADCAST_FAIL = 11      /* a listed port had no link or an unreadable counter; a port with code 7 counts as
+                                     * without link unless the driver left one in its status */
 };
 
 struct broadcast_test_record {
@@ -184,7 +188,7 @@ enum facmsg_poe_code {
     FACMSG_POE_STATE_UNREADABLE = 14,    /* state_code: the state query failed */
     FACMSG_POE_STATE_0 = 15,             /* state_code */
     FACMSG_POE_STATE_2 = 16,             /* state_code */
-    FACMSG_POE_STATE_OTHER = 17,         /* state_code: upper half: the upper half of the state word */
+    FACMSG_POE_STATE_OTHER = 17,         /* state_code, type 6 also for 3 and 4; upper half: that of the state word */
     FACMSG_POE_OVERLOAD_UNREADABLE = 18, /* overload_code: the overload query failed */
     FACMSG_POE_NO_OVERLOAD = 19, /* overload_code: no overload at 3 W; upper half: lower half of the information word */
     FACMSG_POE_STILL_ON = 20,    /* power_off_code: power after switching off */
@@ -218,7 +222,7 @@ struct poe_mcu_upgrade_reply {
 
 struct poe_mcu_ver_reply {
     uint32_t result;  /* out: enum facmsg_poe_mcu_result */
-    uint32_t new_ver; /* out: firmware version available */
+    uint32_t new_ver; /* out: firmware version available, coded as the driver does */
     uint32_t cur_ver; /* out: firmware version running */
 };
 
@@ -249,9 +253,9 @@ enum facmsg_stress_stage {
     FACMSG_STAGE_VLAN_SETUP = 6,       /* the test's VLANs could not be set up */
     FACMSG_STAGE_TRANSMIT = 7,         /* the CPU could not send */
     FACMSG_STAGE_VLAN_REMOVAL = 8,     /* the test's VLANs could not be removed */
-    FACMSG_STAGE_STATISTICS = 9,       /* wrong counts or FCS errors */
+    FACMSG_STAGE_STATISTICS = 9,       /* wrong counts or FCS errors, still in the last pass */
     FACMSG_STAGE_LOOPBACK = 10,        /* PHY loopback could not be set */
-    FACMSG_STAGE_LOOPBACK_RESTORE = 11 /* PHY loopback could not be restored */
+    FACMSG_STAGE_LOOPBACK_RESTORE = 11 /* PHY loopback could not be restored; type 24 has counted before */
 };
 
 /* The speed codes that a stress test chose. */

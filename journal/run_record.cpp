@@ -175,6 +175,7 @@ void reader::run_start(const json &begin)
     run.plan = text_at(begin, "name");
     run.version = text_at(begin, "version");
     run.plan_file = text_at(parameters, "plan");
+    run.plan_sha256 = text_at(parameters, "plan_sha256");
     only = names_in(text_at(parameters, "only"));
     skipped = names_in(text_at(parameters, "skip"));
     run.partial = !only.empty() || !skipped.empty();
@@ -182,6 +183,8 @@ void reader::run_start(const json &begin)
     run.operator_name = text_at(metadata, "operator");
     run.station = text_at(metadata, "station");
     run.run_id = text_at(metadata, "run_id");
+    run.station_version = text_at(metadata, "station_version");
+    run.library_version = text_at(metadata, "library_version");
     if (const json &parts = member(unit, "hardwareInfos"); parts.is_array())
         std::ranges::for_each(parts, [&](const json &part) { hardware(part); });
 }

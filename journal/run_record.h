@@ -75,7 +75,8 @@ struct attempt {
 };
 
 struct run_record {
-    std::string plan = {}, version = {}, plan_file = {};
+    std::string plan = {}, version = {}, plan_file = {}, plan_sha256 = {};
+    std::string station_version = {}, library_version = {};
     std::string serial = {}, product = {}, operator_name = {}, station = {}, run_id = {};
     moment start = {}, end = {}; /* an incomplete run ends with its last line */
     run_result result = run_result::incomplete;

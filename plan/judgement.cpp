@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "step_limits.h"
 #include "values.h"
 
 namespace plan
@@ -51,6 +52,11 @@ journal::subject subject_of(const test_plan &plan, const outcome &unit, const po
 std::string check_name(const limit &asked)
 {
     return asked.value + "_limit";
+}
+
+static bool asks_anything(const limit &asked)
+{
+    return !asked.least.is_null() || !asked.most.is_null() || !asked.equal.is_null();
 }
 
 static bool within(const limit &asked, const json &value)
@@ -168,7 +174,8 @@ judgement judge(const test_plan &plan, const step &asked, const outcome &unit)
         result.checks.push_back({made.name, made.judged, made.sentence, whole_unit()});
     std::vector<judged_check> added;
     for (const limit &limited : asked.limits)
-        check_limit(plan, limited, unit, added);
+        if (const limit left = left_to_the_plan(asked, limited); asks_anything(left))
+            check_limit(plan, left, unit, added);
     const bool failed_as_a_whole = unit.judged == verdict::fail && unit.ports.empty();
     if (!asked.covers.empty() && !failed_as_a_whole)
         check_coverage(asked, unit, added);

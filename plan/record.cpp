@@ -76,7 +76,7 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
 /* Whether a reply of any kind judges ports: of a step that has none, a reader knows by it what is missing. */
 static bool judges_ports(const step &asked)
 {
-    if (asked.row == nullptr || asked.row->transfer != nullptr)
+    if (asked.is != step_kind::request || asked.row->transfer)
         return false;
     const station::outcome seen = station::rehearse(*asked.row, asked.sent);
     return !seen.columns.empty() && (seen.judged != verdict::unjudged || !asked.limits.empty());
@@ -84,14 +84,11 @@ static bool judges_ports(const step &asked)
 
 std::string begin_attempt(journal::writer &journal, const step &asked, int64_t attempt)
 {
-    ordered_json content{{"request", request_name(asked)},
-                         {"options", asked.options},
-                         {"attempt", attempt},
-                         {"attempts", asked.attempts},
-                         {"expected_s", expected_s(asked)}};
+    ordered_json content{
+        {"request", request_name(asked)}, {"options", asked.options},        {"attempt", attempt},
+        {"attempts", asked.attempts},     {"expected_s", expected_s(asked)}, {"judges_ports", judges_ports(asked)}};
     if (asked.timeout_s > 0)
         content["timeout_s"] = asked.timeout_s;
-    content["judges_ports"] = judges_ports(asked);
     if (!asked.covers.empty())
         content["covers"] = asked.covers;
     return journal.step_start(asked.name, content);

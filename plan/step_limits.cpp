@@ -67,13 +67,30 @@ void read_limits(const std::string &file, const toml::table &table, step &into)
     }
 }
 
+/* The bound that an option of the station judges; null when it judges another value. */
+template <class Limit> static auto *bound_of(Limit &asked, const station::option &field)
+{
+    const bool same = field.limited != nullptr && asked.value == field.limited;
+    return !same ? nullptr : field.least_value ? &asked.least : &asked.most;
+}
+
+limit left_to_the_plan(const step &of, limit asked)
+{
+    for (const station::option &field : of.row->options)
+        if (nlohmann::json *bound = bound_of(asked, field);
+            bound != nullptr && station::own_value(of.sent, field.name) == bound->dump())
+            *bound = nullptr;
+    return asked;
+}
+
 void adopt_limits(step &into)
 {
     for (const station::option &field : into.row->options)
         for (const limit &asked : into.limits)
-            if (field.limited != nullptr && asked.value == field.limited && asked.most.is_number_integer() &&
-                !station::own_value(into.sent, field.name))
-                field.set(into.sent, field, asked.most.dump());
+            if (const nlohmann::json *bound = bound_of(asked, field); bound != nullptr && bound->is_number_integer() &&
+                                                                      *bound >= field.least && *bound <= field.most &&
+                                                                      !station::own_value(into.sent, field.name))
+                field.set(into.sent, field, bound->dump());
 }
 
 void check_limits(const text::toml_reader &reader, const toml::table &step_table, const step &read,

@@ -108,15 +108,26 @@ constexpr sign signs[] = {{"EQUAL", "exactly"},       {"NOT_EQUAL", "not"},
                           {"REGEX_MATCH", "matches"}, {"REGEX_NO_MATCH", "does not match"},
                           {"IN_SET", "in"},           {"NOT_IN_SET", "not in"}};
 
-std::string limits_text(const std::vector<journal::limit> &limits)
+static std::string limits_text(const std::vector<journal::limit> &limits, const std::string &unit)
 {
     std::string text;
     for (const journal::limit &one : limits) {
         const auto *known = std::ranges::find_if(signs, [&](const sign &shown) { return one.type == shown.type; });
         text += text.empty() ? "" : ", ";
-        text += (known != std::end(signs) ? known->text : one.type) + " " + one.value;
+        text +=
+            (known != std::end(signs) ? known->text : one.type) + " " + one.value + (unit.empty() ? "" : " " + unit);
     }
     return text;
+}
+
+std::string limits_text(const std::vector<journal::limit> &limits)
+{
+    return limits_text(limits, "");
+}
+
+std::string limits_with_unit(const journal::observation &made)
+{
+    return limits_text(made.limits, made.is_number ? made.unit : "");
 }
 
 std::string counted(size_t count, const std::string &noun)

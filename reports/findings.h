@@ -36,8 +36,9 @@ std::vector<finding> faults_of(const journal::run_record &run);
 std::string duration_text(std::optional<double> seconds);
 /* "2026-11-23 08:15:02 UTC"; what the journal says when that is no time. */
 std::string time_text(const journal::moment &time);
-/* "<= 5, > 0": the limits of a measurement; empty when it has none. */
+/* "<= 5, > 0": the limits of a measurement; empty when it has none. With the unit of its numbers: "<= 57 V". */
 std::string limits_text(const std::vector<journal::limit> &limits);
+std::string limits_with_unit(const journal::observation &made);
 /* "1 port", "2 ports". */
 std::string counted(size_t count, const std::string &noun);
 

@@ -35,6 +35,20 @@ static data facts(const journal::run_record &run)
     });
 }
 
+/* By what the run was made; what the journal does not say is left out. */
+static std::string footer(const journal::run_record &run)
+{
+    const std::pair<const char *, const std::string &> parts[] = {{"Plan file ", run.plan_file},
+                                                                  {"SHA-256 ", run.plan_sha256},
+                                                                  {"station ", run.station_version},
+                                                                  {"library ", run.library_version}};
+    std::string text;
+    for (const auto &[name, value] : parts)
+        if (!value.empty())
+            text += (text.empty() ? "" : ", ") + (name + value);
+    return text;
+}
+
 static data page_of(const journal::run_record &run)
 {
     const std::vector<finding> failures = failures_of(run), faults = faults_of(run), repaired = repaired_in(run);
@@ -52,7 +66,7 @@ static data page_of(const journal::run_record &run)
                         {"repaired", list(repaired, finding_data)},
                         {"has_steps", !run.attempts.empty()},
                         {"steps", list(run.attempts, step_data)},
-                        {"footer", run.plan_file.empty() ? "" : "Plan file " + run.plan_file}});
+                        {"footer", footer(run)}});
     add_panel(page, run);
     return page;
 }

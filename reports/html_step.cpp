@@ -17,7 +17,7 @@ using journal::verdict;
 
 static std::string value_text(const observation &made, bool with_limits)
 {
-    const std::string limits = with_limits ? limits_text(made.limits) : "";
+    const std::string limits = with_limits ? limits_with_unit(made) : "";
     return made.value + (made.unit.empty() ? "" : " " + made.unit) + (limits.empty() ? "" : " (" + limits + ")");
 }
 
@@ -98,22 +98,23 @@ static data notes_of(const journal::attempt &tried)
 data step_data(const journal::attempt &tried)
 {
     const step_table table = table_of(tried);
-    return object({{"step", tried.step},
-                   {"request", tried.request},
-                   {"attempt", fmt::format("{} of {}", tried.number, std::max(tried.number, tried.most))},
-                   {"style", style_of(tried.judged)},
-                   {"word", word_of(tried.judged)},
-                   {"bad", is_bad(tried.judged)},
-                   {"took", duration_text(seconds_between(tried.start, tried.end))},
-                   {"expected", tried.expected_s > 0 ? duration_text(tried.expected_s) : "–"},
-                   {"summary", summary_of(tried)},
-                   {"meta", meta_of(tried)},
-                   {"notes", notes_of(tried)},
-                   {"has_unit", !table.unit.empty()},
-                   {"unit", list(table.unit, unit_data)},
-                   {"has_rows", !table.rows.empty()},
-                   {"columns", list(table.columns, column_data)},
-                   {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
+    return object(
+        {{"step", tried.step},
+         {"request", tried.request},
+         {"attempt", fmt::format("{} of {}", tried.number, std::max(tried.number, tried.most))},
+         {"style", style_of(tried.judged)},
+         {"word", word_of(tried.judged)},
+         {"bad", is_bad(tried.judged)},
+         {"took", tried.judged == verdict::not_run ? "–" : duration_text(seconds_between(tried.start, tried.end))},
+         {"expected", tried.expected_s > 0 ? duration_text(tried.expected_s) : "–"},
+         {"summary", summary_of(tried)},
+         {"meta", meta_of(tried)},
+         {"notes", notes_of(tried)},
+         {"has_unit", !table.unit.empty()},
+         {"unit", list(table.unit, unit_data)},
+         {"has_rows", !table.rows.empty()},
+         {"columns", list(table.columns, column_data)},
+         {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
 }
 
 } // namespace reports

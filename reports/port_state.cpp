@@ -69,7 +69,7 @@ static std::string sentence_on(const attempt &tried, const observation &made)
 }
 
 /* said is null when the attempt says nothing of the port. */
-static void add(port_account &port, const attempt &tried, const observation *said)
+static void add(port_account &port, const attempt &tried, size_t order, const observation *said)
 {
     const verdict judged = said == nullptr ? verdict::none : said->judged;
     const bool worse =
@@ -86,7 +86,7 @@ static void add(port_account &port, const attempt &tried, const observation *sai
     if (judged == verdict::pass && has_reply(tried))
         port.passed.push_back(tried.step);
     else if (named || covered || any)
-        port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.judged});
+        port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.judged, order});
 }
 
 static std::string missing_text(const std::vector<missing_step> &missing)
@@ -130,17 +130,18 @@ std::vector<port_finding> ports_of(const journal::run_record &run)
     std::vector<port_account> accounts;
     for (const journal::place &port : run.ports)
         accounts.push_back({{port}});
-    for (const attempt &tried : run.attempts) {
+    for (size_t order = 0; order < run.attempts.size(); order++) {
+        const attempt &tried = run.attempts[order];
         const said_of_ports said = said_in(tried);
         for (port_account &port : accounts) {
             const auto known = said.find(port.found.port.id);
-            add(port, tried, known == said.end() ? nullptr : known->second);
+            add(port, tried, order, known == said.end() ? nullptr : known->second);
         }
     }
     std::vector<port_finding> ports;
     for (port_account &port : accounts) {
         if (run.result == journal::run_result::incomplete)
-            port.found.missing.push_back({rest_of_plan, verdict::incomplete});
+            port.found.missing.push_back({rest_of_plan, verdict::incomplete, run.attempts.size()});
         ports.push_back(concluded(std::move(port)));
     }
     return ports;
@@ -162,7 +163,6 @@ static std::string ranges_text(const std::vector<int> &numbers)
     return text;
 }
 
-/* Only what keeps a port from PASS: one that failed lacks nothing to be judged. */
 std::vector<missing_ports> missing_in(const std::vector<port_finding> &ports)
 {
     std::vector<std::pair<missing_step, std::vector<int>>> found;
@@ -171,11 +171,12 @@ std::vector<missing_ports> missing_in(const std::vector<port_finding> &ports)
             if (port.state == port_state::failed)
                 continue;
             auto known = std::ranges::find_if(
-                found, [&](const auto &entry) { return entry.first.step == one.step && entry.first.why == one.why; });
+                found, [&](const auto &entry) { return entry.first.order == one.order && entry.first.why == one.why; });
             if (known == found.end())
                 known = found.insert(found.end(), {one, {}});
             known->second.push_back(port.port.port);
         }
+    std::ranges::stable_sort(found, {}, [](const auto &entry) { return entry.first.order; });
     std::vector<missing_ports> listed;
     for (const auto &[missing, numbers] : found)
         listed.push_back({missing, numbers.size() == ports.size() ? "all ports"

@@ -31,6 +31,7 @@ const char *word_of(port_state state);
 struct missing_step {
     std::string step;
     journal::verdict why; /* what the step came to there: not tested, not run, no verdict, incomplete */
+    size_t order;         /* of the steps */
 };
 
 struct port_finding {
@@ -43,7 +44,7 @@ struct port_finding {
 /* One for each port of the front panel. */
 std::vector<port_finding> ports_of(const journal::run_record &run);
 
-/* A missing step and the ports that lack it, in words: "ports 1-12, 14" or "all ports". */
+/* A missing step and the ports that have not failed and lack it, in words: "ports 1-12, 14" or "all ports". */
 struct missing_ports {
     missing_step missing;
     std::string ports;

@@ -48,6 +48,7 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
                         {"product", run.product},
                         {"plan", run.plan},
                         {"plan_version", run.version},
+                        {"plan_sha256", run.plan_sha256},
                         {"whole_plan", is_whole_plan(run)},
                         {"operator", run.operator_name},
                         {"station", run.station},

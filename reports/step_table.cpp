@@ -76,7 +76,7 @@ static std::vector<table_column> columns_of(const journal::attempt &tried)
     for (const observation &made : tried.checks) {
         const bool is_check = made.is == observation::kind::diagnosis;
         if (!is_of_unit(made) && known.emplace(is_check, made.name).second)
-            columns.push_back({made.name, is_check, limits_text(made.limits)});
+            columns.push_back({made.name, is_check, limits_with_unit(made)});
     }
     std::ranges::stable_sort(columns, std::ranges::greater{}, &table_column::is_check);
     return columns;
@@ -103,7 +103,7 @@ static table_row row_of(const passage &part, const std::vector<table_column> &co
 static bool have_common_limits(const step_table &table, size_t column)
 {
     return std::ranges::all_of(table.rows, [&](const table_row &row) {
-        return row.cells[column] == nullptr || limits_text(row.cells[column]->limits) == table.columns[column].limits;
+        return row.cells[column] == nullptr || limits_with_unit(*row.cells[column]) == table.columns[column].limits;
     });
 }
 

@@ -159,6 +159,8 @@ options parse_options(int argc, const char *const *argv)
         ->disable_flag_override();
     app.add_flag("--quiet", parsed.quiet, "Print the ready line only")->disable_flag_override();
     parse(app, argc, argv, options);
+    if (parsed.list_boards && parsed.run_flow)
+        throw usage_error("--list-boards: found beside --run-flow, expected one of the two");
     parsed.pace = pace_of(pace_option);
     parsed.log_level = level_of(level_option);
     check_slots(parsed.dropped_slots);

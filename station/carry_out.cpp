@@ -89,6 +89,7 @@ outcome carry_out(const command &row, const request &asked, const std::string &d
 
 outcome rehearse(const command &row, const request &asked)
 {
+    check_together(row, asked);
     request played = asked;
     if (const auto output = played.own.find("--output"); output != played.own.end())
         output->second = "/dev/null";

@@ -35,7 +35,8 @@ std::string allowed_values(const option &field)
     const auto shown = [&](int64_t number) {
         return field.hex ? fmt::format("{:#x}", number) : std::to_string(number);
     };
-    return fmt::format("{}{}{} to {}", names, names.empty() ? "" : " or ", shown(field.least), shown(field.most));
+    return fmt::format("{}{}{} to {}{}", names, names.empty() ? "" : " or ", shown(field.least), shown(field.most),
+                       field.multiple > 1 ? fmt::format(", a multiple of {}", field.multiple) : "");
 }
 
 std::string name_of(std::span<const choice> choices, uint32_t code)
@@ -52,7 +53,7 @@ int64_t parse_value(const option &field, const std::string &value)
         if (value == known.name)
             return known.code;
     const std::optional<int64_t> number = parse_number(value, field.hex);
-    if (!number || *number < field.least || *number > field.most)
+    if (!number || *number < field.least || *number > field.most || *number % field.multiple != 0)
         throw usage_error(fmt::format("{}: found '{}', allowed: {}", field.name, value, allowed_values(field)));
     return *number;
 }
@@ -66,6 +67,7 @@ static void put_word(std::vector<uint8_t> &payload, size_t offset, int64_t value
 void set_word(request &sent, const option &field, const std::string &value)
 {
     put_word(sent.payload, field.offset, field.values == arity::flag ? 1 : parse_value(field, value));
+    sent.given.insert(field.name);
 }
 
 void set_own(request &sent, const option &field, const std::string &value)
@@ -117,6 +119,29 @@ std::string member_name(std::string name)
         return letter == '-' ? '_' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
     });
     return name;
+}
+
+static void check_limits(const command &row, const request &asked, const option &least)
+{
+    for (const option &most : row.options) {
+        const auto lower = own_value(asked, least.name), upper = own_value(asked, most.name);
+        const bool pair =
+            most.limited != nullptr && !most.least_value && std::string_view(most.limited) == least.limited;
+        if (pair && lower && upper && std::stoll(*lower) > std::stoll(*upper))
+            throw usage_error(
+                fmt::format("{}: found '{}', allowed: at most the {} of {}", least.name, *lower, *upper, most.name));
+    }
+}
+
+void check_together(const command &row, const request &asked)
+{
+    for (const option &field : row.options) {
+        if (field.not_beside != nullptr && asked.given.contains(field.name) && asked.given.contains(field.not_beside))
+            throw usage_error(
+                fmt::format("{}: found beside {}, allowed: one of the two", field.name, field.not_beside));
+        if (field.least_value)
+            check_limits(row, asked, field);
+    }
 }
 
 bool is_payload_word(const option &field)

@@ -12,6 +12,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -25,6 +26,7 @@ namespace station
 /* The command line is wrong. what() is one line: the option, the value found, and what is allowed. */
 struct usage_error : std::runtime_error {
     using std::runtime_error::runtime_error;
+    std::string subcommand = {}; /* where it was given; empty when there is none, or none yet */
 };
 
 /* One request on its way out, and later its reply: the service answers over the payload. */
@@ -32,6 +34,7 @@ struct request {
     uint32_t type;
     std::vector<uint8_t> payload;
     std::map<std::string, std::string> own = {}; /* options that stay with the station, and their values */
+    std::set<std::string> given = {};            /* options that fill a word and were given */
     std::vector<uint8_t> data = {};              /* what a transfer of several requests is to move */
 };
 
@@ -67,7 +70,10 @@ struct option {
     std::span<const choice> choices = {}; /* names that may be given instead */
     bool hex = false;                     /* numbers are hexadecimal, with or without 0x */
     void (*set)(request &sent, const option &field, const std::string &value) = set_word;
-    const char *limited = nullptr; /* the column of the reply whose greatest value this is */
+    int64_t multiple = 1;             /* numbers are multiples of this */
+    const char *not_beside = nullptr; /* an option that leaves no sense to this one */
+    const char *limited = nullptr;    /* the column of the reply whose greatest value this is, or ... */
+    bool least_value = false;         /* ... whose least */
 };
 
 /* How long a request takes, in seconds. */
@@ -101,6 +107,8 @@ bool may_share(const command &row);
 
 /* Of every subcommand that sends a request: what it waits for and how long. */
 std::span<const option> waiting_options();
+/* Throws usage_error when options contradict each other. */
+void check_together(const command &row, const request &asked);
 
 /* The request before any option was given. */
 request empty_request(const command &row);

@@ -9,19 +9,12 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "text/nearest.h"
+#include "misuse.h"
 #include "text/version.h"
 #include "tools.h"
 
 namespace station
 {
-
-/* The subcommand that was given; all null while there is none. */
-struct chosen_subcommand {
-    const CLI::App *sub = nullptr;
-    const char *name = nullptr;
-    const command *row = nullptr; /* null for a tool */
-};
 
 /* sent and field must outlive the application. */
 static void add_option(CLI::App &sub, request &sent, const option &field)
@@ -59,6 +52,7 @@ static void add_globals(CLI::App &app, settings &chosen)
         ->capture_default_str();
     app.add_flag("--json", chosen.json, "print one JSON object instead of a table")->disable_flag_override();
     app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
+    app.set_version_flag("--version", fmt::format("facmsg-station {}", text::version()), "show the version and exit");
 }
 
 /* "fpga write" is the subcommand write of the subcommand fpga. */
@@ -74,59 +68,6 @@ static CLI::App *add_subcommand(CLI::App &app, const command &row)
     CLI::App *parent = found.empty() ? app.add_subcommand(outer, fmt::format("see '{} --help'", outer)) : found.front();
     parent->allow_extras();
     return parent->add_subcommand(name.substr(blank + 1), row.help);
-}
-
-/* Every subcommand that can be given. */
-static std::vector<std::string_view> subcommand_names()
-{
-    std::vector<std::string_view> names;
-    for (const command &known : commands())
-        names.emplace_back(known.name);
-    for (const tool &known : tools())
-        names.emplace_back(known.name);
-    return names;
-}
-
-/* Every option that can be given with a subcommand, or with none. */
-static std::vector<std::string> option_names(const chosen_subcommand &given)
-{
-    std::vector<std::string> names{"--help", "--version", "--directory", "--json", "--no-progress"};
-    if (given.sub != nullptr)
-        for (const CLI::Option *known : given.sub->get_options())
-            if (!known->get_positional() && known->get_name() != "--help")
-                names.push_back(known->get_name());
-    return names;
-}
-
-/* The first argument that nothing took is a subcommand's name, an option's, or one argument too many. */
-static std::string explain_extra(const std::string &found, const chosen_subcommand &given)
-{
-    if (found.starts_with("-")) {
-        const std::vector<std::string> names = option_names(given);
-        return fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, {names.begin(), names.end()}));
-    }
-    if (given.name != nullptr)
-        return fmt::format("{}: found '{}', but no more arguments are allowed", given.name, found);
-    return fmt::format("unknown subcommand '{}'{}", found, text::expected_one_of(found, subcommand_names()));
-}
-
-/* An option with too few or too many values; every other error explains itself. */
-static std::string explain_error(const std::string &what, const chosen_subcommand &given)
-{
-    const command *row = given.row;
-    const std::string name = what.substr(0, what.find_first_of(": "));
-    if (name == "--directory")
-        return "--directory: expected exactly one value, allowed: the host's working directory";
-    if (what.ends_with("flag override"))
-        return fmt::format("--{}: takes no value", name);
-    for (const auto &options : {row ? row->options : std::span<const option>{}, waiting_options()})
-        for (const option &field : options)
-            if (row && name == field.name && field.values != arity::flag)
-                return fmt::format("{}: expected exactly one value{}", name,
-                                   field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
-    if (row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
-        return fmt::format("{}: expected exactly one value", name);
-    return what;
 }
 
 static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &given, invocation &call)
@@ -174,6 +115,29 @@ static std::string quoted(const std::string &word)
     return text + "'";
 }
 
+static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &given, invocation &call)
+{
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        call.help = app.help();
+        return;
+    } catch (const CLI::CallForVersion &version) {
+        call.help = fmt::format("{}\n", version.what());
+        return;
+    } catch (const CLI::ParseError &error) {
+        throw usage_error(explain_error(error.what(), given));
+    }
+    std::vector<std::string> extras = app.remaining(true);
+    std::erase(extras, "--");
+    if (!extras.empty())
+        throw usage_error(explain_extra(extras.front(), app, given));
+    if (call.row == nullptr && call.tool_name == nullptr)
+        throw usage_error(explain_nothing(app));
+    if (call.row != nullptr)
+        check_together(*call.row, call.sent);
+}
+
 invocation read_command_line(int argc, char **argv)
 {
     invocation call{};
@@ -186,7 +150,6 @@ invocation read_command_line(int argc, char **argv)
     app.allow_extras();
     app.require_subcommand(0, 1);
     add_globals(app, call.chosen);
-    app.set_version_flag("--version", fmt::format("facmsg-station {}", text::version()), "show the version and exit");
     for (const char *word : std::span(argv, static_cast<size_t>(argc)))
         call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
     std::deque<request> requests;
@@ -194,24 +157,11 @@ invocation read_command_line(int argc, char **argv)
     add_requests(app, requests, given, call);
     add_tools(app, given, call);
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp &) {
-        call = {};
-        call.help = app.help();
-        return call;
-    } catch (const CLI::CallForVersion &version) {
-        call = {};
-        call.help = fmt::format("{}\n", version.what());
-        return call;
-    } catch (const CLI::ParseError &error) {
-        throw usage_error(explain_error(error.what(), given));
+        parse(app, argc, argv, given, call);
+    } catch (usage_error &error) {
+        error.subcommand = given.name ? given.name : "";
+        throw;
     }
-    std::vector<std::string> extras = app.remaining(true);
-    std::erase(extras, "--");
-    if (!extras.empty())
-        throw usage_error(explain_extra(extras.front(), given));
-    if (call.row == nullptr && call.tool_name == nullptr)
-        throw usage_error("no subcommand given; 'facmsg-station list' shows them all");
     return call;
 }
 

@@ -21,11 +21,11 @@ using tool_run = std::function<exit_code(const settings &chosen)>;
 
 struct invocation {
     settings chosen;
-    const command *row; /* of a request; null for a tool, and when help was asked for */
+    const command *row; /* of a request; null for a tool */
     request sent;
     tool_run run;          /* of a tool */
     const char *tool_name; /* null for none */
-    std::string help;      /* the help text when it was asked for */
+    std::string help;      /* the help text or the version, when it was asked for */
 };
 
 /* Throws usage_error. */

@@ -65,7 +65,7 @@ std::span<const command> commands()
                                           FACMSG_POE_MCU_UPGRADE, poe_upgrade_options, {0}, decode_poe_upgrade)),
         one<poe_mcu_ver_reply>("poe-version", "show the firmware versions of the PoE controller",
                                FACMSG_POE_MCU_VERSION, {}, {1}, decode_poe_version),
-        one<vop_test_reply>("vop", "VOP measurement of the PoE ports, output off", FACMSG_POE_VOP, unit_options,
+        one<vop_test_reply>("vop", "VOP measurement of the PoE ports, output off", FACMSG_POE_VOP, vop_options,
                             {82, 166}, decode_vop),
         one<packet_test_record>("box-packet", "the packet test of the high-power ports in a test box",
                                 FACMSG_PBOX_PACKET_TEST, packet_options, {20, 160}, decode_packet),

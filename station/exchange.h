@@ -17,9 +17,9 @@ using milliseconds = std::chrono::milliseconds;
 
 /* How long to wait. The service does one request at a time, and begins each when it is done with those before. */
 struct patience {
-    milliseconds for_service = std::chrono::seconds(600); /* to begin the request */
-    std::optional<milliseconds> for_reply = {};           /* from when it was begun; none: as long as it takes */
-    milliseconds after_signal{0};                         /* from when a signal was noted, while the request is begun */
+    milliseconds for_service = std::chrono::seconds(busy_timeout_s); /* to begin the request */
+    std::optional<milliseconds> for_reply = {}; /* from when it was begun; none: as long as it takes */
+    milliseconds after_signal{0};               /* from when a signal was noted, while the request is begun */
 };
 
 /* Told at once and then a few times a second where the request is. */

@@ -33,7 +33,11 @@ outcome read_fpga(const request &asked, const sender &send);
 /* poe_commands.cpp */
 extern const std::span<const option> unit_options; /* for every request whose unit is all it takes */
 extern const std::span<const option> poe_options;
-decoder decode_poe, decode_vop;
+decoder decode_poe;
+
+/* vop_command.cpp */
+extern const std::span<const option> vop_options;
+decoder decode_vop;
 
 /* poe_controller_commands.cpp */
 extern const std::span<const option> poe_upgrade_options;

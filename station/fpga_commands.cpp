@@ -6,6 +6,7 @@
  * silent.
  */
 #include <algorithm>
+#include <filesystem>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <fstream>
@@ -14,6 +15,8 @@
 
 #include "families.h"
 #include "hex.h"
+#include "text/count.h"
+#include "text/path_fault.h"
 
 namespace station
 {
@@ -23,10 +26,10 @@ using bytes = std::vector<uint8_t>;
 static void set_data(request &asked, const option &field, const bytes &data)
 {
     if (!asked.data.empty())
-        throw usage_error(fmt::format("{}: more data, allowed: either HEX or --file", field.name));
+        throw usage_error(fmt::format("{}: found beside HEX, allowed: one of the two", field.name));
     if (data.empty() || data.size() % 4 != 0)
-        throw usage_error(
-            fmt::format("{}: found {} bytes, allowed: whole 32-bit words, at least one", field.name, data.size()));
+        throw usage_error(fmt::format("{}: found {}, allowed: a multiple of 4, at least 4", field.name,
+                                      text::counted(data.size(), "byte")));
     asked.data = data;
 }
 
@@ -41,6 +44,10 @@ static void set_hex(request &asked, const option &field, const std::string &valu
 static void set_file(request &asked, const option &field, const std::string &value)
 {
     std::ifstream file;
+    const std::string fault = value == "-" ? "" : text::read_fault(value);
+    if (!fault.empty())
+        throw usage_error(
+            fmt::format("{}: found '{}' ({}), allowed: a file that can be read, or -", field.name, value, fault));
     if (value != "-")
         file.open(value, std::ios::binary);
     std::istream &input = value == "-" ? std::cin : file;
@@ -48,6 +55,16 @@ static void set_file(request &asked, const option &field, const std::string &val
     if (!input)
         throw usage_error(fmt::format("{}: found '{}', allowed: a file that can be read, or -", field.name, value));
     set_data(asked, field, data);
+}
+
+/* The path is made absolute: the station goes to the host's directory before it writes. */
+static void set_output(request &asked, const option &field, const std::string &value)
+{
+    const std::string fault = value.empty() ? "no name" : text::write_fault(value);
+    if (!fault.empty())
+        throw usage_error(
+            fmt::format("{}: found '{}' ({}), allowed: a file that can be written", field.name, value, fault));
+    set_own(asked, field, std::filesystem::absolute(value));
 }
 
 static constexpr option address{.name = "ADDRESS",
@@ -74,12 +91,13 @@ static const option write_options[] = {
 static const option read_options[] = {
     address,
     {.name = "LENGTH",
-     .help = "bytes, whole 32-bit words",
+     .help = "bytes",
      .offset = offsetof(fpga_record, len),
      .initial = 4,
      .least = 4,
-     .most = 1 << 24},
-    {.name = "--output", .help = "write the bytes to this file", .values = arity::text, .set = set_own},
+     .most = 1 << 24,
+     .multiple = 4},
+    {.name = "--output", .help = "write the bytes to this file", .values = arity::text, .set = set_output},
     port,
     product,
 };
@@ -89,8 +107,6 @@ constinit const std::span<const option> fpga_read_options{read_options};
 
 static void check_range(uint32_t start, size_t size)
 {
-    if (size % 4 != 0)
-        throw usage_error(fmt::format("LENGTH: found '{}', allowed: whole 32-bit words", size));
     if (start + uint64_t{size} > uint64_t{1} << 32)
         throw usage_error(fmt::format("ADDRESS: found '{:#x}', allowed: up to {:#x} for {} bytes", start,
                                       (uint64_t{1} << 32) - size, size));
@@ -102,7 +118,7 @@ static outcome explain_failure(const fpga_record &part, uint32_t result, const s
         return {.summary = fmt::format("the reply's result is {}; expected 0 or 3", result), .result = result};
     return {.summary =
                 fmt::format("the host could not do it for {} bytes at address {:#x} (result 3): it lacks a driver "
-                            "function, or a CPU address or the frame was refused; {} done",
+                            "function, or a CPU address or the frame was refused (log-level 1 shows which); {} done",
                             part.len, part.addr, done),
             .result = result};
 }
@@ -147,7 +163,7 @@ static void save(const std::string &name, const bytes &data)
     std::ofstream file(name, std::ios::binary);
     file.write(reinterpret_cast<const char *>(data.data()), static_cast<std::streamsize>(data.size()));
     if (!file.flush())
-        throw std::runtime_error(fmt::format("cannot write file '{}'", name));
+        throw std::runtime_error(fmt::format("cannot write file '{}': {}", name, text::write_fault(name)));
 }
 
 outcome read_fpga(const request &asked, const sender &send)

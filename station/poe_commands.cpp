@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 
 #include "families.h"
-#include "port_report.h"
+#include "poe_report.h"
 
 namespace station
 {
@@ -22,12 +22,6 @@ static const option with_classes[] = {unit_option, classes_option};
 
 constinit const std::span<const option> unit_options{options};
 constinit const std::span<const option> poe_options{with_classes};
-
-static constexpr code_sentence results[] = {
-    {FACMSG_POE_PASS, ""},
-    {FACMSG_POE_FAIL, ""},
-    {FACMSG_POE_NOT_POSSIBLE, "the host lacks a driver function, or the switch has no port of this kind"},
-};
 
 static constexpr code_sentence state_codes[] = {
     {0, ""},
@@ -92,17 +86,6 @@ static port_outcome judge_entry(const poe_test_reply &reply, uint32_t k, uint32_
     return port;
 }
 
-/* Why the frame of a reply allows no verdict, or nothing. */
-template <class Record> static std::string find_doubt(const Record &reply, int runs)
-{
-    std::string doubt = find_obstacle(results, reply.result);
-    if (doubt.empty())
-        doubt = find_wrong_count(reply.port_count);
-    return doubt.empty() ? find_wrong_port(ports_of_bytes(reply.ports, reply.port_count), runs) : doubt;
-}
-
-static const char *const unexplained = "the service still reports a failure";
-
 static const char *title_of(uint32_t type)
 {
     switch (type) {
@@ -127,36 +110,14 @@ outcome decode_poe(const request &sent, const std::vector<uint8_t> &payload)
         unit.summary = "the switch has no high-power port, so nothing was tested";
         return unit;
     }
-    unit.summary = find_doubt(reply, sent.type == FACMSG_PORT_HPOE ? 2 : 1);
+    unit.summary = find_poe_doubt(reply.result, reply.ports, reply.port_count, sent.type == FACMSG_PORT_HPOE ? 2 : 1);
     if (!unit.summary.empty())
         return unit;
     const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
     const std::string classes = own_value(sent, "--classes").value_or("");
     for (uint32_t k = 0; k < reply.port_count; k++)
         unit.ports.push_back(judge_entry(reply, k, ports[k], classes));
-    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
-    return unit;
-}
-
-static constexpr code_sentence vop_codes[] = {
-    {0, ""},
-    {1, "A VOP query failed; expected three to succeed."},
-};
-
-outcome decode_vop(const request &, const std::vector<uint8_t> &payload)
-{
-    const auto reply = record_of<vop_test_reply>(payload);
-    outcome unit{.title = fmt::format("VOP test of unit {}", reply.unit),
-                 .result = reply.result,
-                 .columns = {{"vop_status", "status"}, {"vop_value", "value"}}};
-    unit.summary = find_doubt(reply, 1);
-    if (!unit.summary.empty())
-        return unit;
-    const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
-    for (uint32_t k = 0; k < reply.port_count; k++)
-        judge_code(unit.ports.emplace_back(port_outcome{ports[k], {{reply.vop_status[k]}, {reply.vop_value[k]}}}),
-                   "vop", vop_codes, reply.vop_status[k]);
-    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
+    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, poe_unexplained);
     return unit;
 }
 

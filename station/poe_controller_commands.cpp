@@ -36,13 +36,19 @@ outcome decode_poe_upgrade(const request &, const std::vector<uint8_t> &payload)
                         "the PoE driver reports that the upgrade failed; expected success");
 }
 
+/* Packed versions can be read in hexadecimal; the service's log has the decimal number. */
+static std::string shown_version(uint32_t version)
+{
+    return fmt::format("{:#x} ({})", version, version);
+}
+
 outcome decode_poe_version(const request &, const std::vector<uint8_t> &payload)
 {
     const auto reply = record_of<poe_mcu_ver_reply>(payload);
-    outcome unit = judge_result(
-        reply.result,
-        fmt::format("the PoE controller runs firmware version {}, available is {}", reply.cur_ver, reply.new_ver),
-        "the PoE driver could not read the firmware versions; expected it to");
+    outcome unit = judge_result(reply.result,
+                                fmt::format("the PoE controller runs firmware version {}, available is {}",
+                                            shown_version(reply.cur_ver), shown_version(reply.new_ver)),
+                                "the PoE driver could not read the firmware versions; expected it to");
     if (reply.result == FACMSG_POE_MCU_DONE)
         unit.members = {{"running_version", reply.cur_ver}, {"available_version", reply.new_ver}};
     return unit;

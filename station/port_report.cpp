@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "facmsg.h"
+#include "text/count.h"
 
 namespace station
 {
@@ -57,7 +58,7 @@ void judge_code(port_outcome &port, const char *name, code_table known, uint32_t
     const bool detailed = row != known.end() && std::strchr(row->sentence, '{') != nullptr;
     if (row == known.end() || (upper != 0 && !detailed))
         add_check(port, name, verdict::none,
-                  fmt::format("Code {} is unknown, so nothing can be said about this port; expected {}.", word,
+                  fmt::format("Code {} makes no sense here, so nothing can be said about this port; expected {}.", word,
                               known_codes(known)));
     else if (*row->sentence != '\0')
         add_check(port, name, verdict::fail, fmt::format(fmt::runtime(row->sentence), upper));
@@ -77,7 +78,8 @@ std::string find_wrong_count(uint32_t port_count)
 {
     if (port_count >= 1 && port_count <= FACMSG_MAX_PORTS)
         return "";
-    return fmt::format("the reply counts {} ports; expected 1 to {}", port_count, int{FACMSG_MAX_PORTS});
+    return fmt::format("the reply counts {}; expected 1 to {}", text::counted(port_count, "port"),
+                       int{FACMSG_MAX_PORTS});
 }
 
 std::string find_wrong_port(const std::vector<uint32_t> &ports, int runs)
@@ -114,8 +116,8 @@ static std::string summary_of(const std::vector<port_outcome> &ports)
 {
     const auto count = [&](verdict judged) { return std::ranges::count(ports, judged, &port_outcome::judged); };
     const auto untested = count(verdict::untested);
-    return fmt::format("{} ports {}: {} passed, {} failed{}", ports.size(), untested ? "selected" : "tested",
-                       count(verdict::pass), count(verdict::fail),
+    return fmt::format("{} {}: {} passed, {} failed{}", text::counted(ports.size(), "port"),
+                       untested ? "selected" : "tested", count(verdict::pass), count(verdict::fail),
                        untested ? fmt::format(", {} not tested", untested) : "");
 }
 

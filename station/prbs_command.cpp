@@ -7,6 +7,7 @@
 
 #include "families.h"
 #include "stress_report.h"
+#include "text/count.h"
 
 namespace station
 {
@@ -30,8 +31,10 @@ static constexpr code_sentence stages[] = {
     {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
 };
 
+constexpr uint32_t judged_stages[] = {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE};
+
 static const stress_kind prbs{
-    "PRBS test", stages, FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "no port is named as the cause", {{"status", "status"}}};
+    "PRBS test", stages, judged_stages, "no port is named as the cause", {{"status", "status"}}};
 
 outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
 {
@@ -51,7 +54,8 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
     });
     if (unit.judged == verdict::pass && !good) {
         unit.judged = verdict::unjudged;
-        unit.summary = fmt::format("status words of {} ports; --good-status judges them", reply.port_count);
+        unit.summary =
+            fmt::format("status words of {}; --good-status judges them", text::counted(reply.port_count, "port"));
     }
     return unit;
 }

@@ -32,6 +32,11 @@ static milliseconds in_ms(const std::string &seconds)
     return std::chrono::seconds(std::stoll(seconds));
 }
 
+static void say_error(const std::string &subcommand, const std::string &sentence)
+{
+    text::say(fmt::format("facmsg-station: {}{}{}", subcommand, subcommand.empty() ? "" : ": ", sentence));
+}
+
 static patience patience_for(const request &sent)
 {
     patience allowed{};
@@ -79,23 +84,30 @@ static exit_code run(const invocation &call)
     const outcome unit = carry_out(call);
     print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, text::colour_wanted()));
     if (unit.judged == verdict::none)
-        text::say(fmt::format("facmsg-station: {}: {}", call.row->name, unit.summary));
+        say_error(call.row->name, unit.summary);
     return exit_code_of(unit.judged);
 }
 
-static exit_code report_error(const invocation &call, bool json, exit_code code, const std::string &sentence)
+static std::string name_of(const invocation &call)
 {
-    if (json)
+    return call.row != nullptr ? call.row->name : call.tool_name != nullptr ? call.tool_name : "";
+}
+
+static exit_code report_error(const invocation &call, exit_code code, const std::string &sentence)
+{
+    if (call.chosen.json)
         print(json_error(call.row, code, sentence));
-    const char *name = call.row ? call.row->name : call.tool_name;
-    text::say(fmt::format("facmsg-station: {}{}{}", name ? name : "", name ? ": " : "", sentence));
+    say_error(name_of(call), sentence);
     return code;
 }
 
-static exit_code report_usage(int argc, char **argv, const std::string &sentence)
+/* The command line may not have been read so far as --json. */
+static exit_code report_usage(int argc, char **argv, const std::string &subcommand, const std::string &sentence)
 {
-    const bool json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
-    return report_error({}, json, exit_code::usage, sentence);
+    if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+        print(json_error(nullptr, exit_code::usage, sentence));
+    say_error(subcommand, sentence);
+    return exit_code::usage;
 }
 
 static exit_code run_command_line(int argc, char **argv)
@@ -103,20 +115,19 @@ static exit_code run_command_line(int argc, char **argv)
     invocation call{};
     try {
         call = read_command_line(argc, argv);
-        if (call.tool_name != nullptr)
-            return call.run(call.chosen);
-        if (call.row != nullptr)
-            return run(call);
-        print(call.help);
-        return exit_code::passed;
+        if (!call.help.empty()) {
+            print(call.help);
+            return exit_code::passed;
+        }
+        return call.tool_name != nullptr ? call.run(call.chosen) : run(call);
     } catch (const usage_error &error) {
-        return report_usage(argc, argv, error.what());
+        return report_usage(argc, argv, error.subcommand.empty() ? name_of(call) : error.subcommand, error.what());
     } catch (const text::file_error &error) {
-        return report_usage(argc, argv, error.what());
+        return report_usage(argc, argv, name_of(call), error.what());
     } catch (const no_reply &error) {
-        return report_error(call, call.chosen.json, error.code, error.what());
+        return report_error(call, error.code, error.what());
     } catch (const std::exception &error) {
-        return report_error(call, call.chosen.json, exit_code::no_verdict, error.what());
+        return report_error(call, exit_code::no_verdict, error.what());
     }
 }
 

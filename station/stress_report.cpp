@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "text/count.h"
+
 namespace station
 {
 
@@ -19,7 +21,7 @@ const option ports_option{.name = "--ports",
 
 static constexpr code_sentence results[] = {
     {0, ""},
-    {FACMSG_STRESS_NOT_SUPPORTED, "the host lacks a driver function"},
+    {FACMSG_STRESS_NOT_SUPPORTED, "the host lacks a driver function; log-level 1 shows which"},
     {FACMSG_STRESS_NO_PORT, "the switch has no port of this kind"},
     {FACMSG_STRESS_NO_MEMORY, "the service ran out of memory"},
 };
@@ -29,6 +31,11 @@ static const char *sentence_of(code_table stages, uint32_t stage)
 {
     const auto row = std::ranges::find(stages, stage, &code_sentence::code);
     return row == stages.end() ? nullptr : row->sentence;
+}
+
+static bool judges_ports(const stress_kind &kind, uint32_t stage)
+{
+    return std::ranges::find(kind.judged_stages, stage) != kind.judged_stages.end();
 }
 
 /* A test that stopped has not judged what did not fail. */
@@ -46,7 +53,7 @@ static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &
                      const std::function<void(port_outcome &row, uint32_t position)> &judge_entry)
 {
     const bool named = names.size() == head.port_count;
-    const bool complete = head.fail_stage == 0 || head.fail_stage == kind.last_stage;
+    const bool complete = head.fail_stage == 0 || judges_ports(kind, head.fail_stage);
     unit.row_name = named ? "port" : "position";
     for (uint32_t i = 0; i < head.port_count; i++) {
         port_outcome &row = unit.ports.emplace_back(port_outcome{named ? names[i] : i + 1});
@@ -73,9 +80,10 @@ outcome judge_stress(const request &sent, const stress_kind &kind, const stress_
     if (!unit.summary.empty())
         return unit;
     if (!names.empty() && names.size() != head.port_count)
-        unit.title += fmt::format(", by position because --ports names {} of {} ports", names.size(), head.port_count);
+        unit.title += fmt::format(", by position because --ports names {} of {}", names.size(),
+                                  text::counted(head.port_count, "port"));
     add_rows(unit, kind, head, names, judge_entry);
-    judge_unit(unit, "fail stage", head.fail_stage == 0, head.fail_stage == kind.last_stage ? kind.unexplained : "");
+    judge_unit(unit, "fail stage", head.fail_stage == 0, judges_ports(kind, head.fail_stage) ? kind.unexplained : "");
     if (unit.judged == verdict::fail && head.fail_stage != 0)
         unit.summary = fmt::format("stopped at stage {}: {}; {}", head.fail_stage, stage, unit.summary);
     return unit;

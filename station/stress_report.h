@@ -14,9 +14,9 @@ namespace station
 /* What sets the tests apart. */
 struct stress_kind {
     const char *title;
-    code_table stages;       /* of fail_stage; 0 has no sentence */
-    uint32_t last_stage;     /* a test that stops here has judged all its ports */
-    const char *unexplained; /* a failure at the last stage without a failed port */
+    code_table stages;                       /* of fail_stage; 0 has no sentence */
+    std::span<const uint32_t> judged_stages; /* a test that stops at one of them has judged all its ports */
+    const char *unexplained;                 /* a failure at such a stage without a failed port */
     std::vector<column> columns;
 };
 

@@ -25,7 +25,8 @@ constinit const std::span<const option> switch_speed_options{options};
 static constexpr code_sentence results[] = {
     {FACMSG_SWITCH_PASS, ""},
     {FACMSG_SWITCH_FAIL, ""},
-    {FACMSG_SWITCH_NOT_POSSIBLE, "the host lacks a driver function, or the switch has no port of this kind"},
+    {FACMSG_SWITCH_NOT_POSSIBLE, "the host lacks a driver function (log-level 1 shows which), or the switch has no "
+                                 "port of this kind"},
 };
 
 static constexpr code_sentence codes[] = {

@@ -42,7 +42,7 @@ static tool_run add_plan(CLI::App &sub)
     for (const char *name : {"--results", "--only", "--skip"})
         sub.get_option(name)->check([](const std::string &value) { return value.empty() ? "found no text" : ""; });
     add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
-    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps behind one that fails");
+    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps after one that fails");
     add_flag(sub, "--no-input", given->no_input, "ask for nothing");
     sub.add_option_function<std::string>(
            grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
@@ -114,6 +114,10 @@ static tool_run add_history(CLI::App &sub)
     add_day(sub, "--until", asked->filter.until, "runs that began on this day or earlier, in UTC");
     add_flag(sub, "--runs", asked->runs, "list the runs, too");
     return [asked](const settings &chosen) {
+        const auto &[since, until] = std::tie(asked->filter.since, asked->filter.until);
+        if (!until.empty() && since > until)
+            throw usage_error(
+                fmt::format("--since: found '{}', expected a day up to that of --until, {}", since, until));
         return static_cast<exit_code>(
             reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen)));
     };

@@ -12,30 +12,39 @@
 namespace text
 {
 
-/* How many characters to insert, remove or replace to get from a to b. */
+/* How many characters to insert, remove, replace or swap with their neighbour to get from a to b. */
 static size_t edit_distance(std::string_view a, std::string_view b)
 {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 0; i < a.size(); ++i) {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < b.size(); ++j) {
-            const size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    std::vector<std::vector<size_t>> rows(a.size() + 1, std::vector<size_t>(b.size() + 1));
+    std::iota(rows[0].begin(), rows[0].end(), size_t{0});
+    for (size_t i = 1; i <= a.size(); ++i) {
+        rows[i][0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t replaced = rows[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
+            rows[i][j] = std::min({replaced, rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
         }
     }
-    return row.back();
+    return rows[a.size()][b.size()];
 }
 
-/* The known name most like the given one; empty when none is similar. */
+/* The dashes of an option are no likeness. */
+static std::string_view letters_of(std::string_view name)
+{
+    name.remove_prefix(std::min(name.find_first_not_of('-'), name.size()));
+    return name;
+}
+
+/* The known name most like the given one, with at most a slip in three letters; empty when there is none. */
 static std::string_view nearest(std::string_view given, const std::vector<std::string_view> &known)
 {
+    const std::string_view letters = letters_of(given);
     std::string_view best;
-    size_t best_distance = given.size() / 3 + 2;
+    size_t best_distance = std::max<size_t>(letters.size() / 3, 1) + 1;
     for (const auto name : known) {
-        const auto distance = edit_distance(given, name);
-        if (distance < best_distance) {
+        const auto distance = edit_distance(letters, letters_of(name));
+        if (distance < best_distance && distance < letters.size()) {
             best_distance = distance;
             best = name;
         }

@@ -17,6 +17,7 @@
 
 #include "facmsg_protocol.h"
 #include "nearest.h"
+#include "path_fault.h"
 
 namespace text
 {
@@ -48,27 +49,19 @@ toml::table parse_toml(std::string_view text, const std::string &path)
     }
 }
 
-static std::string lower_first(std::string text)
-{
-    text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
-    return text;
-}
-
 std::string read_bytes(const std::string &path, std::string_view expected)
 {
-    std::error_code unknown;
-    const auto kind = std::filesystem::status(path, unknown).type();
-    if (kind != std::filesystem::file_type::regular && kind != std::filesystem::file_type::not_found)
-        throw file_error(fmt::format("{}: is {}, expected {}", path,
-                                     kind == std::filesystem::file_type::directory ? "a directory" : "no regular file",
-                                     expected));
+    if (const std::string fault = read_fault(path); !fault.empty())
+        throw file_error(fmt::format("{}: {}, expected {}", path, fault, expected));
+    if (!std::filesystem::is_regular_file(path))
+        throw file_error(fmt::format("{}: is no regular file, expected {}", path, expected));
     errno = 0;
     std::ifstream file(path);
     std::ostringstream bytes;
     if (file.is_open() && (file.peek() == EOF ? !file.bad() : bool(bytes << file.rdbuf())))
         return bytes.str();
-    const std::string reason = std::generic_category().message(errno == 0 ? EIO : errno);
-    throw file_error(fmt::format("{}: {}, expected {}", path, lower_first(reason), expected));
+    throw file_error(
+        fmt::format("{}: {}, expected {}", path, std::generic_category().message(errno == 0 ? EIO : errno), expected));
 }
 
 toml::table read_toml(const std::string &path, std::string_view expected)

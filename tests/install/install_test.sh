@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: MIT
 #
 # Makes the Debian packages, unpacks them into a scratch root, and builds and runs the example host against it, by CMake
-# and by pkg-config. Arguments: build folder, source folder, C compiler, and what runs programs, if anything.
+# and by pkg-config, and the one in C++ that the documentation shows. Arguments: build folder, source folder, C compiler,
+# C++ compiler, and what runs programs, if anything.
 set -euo pipefail
-build=$1 source=$2 compiler=$3
-runner=("${@:4}")
+build=$1 source=$2 compiler=$3 cxx_compiler=$4
+runner=("${@:5}")
 
 folder=$(mktemp -d)
 host=
@@ -63,7 +64,26 @@ expect_control() { # PACKAGE FIELD TEXT...
     done
 }
 
+# Debian's own opinion; what it holds against an upload to Debian does not matter here.
+look_for_faults() {
+    local found
+    found=$(lintian --fail-on none --tag-display-limit 0 "$folder"/packages/*.deb 2>"$folder/lintian.log") ||
+        fail "lintian: $(cat "$folder/lintian.log")"
+    ! grep '^E:' <<<"$found" || fail "lintian finds errors"
+    echo "$found"
+}
+
+expect_pages() { # NAME.SECTION...: readable, with all that they are made of
+    local page text
+    for page in "$@"; do
+        text=$(zcat "$root/usr/share/man/man${page##*.}/$page.gz") || fail "no man page $page"
+        [ "$(wc -l <<<"$text")" -gt 30 ] || fail "man page $page is short"
+    done
+}
+
 unpack_packages
+look_for_faults
+expect_pages facmsg-station.1 facmsg-simhost.1 facmsg-board.5 facmsg-plan.5 facmsg-journal.5
 expect_control libfacmsg0 Depends "libc6 (>= "
 expect_control libfacmsg-dev Depends "libfacmsg0 (= "
 expect_control facmsg-tools Depends "libfacmsg0 (= " "libc6 (>= " "libstdc++6 (>= "
@@ -74,17 +94,28 @@ example=$root/usr/share/doc/libfacmsg-dev/examples/minimal_host.c
 ! grep -rlF "$source" "$root" || fail "these files name the builder's folders"
 
 cmake -S "$source/tests/install/host" -B "$folder/host" -DCMAKE_C_COMPILER="$compiler" -DEXAMPLE="$example" \
-    -DCMAKE_PREFIX_PATH="$root/usr" ${4:+-DCMAKE_LIBRARY_ARCHITECTURE="$(basename "$libraries")"} >/dev/null
+    -DCMAKE_PREFIX_PATH="$root/usr" ${5:+-DCMAKE_LIBRARY_ARCHITECTURE="$(basename "$libraries")"} >/dev/null
 cmake --build "$folder/host" >/dev/null
 run_host "$folder/host/host"
 
-export PKG_CONFIG_LIBDIR=$libraries/pkgconfig
-# shellcheck disable=SC2046 # its words are arguments
-"$compiler" -std=c99 -Wall -Wextra -Wpedantic -Werror $(pkg-config --cflags facmsg) "$example" -o "$folder/host_2" \
-    $(pkg-config --libs facmsg)
+# In place, the compiler finds all by itself but the library's name.
+flags=$(PKG_CONFIG_LIBDIR=$libraries/pkgconfig pkg-config --cflags facmsg)
+[ -z "${flags// /}" ] || fail "the flags for a system's own installation: '$flags'"
+
+with_pkg_config() { # COMPILER... : adds the flags for the scratch root
+    local words
+    read -ra words < <(PKG_CONFIG_SYSROOT_DIR=$root PKG_CONFIG_LIBDIR=$libraries/pkgconfig pkg-config --cflags --libs facmsg)
+    "$@" -Wall -Wextra -Wpedantic -Werror "${words[@]}"
+}
+with_pkg_config "$compiler" -std=c99 "$example" -o "$folder/host_2"
 run_host "$folder/host_2"
+sed -n '/^```cpp$/,/^```$/{//!p}' "$root/usr/share/doc/libfacmsg-dev/hosting.md" >"$folder/host_3.cpp"
+with_pkg_config "$cxx_compiler" -std=c++20 "$folder/host_3.cpp" -o "$folder/host_3"
+run_host "$folder/host_3"
 
 cmake --install "$build" --prefix "$folder/local" >/dev/null
 [ -x "$folder/local/bin/facmsg-station" ] || fail "cmake --install leaves no station"
 boards=$("${runner[@]}" "$folder/local/bin/facmsg-simhost" --list-boards)
 grep -q '^healthy-28 ' <<<"$boards" || fail "the boards are not found: $boards"
+flags=$(PKG_CONFIG_LIBDIR=$(dirname "$(find "$folder/local" -name facmsg.pc)") pkg-config --variable=includedir facmsg)
+[ -e "$flags/facmsg.h" ] || fail "pkg-config looks for the headers of a moved installation in $flags"

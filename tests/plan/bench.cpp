@@ -72,6 +72,8 @@ std::string story_of(const std::string &run)
     for (const json &line : journal_of(run)) {
         if (line.contains("testStepArtifact"))
             story += told_by(line["testStepArtifact"]);
+        else if (line.contains("testRunArtifact") && line["testRunArtifact"].contains("error"))
+            story += line["testRunArtifact"]["error"]["message"].get<std::string>() + " ";
         else if (line.contains("testRunArtifact") && line["testRunArtifact"].contains("testRunEnd"))
             story += line["testRunArtifact"]["testRunEnd"]["status"].get<std::string>() + " " +
                      line["testRunArtifact"]["testRunEnd"]["result"].get<std::string>();

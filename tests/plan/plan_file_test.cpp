@@ -15,12 +15,10 @@ struct wrong_plan {
 static void expect_errors(std::span<const wrong_plan> cases, const std::string &head)
 {
     const temporary_folder folder;
-    for (const wrong_plan &wrong : cases) {
-        const finished end = run(plan_line(folder.path, head + wrong.text, {"--dry-run"}));
-        EXPECT_EQ(end.code, 2) << wrong.text;
-        EXPECT_EQ(end.out, "") << wrong.text;
-        EXPECT_TRUE(end.err.ends_with(folder.path + "/plan.toml:" + wrong.expected + "\n")) << wrong.text << end.err;
-    }
+    for (const wrong_plan &wrong : cases)
+        EXPECT_EQ(run(plan_line(folder.path, head + wrong.text, {"--dry-run"})),
+                  (finished{2, "", "facmsg-station: plan: " + folder.path + "/plan.toml:" + wrong.expected + "\n"}))
+            << wrong.text;
     EXPECT_TRUE(runs_in(folder.path).empty());
 }
 

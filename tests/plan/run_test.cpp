@@ -48,18 +48,17 @@ TEST(plan_run, shipped_plan_tells_a_healthy_board_from_a_faulty_one)
         const simulated_switch tested(board);
         words arguments = line;
         arguments.insert(arguments.end(), {"--results", tested.folder.path + "/results"});
-        if (SANITIZED || code == 1) /* a faulty board repeats the traffic, millions of frames */
+        const bool partial = SANITIZED && code == 0; /* a healthy board's traffic is millions of frames */
+        if (partial)
             arguments.insert(arguments.end(), {"--skip", "broadcast-flow,serpentine"});
         const finished end = tested.run(arguments);
-        EXPECT_EQ(end.code, code) << end;
+        EXPECT_EQ(end.code, partial ? 6 : code) << end;
         const std::string story = only_story(tested.folder.path);
-        EXPECT_TRUE(story.ends_with(std::string("COMPLETE ") + said)) << story;
+        EXPECT_TRUE(story.ends_with(partial ? "SKIP NOT_APPLICABLE" : std::string("COMPLETE ") + said)) << story;
         EXPECT_EQ(story.find("packet-fail:port13") != std::string::npos, code == 1) << story;
         EXPECT_EQ(end.out.find("final-28 1.0: serial SW24000123, "), 0u) << end;
         const std::string journal = runs_in(tested.folder.path).front() + "/journal.jsonl";
-        if (std::filesystem::exists(JOURNAL_SCHEMA "/validate.py")) {
-            EXPECT_EQ(std::system(("/usr/bin/python3 " JOURNAL_SCHEMA "/validate.py '" + journal + "'").c_str()), 0);
-        }
+        EXPECT_EQ(std::system((CHECK_JOURNAL " '" + journal + "'").c_str()), 0);
     }
 }
 
@@ -115,7 +114,7 @@ TEST(plan_run, limits_coverage_and_selection)
     const told_run cases[] = {
         {"[[step]]\nrequest = \"vop\"\nlimits = { vop_status = { equal = 0 }, vop_value = { max = 53000 } }\n",
          {},
-         "vop#1 vop_value_limit-fail:port01",
+         "vop#1 vop_value-fail:port01",
          1},
         {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { equal = "
          "\"01020304\" } }",
@@ -149,6 +148,11 @@ TEST(plan_run, limits_coverage_and_selection)
          "fc-report#1 no-verdict ERROR\npoe-version#1 COMPLETE\nswitch-speed#1 the run was told to leave the step out "
          "SKIP\nERROR NOT_APPLICABLE",
          3},
+        {"[[step]]\nrequest = \"poe-version\"\n[[step]]\nrequest = \"factory-mode\"",
+         {"--skip", "factory-mode"},
+         "poe-version#1 COMPLETE\nfactory-mode#1 the run was told to leave the step out SKIP\nSKIP NOT_APPLICABLE",
+         6},
+        {"[[step]]\nrequest = \"poe-version\"", {"--only", "poe-version"}, "poe-version#1 COMPLETE\nCOMPLETE PASS", 0},
         {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
          {"--stop-on-fail"},
          "poe#1 coverage-fail:port17 step-fail:unit COMPLETE\nfactory-mode#1 step poe failed, and the run stops there "
@@ -202,11 +206,9 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
         {{"--results", "/dev/null"},
          {2, "", "--results: '/dev/null' is no directory, allowed: a directory, or where one can be made"}},
     };
-    for (const auto &[options, expected] : cases) {
-        const finished end = run(plan_line(folder.path, plan, options));
-        EXPECT_EQ(end.code, expected.code) << end;
-        EXPECT_TRUE(end.err.ends_with(": " + expected.err + "\n")) << end;
-    }
+    for (const auto &[options, expected] : cases)
+        EXPECT_EQ(run(plan_line(folder.path, plan, options)),
+                  (finished{expected.code, "", "facmsg-station: plan: " + expected.err + "\n"}));
     const std::string greedy = "name = \"g\"\nversion = \"1\"\nproduct = \"p\"\npanel = [{name = \"x\", ports = 1}]\n"
                                "[serial]\npattern = \"(a+)+b\"\n[[step]]\nrequest = \"poe\"\n";
     EXPECT_EQ(run(plan_line(folder.path, greedy, {"--serial", std::string(250, 'a')})).code, 2); /* ends at all */

@@ -54,7 +54,7 @@ check_page fail-52 52
 check_page pass-256 256
 check_page incomplete 28
 check_page error 28
-check_page skipped 28
+check_page interrupted 28
 check_page partial 28
 check_page hostile 4
 grep -q '<td class="name">port 1</td><td>&lt;script&gt;' "$folder/dom" || fail "hostile: the text is not shown as it is"

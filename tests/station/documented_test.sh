@@ -36,13 +36,22 @@ expect_same "completion of fpga" "$(complete_line fpga '')" "$(sed -n 's/^fpga /
 expect_same "completion of an option" "$(complete_line packet --any-speed --me)" --medium
 expect_same "completion of a plan's option" "$(complete_line plan x.toml --s)" \
     $'--serial\n--skip\n--station\n--stop-on-fail'
+expect_same "completion of a speed" "$(complete_line packet --speed '')" $'10M\n100M\n1G\n2.5G\n5G\n10G'
+expect_same "completion of a medium" "$(complete_line packet --medium '')" $'copper\nfiber\n0\n1'
+expect_same "completion of steps" \
+    "$(complete_line plan "$source/station/plans/final-28.toml" --skip vop,packet-1)" vop,packet-1g
 
 options=$("${simhost[@]}" --help | grep -oE '^  (-h,)?--[a-z-]+' | grep -oE -- '--.*')
 in_man=$(sed -nE 's/^\.It Fl -([a-z-]+).*/--\1/p' "$source/man/facmsg-simhost.1")
 expect_same "man page of the switch" "$in_man" "$options"
 # shellcheck source=/dev/null
 . "$source/completion/facmsg-simhost"
-COMP_WORDS=(facmsg-simhost '')
-COMP_CWORD=1
-_facmsg_simhost
-expect_same "completion of the switch" "$(printf '%s\n' "${COMPREPLY[@]}")" "$options"
+facmsg-simhost() { "${simhost[@]}" "$@"; }
+complete_switch() { # WORD...
+    COMP_WORDS=(facmsg-simhost "$@")
+    COMP_CWORD=$#
+    _facmsg_simhost
+    printf '%s\n' "${COMPREPLY[@]}"
+}
+expect_same "completion of the switch" "$(complete_switch --pa)" --pace
+expect_same "completion of a board" "$(complete_switch --board faulty)" faulty-28

@@ -87,12 +87,28 @@ words station(const words &arguments)
     return emulated(STATION_PROGRAM, arguments);
 }
 
-finished run(const words &arguments, uid_t user)
+static finished run_command(const words &command, uid_t user)
 {
     const int out = output_file();
     const int err = output_file();
-    const int code = wait_for(start(station(arguments), out, err, user));
+    const int code = wait_for(start(command, out, err, user));
     return {code, written_to(out), written_to(err)};
+}
+
+/* Runs a copy, because other users may not be allowed into the folder that the project lies in. */
+static finished run_as(uid_t user, const words &arguments)
+{
+    const temporary_folder copies;
+    for (const std::filesystem::path file : {STATION_PROGRAM, STATION_LIBRARY})
+        std::filesystem::copy(file, copies.path);
+    words command = emulated(copies.path / std::filesystem::path(STATION_PROGRAM).filename(), arguments);
+    command.insert(command.begin(), {"env", "LD_LIBRARY_PATH=" + copies.path});
+    return run_command(command, user);
+}
+
+finished run(const words &arguments, uid_t user)
+{
+    return user != 0 ? run_as(user, arguments) : run_command(station(arguments), 0);
 }
 
 /* Reads until the other side is closed, and answers questions as they come. */

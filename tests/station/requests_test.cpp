@@ -5,6 +5,7 @@
  */
 #include <fstream>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "facmsg_protocol.h"
@@ -139,7 +140,7 @@ TEST(requests, poe_replies_that_no_board_sends)
     expect<reply>(
         {"poe"}, [](auto &r) { two_ports(r).power_off_code[0] = 20; }, 3, "the reply contradicts itself");
     expect<reply>(
-        {"poe"}, [](auto &r) { two_ports(r).state_code[1] = 1 << 16 | 15; }, 3, "256: Code 65551 is unknown");
+        {"poe"}, [](auto &r) { two_ports(r).state_code[1] = 1 << 16 | 15; }, 3, "256: Code 65551 makes no sense");
     expect<reply>(
         {"poe"}, [](auto &r) { two_ports(r).result = 1; }, 1, "the service still reports a failure");
     expect<reply>(
@@ -151,7 +152,10 @@ TEST(requests, poe_replies_that_no_board_sends)
 TEST(requests, other_replies_that_no_board_sends)
 {
     expect<broadcast_test_record>(
-        {"broadcast"}, [](auto &r) { r.result = 1, r.port_count = 2; }, 1, "none of the 2 ports has link");
+        {"broadcast"}, [](auto &r) { r.result = 1, r.port_count = 2; }, 1,
+        "2 ports, none of which reports a link; expected");
+    expect<broadcast_test_record>(
+        {"broadcast"}, [](auto &r) { r.port_count = 1, r.port_results[0] = 1 << 16 | 7; }, 1, "7           -");
     expect<broadcast_test_record>(
         {"broadcast"}, [](auto &r) { r.port_count = 1, r.port_results[0] = 1 << 16, r.fcs_counts[0] = 1ull << 40; }, 1,
         "1099511627776 FCS errors; expected 0.");
@@ -168,20 +172,75 @@ TEST(requests, other_replies_that_no_board_sends)
         {"flow"}, [](auto &r) { r.port_count = 2, r.fail_stage = 9, r.port_fcs_err[1] = 7; }, 3,
         "position 2: A flag is 7");
     expect<serpentine_flow_reply>(
-        {"serpentine"}, [](auto &r) { r.port_count = 1, r.fail_stage = 9; }, 1, "so the\n      CPU received another");
-    expect<serpentine_flow_reply>(
-        {"serpentine"},
-        [](auto &r) {
-            r.port_count = 2, r.fail_stage = 9, r.cpu_send_cnt = 10000;
-            r.port_fcs_err[0] = r.port_ex_err[1] = 1, r.fcs[0] = 3, r.ex_pkts[1] = 9996;
-        },
-        1, "2  FAIL        Transmitted 9996 frames; expected 9997.");
+        {"serpentine"}, [](auto &r) { r.port_count = 1, r.fail_stage = 9; }, 1, "so the CPU received another");
     expect<prbs_test_reply>(
         {"prbs"}, [](auto &r) { r.port_count = 1, r.fail_stage = 7; }, 1, "stage 7: a port's PHY loopback could not");
     expect<fpga_record>(
         {"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)");
     expect<fpga_record>(
         {"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16");
+}
+
+/* What a port's counters show. */
+struct counters {
+    uint32_t transmitted, received, damaged = 0;
+};
+
+/* The reply of a service that sent 20000 frames into a chain of ports with these counters. */
+static responder chain_reply(const std::vector<counters> &ports)
+{
+    return reply_of<serpentine_flow_reply>(0, [=](serpentine_flow_reply &reply) {
+        reply.port_count = static_cast<uint32_t>(ports.size());
+        reply.fail_stage = FACMSG_STAGE_STATISTICS;
+        uint64_t expected = reply.cpu_send_cnt = 20000;
+        for (size_t i = 0; i < ports.size(); i++) {
+            const auto [transmitted, received, damaged] = ports[i];
+            if ((reply.port_ex_err[i] = transmitted != expected))
+                reply.ex_pkts[i] = transmitted;
+            if ((reply.port_in_err[i] = received != expected))
+                reply.in_pkts[i] = received;
+            if ((reply.port_fcs_err[i] = damaged != 0))
+                reply.fcs[i] = damaged;
+            expected = uint64_t{received} - damaged;
+        }
+    });
+}
+
+/* The ports' verdicts: Pass, Fail, Not tested. */
+TEST(requests, serpentine_blames_the_port_that_is_at_fault)
+{
+    constexpr uint32_t all = 20000, some = 19990;
+    const std::pair<std::vector<counters>, std::string> cases[] = {
+        {{{all, all}, {all, all}}, "PP"}, /* only the CPU got too few */
+        /* counters that stand still */
+        {{{all, 0}, {all, all}, {all, all}}, "FNP"},
+        {{{all, all}, {all, all}, {all, 0}}, "PPF"},
+        {{{all, all}, {0, all}, {all, all}}, "PFP"},
+        {{{all, all}, {0, 0}, {all, all}, {all, all}}, "PFNP"},
+        {{{all, 0}, {all, 0}, {all, all}}, "FFN"},
+        {{{all, 0}, {0, all}, {all, all}}, "FFP"},
+        {{{all, 0, 3}, {all, all}, {all, all}}, "FNP"},
+        /* frames lost, or doubled, at a port and between two */
+        {{{all, all}, {all, some}, {some, some}}, "PFP"},
+        {{{all, all}, {some, some}, {some, some}}, "PFP"},
+        {{{all, all}, {all, all + 5}, {all + 5, all + 5}}, "PFP"},
+        {{{all, some}, {some, some}, {some - 5, some - 5}}, "FPF"},
+        {{{all, some}, {some - 5, some - 5}, {some - 5, some - 5}}, "FFP"},
+        {{{all, 0}, {some, some}, {some, some}}, "FNP"}, /* lost before or after the port that does not count */
+        /* damaged frames, and a port that only counts them */
+        {{{all, all, 20}, {all - 20, all - 20}, {all - 20, all - 20}}, "FPP"},
+        {{{all, all, 20}, {all - 30, all - 30}, {all - 30, all - 30}}, "FFP"},
+        {{{all, all, 20}, {all, all}, {all, all}}, "FNP"},
+    };
+    for (const auto &[ports, verdicts] : cases) {
+        const finished end = fake_service(chain_reply(ports)).run({"serpentine", "--json"});
+        std::string found;
+        const auto report = nlohmann::json::parse(end.out);
+        for (const auto &port : report["ports"])
+            found += port["verdict"].get<std::string>()[0];
+        EXPECT_EQ(found, verdicts) << end;
+        EXPECT_EQ(end.code, 1);
+    }
 }
 
 /* Millions of frames: under a sanitizer, which slows them by an order of magnitude, the smallest board has to do. */

@@ -46,11 +46,12 @@ TEST(packet, healthy_board_passes)
     const simulated_switch healthy("healthy-28");
     EXPECT_EQ(healthy.run({"packet", "--any-speed"}),
               (finished{0, table("any speed", {}, "PASS  28 ports tested: 28 passed, 0 failed\n"), ""}));
-    EXPECT_EQ(healthy.run({"packet", "--speed", "10G"}),
-              (finished{3, "",
-                        who + "packet: the test is not possible (result 8): the host lacks a driver function, the "
-                              "medium or duplex is not valid, or no port can do what was asked for (speed 10G, duplex "
-                              "2, medium copper)\n"}));
+    EXPECT_EQ(
+        healthy.run({"packet", "--speed", "10G"}),
+        (finished{3, "",
+                  who + "packet: the test is not possible (result 8): the host lacks a driver function (log-level "
+                        "1 shows which), the medium or duplex is not valid, or no port can do what was asked for "
+                        "(speed 10G, duplex 2, medium copper)\n"}));
 }
 
 TEST(packet, faulty_board_names_the_failing_ports)
@@ -207,35 +208,56 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
     const std::pair<words, std::string> cases[] = {
         {{}, "no subcommand given; 'facmsg-station list' shows them all"},
         {{"pakcet"}, "unknown subcommand 'pakcet', did you mean packet?"},
-        {{"packet", "--spede", "1G"}, "unknown option '--spede', did you mean --speed?"},
-        {{"packet", "--speed", "7G"}, "--speed: found '7G', " + speeds},
-        {{"packet", "--speed", "a\nb"}, "--speed: found 'a\\nb', " + speeds},
-        {{"packet", "--directory"}, "--directory: expected exactly one value, allowed: the host's working directory"},
-        {{"packet", "--speed", "256"}, "--speed: found '256', " + speeds},
-        {{"packet", "--speed"}, "--speed: expected exactly one value, " + speeds},
-        {{"packet", "--speed", "1G", "--speed", "5G"}, "--speed: expected exactly one value, " + speeds},
-        {{"packet", "--any-speed=1"}, "--any-speed: takes no value"},
-        {{"packet", "--medium", "glass"}, "--medium: found 'glass', allowed: copper, fiber or 0 to 1"},
-        {{"packet", "--unit", "-1"}, "--unit: found '-1', allowed: 0 to 4294967295"},
+        {{"packet", "--spede", "1G"}, "packet: unknown option '--spede', did you mean --speed?"},
+        {{"packet", "--speed", "7G"}, "packet: --speed: found '7G', " + speeds},
+        {{"packet", "--speed", "a\nb"}, "packet: --speed: found 'a\\nb', " + speeds},
+        {{"packet", "--directory"},
+         "packet: --directory: expected exactly one value, allowed: the host's working directory"},
+        {{"packet", "--speed", "256"}, "packet: --speed: found '256', " + speeds},
+        {{"packet", "--speed"}, "packet: --speed: expected exactly one value, " + speeds},
+        {{"packet", "--speed", "1G", "--speed", "5G"}, "packet: --speed: expected exactly one value, " + speeds},
+        {{"packet", "--any-speed=1"}, "packet: --any-speed: takes no value"},
+        {{"packet", "--medium", "glass"}, "packet: --medium: found 'glass', allowed: copper, fiber or 0 to 1"},
+        {{"packet", "--unit", "-1"}, "packet: --unit: found '-1', allowed: 0 to 4294967295"},
         {{"packet", "list"}, "packet: found 'list', but no more arguments are allowed"},
-        {{"log-level"}, "LEVEL: expected exactly one value, allowed: -2147483648 to 2147483647"},
-        {{"log-level", "2x"}, "LEVEL: found '2x', allowed: -2147483648 to 2147483647"},
-        {{"fpga", "write", "10000000000", "00"}, "ADDRESS: found '10000000000', allowed: 0x0 to 0xffffffff"},
-        {{"fpga", "write", "0", "0011"}, "HEX: found 2 bytes, allowed: whole 32-bit words, at least one"},
+        {{"log-level"}, "log-level: LEVEL: expected exactly one value, allowed: -2147483648 to 2147483647"},
+        {{"log-level", "2x"}, "log-level: LEVEL: found '2x', allowed: -2147483648 to 2147483647"},
+        {{"fpga", "write", "10000000000", "00"},
+         "fpga write: ADDRESS: found '10000000000', allowed: 0x0 to 0xffffffff"},
+        {{"fpga", "write", "0", "0011"}, "fpga write: HEX: found 2 bytes, allowed: a multiple of 4, at least 4"},
         {{"fpga", "write", "0", "00112233", "--file", "/dev/zero/x"},
-         "--file: found '/dev/zero/x', allowed: a file that can be read, or -"},
-        {{"fpga", "write", "0"}, "HEX: found nothing, allowed: data in HEX or with --file"},
+         "fpga write: --file: found '/dev/zero/x' (a part of the path is no directory), allowed: a file that can be "
+         "read, or -"},
+        {{"fpga", "write", "0"}, "fpga write: HEX: found nothing, allowed: data in HEX or with --file"},
         {{"fpga", "write", "fffffffc", "0011223344556677"},
-         "ADDRESS: found '0xfffffffc', allowed: up to 0xfffffff8 for 8 bytes"},
-        {{"fpga", "read", "0", "6"}, "LENGTH: found '6', allowed: whole 32-bit words"},
-        {{"fpga", "read", "0", "8", "--port", "3"}, "--port: found '3', allowed: 1 to 2"},
-        {{"fpga"}, "no subcommand given; 'facmsg-station list' shows them all"},
-        {{"broadcast", "--fcs-limit", "-1"}, "--fcs-limit: found '-1', allowed: 0 to 4294967295"},
-        {{"flow", "--ports", "3,1"}, "--ports: found '3,1', allowed: ascending numbers from 1 to 256, as in 1-4,8"},
-        {{"prbs", "--ports"}, "--ports: expected exactly one value"},
-        {{"poe-upgrade"}, "--yes: needed for poe-upgrade when nobody can be asked"},
-        {{"raw", "0", "abc"}, "HEX: found 'abc', allowed: pairs of hexadecimal digits for up to 8088 bytes"},
-        {{"raw", "0", "aabb", "--size", "1"}, "--size: found '1', allowed: not less than the 2 bytes of HEX"},
+         "fpga write: ADDRESS: found '0xfffffffc', allowed: up to 0xfffffff8 for 8 bytes"},
+        {{"fpga", "read", "0", "6"}, "fpga read: LENGTH: found '6', allowed: 4 to 16777216, a multiple of 4"},
+        {{"fpga", "read", "0", "8", "--port", "3"}, "fpga read: --port: found '3', allowed: 1 to 2"},
+        {{"fpga"}, "fpga: no subcommand given, expected one of write, read"},
+        {{"fpga", "wriet"}, "fpga: unknown subcommand 'wriet', did you mean write?"},
+        {{"fpga", "write", "0", "00112233", "--file", "/dev/null"},
+         "fpga write: --file: found beside HEX, allowed: one of the two"},
+        {{"fpga", "write", "0", "--file", "/"},
+         "fpga write: --file: found '/' (is a directory), allowed: a file that can be read, or -"},
+        {{"fpga", "read", "0", "4", "--output", "/none/x"},
+         "fpga read: --output: found '/none/x' (no such directory), allowed: a file that can be written"},
+        {{"packet", "--any-speed", "--duplex", "2"},
+         "packet: --duplex: found beside --any-speed, allowed: one of the two"},
+        {{"vop", "--min", "6", "--max", "5"}, "vop: --min: found '6', allowed: at most the 5 of --max"},
+        {{"--speed", "1G", "packet"}, "packet: option '--speed' stands before the subcommand, allowed: after it"},
+        {{"packet", "--fcs-limit=3"}, "packet: option '--fcs-limit' belongs to broadcast, not to packet"},
+        {{"--vesrion"}, "unknown option '--vesrion', did you mean --version?"},
+        {{"--jason"}, "unknown option '--jason', did you mean --json?"},
+        {{"--verdict"},
+         "unknown option '--verdict', expected one of --help, --directory, --json, --no-progress, --version"},
+        {{"plan", "/none.toml"}, "plan: /none.toml: no such file, expected a plan file"},
+        {{"broadcast", "--fcs-limit", "-1"}, "broadcast: --fcs-limit: found '-1', allowed: 0 to 4294967295"},
+        {{"flow", "--ports", "3,1"},
+         "flow: --ports: found '3,1', allowed: ascending numbers from 1 to 256, as in 1-4,8"},
+        {{"prbs", "--ports"}, "prbs: --ports: expected exactly one value"},
+        {{"poe-upgrade"}, "poe-upgrade: --yes: needed for poe-upgrade when nobody can be asked"},
+        {{"raw", "0", "abc"}, "raw: HEX: found 'abc', allowed: pairs of hexadecimal digits for up to 8088 bytes"},
+        {{"raw", "0", "aabb", "--size", "1"}, "raw: --size: found '1', allowed: not less than the 2 bytes of HEX"},
     };
     for (const auto &[arguments, message] : cases)
         EXPECT_EQ(run(arguments), (finished{2, "", who + message + "\n"}));
@@ -267,7 +289,7 @@ TEST(packet, replies_that_make_no_sense_give_no_verdict)
         {[](auto &reply) { reply.unit = 9; },
          "the reply does not belong to this request: its --unit word is 9; expected 0"},
         {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, 4); },
-         "port 7: Code 4 is unknown, so nothing can be said about this port; expected 0, 1, 2, 3, 6 or 7."},
+         "port 7: Code 4 makes no sense here, so nothing can be said about this port; expected 0, 1 or 3."},
         {[](auto &reply) { reply.port_results[6] = FACMSG_PORT_RESULT(7, FACMSG_PORT_RECEIVE_COUNT); },
          "the reply contradicts itself: its result is 0 (passed), but 28 ports tested: 27 passed, 1 failed"},
     };
@@ -283,42 +305,43 @@ TEST(packet, replies_that_make_no_sense_give_no_verdict)
                     "know or support request type 0, or it closed the connection early\n");
 }
 
-TEST(packet, ports_that_got_no_frames_do_not_pass)
+/* The codes of a failed test, the verdicts on its ports, and what else is said. */
+TEST(packet, codes_mean_what_the_end_of_the_test_makes_of_them)
 {
-    const fake_service service(packet_reply([](packet_test_record &reply) {
-        reply.result = FACMSG_PACKET_FAIL;
-        reply.port_count = 4;
-        for (const auto &[port, code] : {std::pair{2u, 6u}, {3u, 1u}, {4u, 7u}})
-            reply.port_results[port - 1] = FACMSG_PORT_RESULT(port, code);
-    }));
-    EXPECT_EQ(service.run({"packet", "--speed", "8", "--medium", "fiber"}),
-              (finished{1,
-                        "Packet test of unit 0: speed code 8, duplex 2, medium fiber\n\n"
-                        "port  verdict     code  reason\n"
-                        "   1  NOT TESTED     0  Another port refused its settings.\n"
-                        "   2  FAIL           6  The port refused the speed, duplex and medium asked for;\n"
-                        "                        expected it to accept. No frame was sent.\n"
-                        "   3  NOT TESTED     1  Another port refused its settings. Before that it had no\n"
-                        "                        link.\n"
-                        "   4  NOT TESTED     7  Another port refused its settings. Before that its\n"
-                        "                        status could not be read.\n\n"
-                        "FAIL  4 ports selected: 0 passed, 1 failed, 3 not tested\n",
-                        ""}));
-}
-
-TEST(packet, sentences_of_the_rarer_codes)
-{
-    const fake_service service(packet_reply([](packet_test_record &reply) {
-        reply.result = FACMSG_PACKET_FAIL;
-        reply.port_count = 2;
-        reply.port_results[0] = FACMSG_PORT_RESULT(1, FACMSG_PORT_TRANSMIT);
-        reply.port_results[1] = FACMSG_PORT_RESULT(256, FACMSG_PORT_NOT_STARTED);
-    }));
-    const auto ports = nlohmann::json::parse(service.run({"packet", "--json"}).out)["ports"];
-    EXPECT_EQ(ports[0]["reason"], "A test frame could not be sent; expected 500 frames to be sent and to come back.");
-    EXPECT_EQ(ports[1]["port"], 256);
-    EXPECT_EQ(ports[1]["reason"], "The test did not start: the port's status could not be read, the CPU address was "
-                                  "refused, or memory ran out; expected 500 frames to be sent and to come back.");
+    const std::string nonsense = " makes no sense here, so nothing can be said about this port";
+    const struct {
+        std::vector<uint32_t> codes;
+        int exit_code;
+        std::string verdicts, said;
+    } cases[] = {
+        {{0, 1, 3}, 1, "PASS, FAIL, FAIL", "3 ports tested: 1 passed, 2 failed"},
+        {{0, 0}, 1, "PASS, PASS", "2 passed, 0 failed; the service still reports a failure: a port's status"},
+        {{0, 2, 1, 2}, 1, "NOT TESTED, FAIL, FAIL, FAIL", "before anything was counted, as port 4 could not send."},
+        {{0, 6, 1},
+         1,
+         "NOT TESTED, FAIL, NOT TESTED",
+         "Another port refused its settings. Before that it had no link."},
+        {{7, 6}, 1, "NOT TESTED, FAIL", "Another port refused its settings. Before that its status could not be read."},
+        {{7}, 3, "", "the test could not start, so nothing is known of 1 port (code 7 at each)"},
+        {{0, 7}, 3, "PASS, NO VERDICT", "port 2: Code 7" + nonsense},
+        {{3, 2}, 3, "NO VERDICT, FAIL", "port 1: Code 3" + nonsense},
+    };
+    for (const auto &[codes, exit_code, verdicts, said] : cases) {
+        const fake_service service(packet_reply([&](packet_test_record &reply) {
+            reply.result = FACMSG_PACKET_FAIL;
+            reply.port_count = static_cast<uint32_t>(codes.size());
+            for (uint32_t i = 0; i < reply.port_count; i++)
+                reply.port_results[i] = FACMSG_PORT_RESULT(i + 1, codes[i]);
+        }));
+        const finished end = service.run({"packet", "--json"});
+        std::string found;
+        const auto report = nlohmann::json::parse(end.out);
+        for (const auto &port : report.value("ports", nlohmann::json::array()))
+            found += (found.empty() ? "" : ", ") + port["verdict"].get<std::string>();
+        EXPECT_EQ(end.code, exit_code) << end;
+        EXPECT_EQ(found, verdicts);
+        EXPECT_NE(end.out.find(said), std::string::npos) << said << "\n" << end;
+    }
 }
 
 TEST(interruption, ends_the_station_at_once_and_says_what_goes_on)

@@ -1,0 +1,55 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Why a path cannot be used, in words.
+ */
+#include "path_fault.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace text
+{
+
+static std::string words_of(int error)
+{
+    switch (error) {
+    case ENOENT:
+        return "no such file";
+    case ENOTDIR:
+        return "a part of the path is no directory";
+    case EACCES:
+        return "permission denied";
+    default:
+        return std::generic_category().message(error);
+    }
+}
+
+static std::string fault(const std::string &path, int wanted)
+{
+    std::error_code unknown;
+    if (fs::is_directory(path, unknown))
+        return "is a directory";
+    return access(path.c_str(), wanted) == 0 ? "" : words_of(errno);
+}
+
+std::string read_fault(const std::string &path)
+{
+    return fault(path, R_OK);
+}
+
+std::string write_fault(const std::string &path)
+{
+    std::error_code unknown;
+    if (fs::exists(path, unknown))
+        return fault(path, W_OK);
+    const fs::path folder = fs::absolute(path, unknown).parent_path();
+    if (!fs::is_directory(folder, unknown))
+        return "no such directory";
+    return access(folder.c_str(), W_OK) == 0 ? "" : words_of(errno);
+}
+
+} // namespace text
