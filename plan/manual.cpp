@@ -34,8 +34,9 @@ static ordered_json number_of(const std::string &answer)
     return read.ec == std::errc() && read.ptr == end && std::isfinite(broken) ? ordered_json(broken) : ordered_json();
 }
 
-static ordered_json yes_or_no(std::string answer)
+static ordered_json yes_or_no(const std::string &given)
 {
+    std::string answer = given;
     std::ranges::transform(answer, answer.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return answer == "y" || answer == "yes"  ? ordered_json("yes")
            : answer == "n" || answer == "no" ? ordered_json("no")
@@ -50,7 +51,7 @@ static ordered_json plain_text(const std::string &answer)
 struct answer_form {
     const char *asked_for; /* behind the question */
     const char *expected;
-    ordered_json (*read)(std::string answer); /* null for what is no answer */
+    ordered_json (*read)(const std::string &answer); /* null for what is no answer */
 };
 
 static answer_form form_of(answer_kind kind)
@@ -59,11 +60,11 @@ static answer_form form_of(answer_kind kind)
     case answer_kind::yes_or_no:
         return {" [y/n]", "y or n", yes_or_no};
     case answer_kind::number:
-        return {":", "a number such as 12 or 11.9", [](std::string answer) { return number_of(answer); }};
+        return {":", "a number such as 12 or 11.9", number_of};
     case answer_kind::text:
         break;
     }
-    return {":", "a text", [](std::string answer) { return plain_text(answer); }};
+    return {":", "a text", plain_text};
 }
 
 static std::string answer_to(const std::string &question)

@@ -17,7 +17,7 @@ static constexpr int64_t longest_pause_s = 86400;
 
 static std::string wording(const text::toml_reader &reader, const char *key)
 {
-    const std::string words = *reader.text(key);
+    std::string words = *reader.text(key);
     if (words.find_first_not_of(" \t\r\n") == std::string::npos)
         reader.fail(key, fmt::format("{} is \"{}\", expected a text for the operator", key, words));
     return words;

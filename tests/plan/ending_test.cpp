@@ -236,7 +236,7 @@ TEST(plan_end, results_that_cannot_be_kept_are_never_a_pass)
     const simulated_switch healthy("healthy-28");
     const std::string folder = healthy.folder.path;
     std::ofstream(folder + "/file") << "no folder";
-    for (const std::string &results : {folder + "/file", std::string("/proc/none")}) {
+    for (const std::string &results : {folder + "/file/below", std::string("/proc/none")}) {
         words options = who;
         options.insert(options.end(), {"--results", results});
         expect_not_saved(run(plan_line(folder, two_steps, options)));

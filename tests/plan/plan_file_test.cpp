@@ -38,7 +38,7 @@ TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[[panel]]\nname = \"x\"\nports = \"1-3,3\"",
          "6:9: ports names port 3 twice, expected each port once"},
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[serial]\npattern = \"[\"",
-         "5:11: pattern is \"[\", expected an ECMAScript regular expression"},
+         "5:11: pattern is \"[\", expected an ECMAScript regular expression without back-references"},
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[station]\npattern = \"[0-9]\"\ndefault = \"x\"",
          "6:11: default is \"x\", expected a text that matches [0-9]"},
         {"name = \"a\"\nversion = \"1\"\nproduct = \"p\"\n[operator]\nrequired = \"yes\"",
@@ -50,7 +50,23 @@ TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
 TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
 {
     const wrong_plan cases[] = {
-        {"[[step]]", "1:1: found no key request, expected a request as on the command line, as \"poe\""},
+        {"[[step]]", "1:1: found none, expected one key of request, instruct, ask, pause_s, repeat"},
+        {"[[step]]\nreqest = \"poe\"", "2:10: unknown key reqest, did you mean request?"},
+        {"[[step]]\nrequest = \"poe\"\nask = \"?\"",
+         "3:7: found request, ask, expected one key of request, instruct, ask, pause_s, repeat"},
+        {"[[step]]\nask = \"Green?\"", "1:1: found no key name, expected a name for the step"},
+        {"[[step]]\nname = \"a\"\ninstruct = \" \"", "3:12: instruct is \" \", expected a text for the operator"},
+        {"[[step]]\nname = \"a\"\nask = \"V\"\nlimits = { vlaue = { min = 1 } }",
+         "4:20: unknown value vlaue of manual, did you mean value?"},
+        {"[[step]]\nname = \"a\"\npause_s = 0", "3:11: pause_s is 0, expected a whole number from 1 to 86400"},
+        {"[[step]]\nname = \"a\"\nrepeat = 101\n", "3:10: repeat is 101, expected a whole number from 1 to 100"},
+        {"[[step]]\nname = \"a\"\nrepeat = 2", "1:1: the group has no steps, expected [[step.step]] tables"},
+        {"[[step]]\nname = \"a\"\nrepeat = 2\n[[step.step]]\nrequest = \"poe\"\n[[step.step]]\nname = \"b\"\nrepeat = "
+         "2",
+         "8:10: found a group in a group, expected a request, an instruction, a question or a pause"},
+        {"[[step]]\nname = \"a\"\nrepeat = 2\n[[step.step]]\nrequest = \"poe\"\n[[step]]\nname = \"a\"\nrequest = "
+         "\"poe\"",
+         "7:8: name is \"a\", which an earlier step has, expected another name"},
         {"[[step]]\nrequest = \"pakcet\"", "2:11: request is \"pakcet\", did you mean packet?"},
         {"[[step]]\nrequest = \"poe\"\n[[step]]\nrequest = \"poe\"",
          "3:1: name is \"poe\", which an earlier step has, expected another name"},
@@ -75,7 +91,7 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
         {"[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = { max = nan } }",
          "3:33: max is nan, expected a number"},
         {"[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = { most = 4 } }",
-         "3:34: unknown key most, expected one of min, max, equal"},
+         "3:34: unknown key most, expected one of min, max, equal, unit"},
         {"[[step]]\nrequest = \"vop\"\nlimits = { vop_value = { equal = \"x\" } }",
          "3:24: vop_value is a number, expected numbers"},
         {"[[step]]\nrequest = \"fpga read\"\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { max = 4 } "

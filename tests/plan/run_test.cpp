@@ -3,9 +3,12 @@
  * Runs of plans that come to their end: what the journal says, step by step, and the exit code.
  */
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
 
 #include "bench.h"
 #include "facmsg_protocol.h"
@@ -72,6 +75,9 @@ TEST(plan_run, a_failure_is_tried_again_and_then_concludes_nothing)
                              "broadcast#2 fcs_errors-fail-retried:port20 step-fail-retried:unit COMPLETE\n"
                              "broadcast#3 fcs_errors-fail:port20 step-fail:unit COMPLETE\nCOMPLETE FAIL");
     EXPECT_EQ(failing.end.code, 1) << failing.end;
+    const std::string &shown = failing.end.out; /* as soon as it is known, and by name */
+    EXPECT_NE(shown.find("  RETRIED  "), std::string::npos) << shown;
+    EXPECT_NE(shown.find(" s  attempt 3 of 3\n    port 20  fcs_errors: "), std::string::npos) << shown;
 }
 
 TEST(plan_run, a_failure_that_nothing_judges_the_second_time_is_no_pass)
@@ -191,14 +197,21 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
         {{"--skip", "vop,poe"}, {5, "", "nothing was run: --only and --skip leave no step"}},
         {{"--serial", "SW00012", "--no-input"},
          {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
-        {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, a text that matches .{1,64}"}},
+        {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, 1 to 64 characters"}},
+        {{"--serial", "SW0001", "--operator", "J\xff"},
+         {2, "", "--operator: found 'J\xEF\xBF\xBD', which is no readable UTF-8, allowed: 1 to 64 characters"}},
         {{"--only", ""}, {2, "", "--only: expected exactly one value"}},
         {{"--grace", "x"}, {2, "", "--grace: found 'x', allowed: 0 to 3600"}},
         {{"--dri-run"}, {2, "", "unknown option '--dri-run', did you mean --dry-run?"}},
+        {{"--results", "/dev/null"},
+         {2, "", "--results: '/dev/null' is no directory, allowed: a directory, or where one can be made"}},
     };
     for (const auto &[options, expected] : cases)
         EXPECT_EQ(run(plan_line(folder.path, plan, options)),
                   (finished{expected.code, "", "facmsg-station: plan: " + expected.err + "\n"}));
+    const std::string greedy = "name = \"g\"\nversion = \"1\"\nproduct = \"p\"\npanel = [{name = \"x\", ports = 1}]\n"
+                               "[serial]\npattern = \"(a+)+b\"\n[[step]]\nrequest = \"poe\"\n";
+    EXPECT_EQ(run(plan_line(folder.path, greedy, {"--serial", std::string(250, 'a')})).code, 2); /* ends at all */
     EXPECT_EQ(run({"paln"}).err, "facmsg-station: unknown subcommand 'paln', did you mean plan?\n");
     EXPECT_TRUE(runs_in(folder.path).empty());
 }
@@ -208,10 +221,10 @@ TEST(plan_usage, asks_on_a_terminal_and_takes_no_answer_from_before)
     const simulated_switch healthy("healthy-28");
     const std::string folder = healthy.folder.path;
     const finished end = talk_on_terminal(plan_line(folder, plan_with("[[step]]\nrequest = \"factory-mode\"")),
-                                          {{"serial (SW[0-9]{4}): ", "SW1\n"},
-                                           {"'SW1' does not match SW[0-9]{4}", ""},
-                                           {"serial (SW[0-9]{4}): ", " SW0002 \n"},
-                                           {"operator (.{1,64}): ", "Jane\n"}},
+                                          {{"serial number (a text that matches SW[0-9]{4}): ", "SW1\n"},
+                                           {"found 'SW1', expected a text that matches SW[0-9]{4}", ""},
+                                           {"serial number (a text that matches SW[0-9]{4}): ", " SW0002 \n"},
+                                           {"operator (1 to 64 characters): ", "Jane\n"}},
                                           "SW9999\nEve\n");
     EXPECT_EQ(end.code, 0) << end;
     ASSERT_EQ(runs_in(folder).size(), 1u) << end;
@@ -221,7 +234,7 @@ TEST(plan_usage, asks_on_a_terminal_and_takes_no_answer_from_before)
     EXPECT_FALSE(head["metadata"]["station"].get<std::string>().empty());
     EXPECT_EQ(head["metadata"]["run_id"].get<std::string>().size(), 32u);
     EXPECT_NE(end.out.find("step 1 of 1  factory-mode  0 s of about 1 s"), std::string::npos) << end;
-    EXPECT_EQ(end.out.find("factory-mode  PASS"), std::string::npos) << end; /* the line on stderr is enough */
+    EXPECT_NE(end.out.find("step 1 of 1  factory-mode  PASS"), std::string::npos) << end; /* stays */
 }
 
 TEST(plan_usage, asks_nothing_when_told_so)
@@ -249,4 +262,112 @@ TEST(plan_usage, serial_numbers_make_safe_folders_and_no_folder_is_used_twice)
         const std::string name = std::filesystem::path(folder).filename();
         EXPECT_TRUE(name.find("Z-_.._.._x_y") != std::string::npos || name.ends_with("Z-_.hidden")) << name;
     }
+}
+
+/* The lines of a kind in a journal, those of steps alone. */
+static std::vector<nlohmann::json> artifacts(const std::string &run, const char *kind)
+{
+    std::vector<nlohmann::json> found;
+    for (const nlohmann::json &line : journal_of(run))
+        if (line.contains("testStepArtifact") && line["testStepArtifact"].contains(kind))
+            found.push_back(line["testStepArtifact"][kind]);
+    return found;
+}
+
+TEST(plan_by_hand, the_operator_does_sees_and_measures)
+{
+    const std::pair<const char *, int> cases[] = {{"54.5\n", 0}, {"57.1\n", 1}};
+    for (const auto &[volts, code] : cases) {
+        const simulated_switch healthy("healthy-28");
+        const std::string folder = healthy.folder.path;
+        const finished end = talk_on_terminal({"--directory", folder, "plan", PLANS "/assisted.toml", "--serial",
+                                               "SW00000001", "--operator", "O", "--results", folder + "/results"},
+                                              {{"press Enter: ", "\n"},
+                                               {"all ports green? [y/n] ", "perhaps\n"},
+                                               {"found 'perhaps', expected y or n", ""},
+                                               {"all ports green? [y/n] ", "n\n"},
+                                               {"was answered no", ""},
+                                               {"all ports green? [y/n] ", "Y\n"},
+                                               {"at test point 1 in V: ", volts}},
+                                              "\ny\n");
+        EXPECT_EQ(end.code, code) << end;
+        const std::string begin = "plug-in#1 step-unknown:unit COMPLETE\n"
+                                  "leds#1 answer-fail-retried:unit step-fail-retried:unit COMPLETE\nleds#2 COMPLETE\n";
+        const std::string rounds = "supply#1 COMPLETE\nrounds.1.settle#1 step-unknown:unit COMPLETE\n"
+                                   "rounds.1.packet#1 COMPLETE\nrounds.2.settle#1 step-unknown:unit COMPLETE\n"
+                                   "rounds.2.packet#1 COMPLETE\nvop#1 COMPLETE\nCOMPLETE PASS";
+        const std::string story = only_story(folder);
+        EXPECT_EQ(story.substr(0, begin.size() + rounds.size())
+                      .find(begin + (code == 0 ? rounds : "supply#1 value_limit-fail:unit")),
+                  0u)
+            << story;
+        const std::string run = runs_in(folder).front();
+        const auto values = artifacts(run, "measurement");
+        EXPECT_EQ(values[0]["value"], "no");
+        EXPECT_EQ(values[2]["value"].dump() + "\n", volts);
+        EXPECT_EQ(values[2]["unit"], "V");
+        EXPECT_EQ(code == 0 ? values.back()["unit"] : "mV", "mV");
+        EXPECT_EQ(artifacts(run, "extension")[1]["content"]["options"]["ask"], "Are the LEDs of all ports green?");
+        const std::string digest = journal_of(run)[1]["testRunArtifact"]["testRunStart"]["parameters"]["plan_sha256"];
+        EXPECT_EQ(std::system(("echo '" + digest + "  " PLANS "/assisted.toml' | sha256sum --check --quiet").c_str()),
+                  0);
+    }
+}
+
+TEST(plan_by_hand, nobody_there_is_told_before_anything_is_sent)
+{
+    const temporary_folder folder;
+    for (const char *option : {"--no-input", "--no-progress"}) {
+        const finished end = run({"plan", PLANS "/assisted.toml", "--serial", "SW00000001", "--operator", "O",
+                                  "--results", folder.path + "/results", option});
+        EXPECT_EQ(end.code, 2) << end;
+        EXPECT_NE(end.err.find("step plug-in waits for the operator, but "), std::string::npos) << end;
+    }
+    EXPECT_TRUE(runs_in(folder.path).empty());
+}
+
+TEST(plan_by_hand, an_interruption_ends_a_question_and_a_pause_with_their_record)
+{
+    const std::pair<const char *, const char *> cases[] = {{"ask = \"Green?\"", "Green? [y/n] "},
+                                                           {"pause_s = 3600", " of about 3600 s"}};
+    for (const auto &[what, shown] : cases) {
+        const temporary_folder folder;
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        grantpt(terminal);
+        unlockpt(terminal);
+        const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        const std::string plan = plan_with(std::string("[[step]]\nname = \"a\"\n") + what);
+        const pid_t pid = start(station(plan_line(folder.path, plan, who)), screen, screen, 0, screen);
+        close(screen);
+        std::string seen;
+        for (char letter; read(terminal, &letter, 1) == 1;) {
+            seen += letter;
+            if (seen.ends_with(shown))
+                kill(pid, SIGTERM);
+        }
+        EXPECT_EQ(wait_for(pid), 143) << seen;
+        close(terminal);
+        EXPECT_EQ(only_story(folder.path), "a#1 no reply was waited for any longer: the run was interrupted SKIP\n"
+                                           "SKIP NOT_APPLICABLE");
+    }
+}
+
+TEST(plan_json, is_one_object)
+{
+    const simulated_switch faulty("faulty-28");
+    const words steps{"--only", "factory-mode,round", "--json"};
+    const std::string plan = plan_with("[[step]]\nrequest = \"factory-mode\"\n[[step]]\nname = \"round\"\nrepeat = 2\n"
+                                       "[[step.step]]\nrequest = \"packet\"\n[[step]]\nrequest = \"vop\"\n");
+    const finished listed =
+        run(plan_line(faulty.folder.path, plan, with_options({"--json", "--dry-run", "--only", "round"})));
+    const auto names = nlohmann::json::parse(listed.out)["steps"];
+    ASSERT_EQ(names.size(), 2u) << listed;
+    EXPECT_EQ(names[1]["name"], "round.2.packet");
+    const finished end = run(plan_line(faulty.folder.path, plan, with_options(steps)));
+    const auto told = nlohmann::json::parse(end.out);
+    EXPECT_EQ(told["verdict"], "FAIL") << end;
+    EXPECT_EQ(told["exit_code"], end.code);
+    EXPECT_EQ(told["run_dir"], runs_in(faulty.folder.path).front());
+    EXPECT_EQ(told["failures"].size(), 4u) << end;
+    EXPECT_NE(end.err.find("step 2 of 3  round.1.packet  FAIL"), std::string::npos) << end;
 }
