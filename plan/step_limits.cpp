@@ -76,6 +76,8 @@ template <class Limit> static auto *bound_of(Limit &asked, const station::option
 
 limit left_to_the_plan(const step &of, limit asked)
 {
+    if (of.row == nullptr) /* a question: the plan judges the answer */
+        return asked;
     for (const station::option &field : of.row->options)
         if (nlohmann::json *bound = bound_of(asked, field);
             bound != nullptr && station::own_value(of.sent, field.name) == bound->dump())

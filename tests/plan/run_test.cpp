@@ -302,6 +302,7 @@ TEST(plan_by_hand, the_operator_does_sees_and_measures)
                   0u)
             << story;
         const std::string run = runs_in(folder).front();
+        EXPECT_EQ(std::system((CHECK_JOURNAL " '" + run + "/journal.jsonl'").c_str()), 0);
         const auto values = artifacts(run, "measurement");
         EXPECT_EQ(values[0]["value"], "no");
         EXPECT_EQ(values[2]["value"].dump() + "\n", volts);
@@ -348,7 +349,7 @@ TEST(plan_by_hand, an_interruption_ends_a_question_and_a_pause_with_their_record
         EXPECT_EQ(wait_for(pid), 143) << seen;
         close(terminal);
         EXPECT_EQ(only_story(folder.path), "a#1 no reply was waited for any longer: the run was interrupted SKIP\n"
-                                           "SKIP NOT_APPLICABLE");
+                                           "The run was interrupted by SIGTERM. SKIP NOT_APPLICABLE");
     }
 }
 
