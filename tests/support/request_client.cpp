@@ -79,7 +79,7 @@ request_client &request_client::end()
     return *this;
 }
 
-static std::string read_to_end(int fd)
+std::string read_to_end(int fd)
 {
     std::string all;
     char bytes[4096];

@@ -47,20 +47,12 @@ class request_client
     int fd;
 };
 
+/* Everything up to the end of a connection or pipe. */
+std::string read_to_end(int fd);
+
 /* Sends a whole request and reads the reply: over the socket to the service, or straight into a handler. */
 std::string ask_service(const std::string &request);
 using request_handler = int (*)(int fd, facmsg_request *request);
 std::string ask_dispatcher(uint32_t type, const std::string &payload, request_handler handler = facmsg_lib_test_main);
-
-/* The reply to a record, from the dispatcher or another handler: of the same type and size, or of reply_type. */
-template <class Record>
-Record answered(uint32_t type, Record record, request_handler handler = facmsg_lib_test_main, uint32_t reply_type = ~0u)
-{
-    const std::string reply = ask_dispatcher(type, bytes_of(record), handler);
-    EXPECT_EQ(reply.substr(0, 8), frame(reply_type == ~0u ? type : reply_type, sizeof(record)));
-    EXPECT_EQ(reply.size(), 8 + sizeof(record));
-    memcpy(&record, reply.data() + 8, std::min(sizeof(record), reply.size() - 8));
-    return record;
-}
 
 #endif

@@ -1,4 +1,4 @@
-# Reads the shared object: it exports the listed names and no other, needs libc alone, is hardened, and small.
+# Reads the shared object: it exports the described names and no other, needs libc alone, is hardened, and small.
 function(run_tool output)
     execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
     set(${output} "${text}" PARENT_SCOPE)
@@ -17,7 +17,9 @@ string(REGEX MATCHALL "[0-9a-f]+ [A-Z] [^\n]+" lines "${symbols}")
 list(TRANSFORM lines REPLACE "^[0-9a-f]+ [A-Z] " "")
 list(FILTER lines EXCLUDE REGEX "^__(asan|odr|ubsan|tsan)")
 list(SORT lines)
-file(STRINGS ${EXPORTS} expected)
+file(STRINGS ${DESCRIPTION} symbols REGEX "<elf-symbol ")
+string(REGEX MATCHALL "elf-symbol name='[^']+" expected "${symbols}")
+list(TRANSFORM expected REPLACE "elf-symbol name='" "")
 list(SORT expected)
 if(NOT lines STREQUAL expected)
     message(FATAL_ERROR "exported: ${lines}\nexpected: ${expected}")

@@ -12,7 +12,6 @@
 #include "log_capture.h"
 #include "request_client.h"
 #include "simulation.h"
-#include "trace.h"
 
 static const vexa_diag_drv EMPTY = {};
 
@@ -94,7 +93,7 @@ TEST_F(registration, waits_for_the_socket_s_folder)
     ASSERT_EQ(rmdir("tmp"), 0);
     const log_capture log(1);
     add(&table, 0, table);
-    while (trace_count("wait_us(1000000)") < 3)
+    while (trace_count("wait 1s") < 3)
         std::this_thread::yield();
     ASSERT_EQ(mkdir("tmp", 0700), 0);
     ASSERT_TRUE(wait_for_service());

@@ -12,7 +12,6 @@
 #include "request_client.h"
 #include "service/server_lib.h"
 #include "simulation.h"
-#include "trace.h"
 
 struct message : testing::Test {
     message()
@@ -119,7 +118,7 @@ TEST(client, takes_a_reply_of_the_request_s_size)
         close(listener);
         EXPECT_EQ(request, frame(7, 4, "abcd"));
         EXPECT_STREQ(payload, c.payload);
-        EXPECT_EQ(trace_count("wait_us(100000)"), c.polls);
+        EXPECT_EQ(trace_count("wait 100000us"), c.polls);
         EXPECT_EQ(trace_count(""), c.polls);
     }
 }
