@@ -8,10 +8,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <sstream>
 #include <type_traits>
-#include <utility>
 
+#include "internal/facmsg_slots.h"
 #include "simulation.h"
 #include "trace.h"
 
@@ -99,17 +98,21 @@ static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t len
 
 /* ---- Slots without a state of their own: traced, failing on order, with outputs from `answers` ---- */
 
-/* The port of a call is its second word, behind the unit; PoE slots have no unit. */
-template <class... Arguments> static uint32_t port_of(const std::string &slot, Arguments... arguments)
+static uint32_t word(uint32_t argument)
 {
-    uint32_t words[3] = {}, *next = words;
-    [[maybe_unused]] const auto take = [&](auto argument) {
-        if constexpr (std::is_same_v<decltype(argument), uint32_t>)
-            if (next != words + 2)
-                *next++ = argument;
-    };
-    (take(arguments), ...);
-    return words[slot.starts_with("poe_") ? 0 : 1];
+    return argument;
+}
+
+template <class Argument> static uint32_t word(Argument)
+{
+    return 0;
+}
+
+/* The port that a call is for; 0 without. */
+template <class... Arguments> static uint32_t port_of(slot_port parameter, Arguments... arguments)
+{
+    const uint32_t words[] = {word(arguments)..., 0};
+    return parameter == slot_port::NONE ? 0 : words[static_cast<size_t>(parameter)];
 }
 
 template <class Argument> static void write_output(const std::string &slot, uint32_t port, Argument to, int &nth)
@@ -117,16 +120,15 @@ template <class Argument> static void write_output(const std::string &slot, uint
     if constexpr (std::is_pointer_v<Argument> && !std::is_const_v<std::remove_pointer_t<Argument>>) {
         const auto answer = present->answers.find(slot);
         const uint64_t value = answer == present->answers.end() ? 0 : answer->second(port, nth++);
-        memcpy(to, &value, sizeof(*to));
+        memcpy(to, &value, std::min(sizeof(*to), sizeof(value)));
     }
 }
 
-template <auto member> static std::string slot_name;
+static void write_output(const std::string &, uint32_t, void *, int &) {}
 
-template <auto member, class... Arguments> static int stateless(Arguments... arguments)
+template <class... Arguments> static int stateless(const std::string &slot, slot_port parameter, Arguments... arguments)
 {
-    const std::string &slot = slot_name<member>;
-    const uint32_t port = port_of(slot, arguments...);
+    const uint32_t port = port_of(parameter, arguments...);
     if (const int error = present->enter(slot, list(arguments...), port))
         return error;
     [[maybe_unused]] int nth = 0;
@@ -134,40 +136,17 @@ template <auto member, class... Arguments> static int stateless(Arguments... arg
     return 0;
 }
 
-template <auto member, class... Arguments>
-static void fill(vexa_diag_drv &table, int (*vexa_diag_drv::*)(Arguments...), const std::string &name)
-{
-    slot_name<member> = name.substr(name.rfind(':') + 1);
-    table.*member = stateless<member, Arguments...>;
-}
-
-/* `names` is the list of members as it was written. */
-template <auto... members> static void fill_all(vexa_diag_drv &table, const char *names)
-{
-    std::istringstream list(names);
-    std::string name;
-    (fill<members>(table, members, (std::getline(list, name, ','), name)), ...);
-}
-#define FILL(...) fill_all<__VA_ARGS__>(table, #__VA_ARGS__)
-
 vexa_diag_drv fake_table()
 {
     vexa_diag_drv table = {};
+#define STATELESS(index, name, port) \
+    table.name = [](auto... arguments) { return stateless(#name, slot_port::port, arguments...); };
+    FACMSG_SLOTS(STATELESS)
     table.get_status = get_status;
     table.set_status = set_status;
     table.get_ability = get_ability;
     table.get_port_phyid = get_port_phyid;
     table.send_packet = send_packet;
-    using drv = vexa_diag_drv;
-    FILL(&drv::poe_set_port_enable, &drv::poe_get_power_state, &drv::poe_get_overload, &drv::poe_set_max_power,
-         &drv::poe_get_power, &drv::poe_get_pd_class, &drv::poe_get_mcu_ver, &drv::poe_mcu_upg,
-         &drv::poe_get_vop_test_result);
-    FILL(&drv::set_factory_mode, &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr, &drv::set_port_debug_level,
-         &drv::set_poe_debug_level, &drv::port_on_off, &drv::port_broadcast_begin, &drv::port_broadcast_end,
-         &drv::get_port_fcs, &drv::port_vlan_pair, &drv::set_pvid, &drv::vlan, &drv::vlan_static_mac,
-         &drv::begin_end_prbs, &drv::get_clear_prbs_status, &drv::port_vlan1, &drv::port_phy_loopback,
-         &drv::port_speed_prepare, &drv::get_port_type, &drv::get_port_stat, &drv::clear_port_stat,
-         &drv::get_ex_speed_support);
     return table;
 }
 
