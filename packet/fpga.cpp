@@ -10,12 +10,9 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "facmsg_internal.h"
 #include "receive.h"
 #include "service/scoped.h"
-
-namespace
-{
+#include "test_ports.h"
 
 constexpr uint32_t HEADER_LENGTH = 22;
 constexpr uint32_t DATA_OFFSET = 28; /* behind header, address and word count; the same in the reply */
@@ -34,25 +31,25 @@ struct fpga_req {
 };
 static_assert(sizeof(fpga_req) == 48 && offsetof(fpga_req, data) == 16);
 
-uint32_t whole_words(uint32_t length)
+static uint32_t whole_words(uint32_t length)
 {
     return length / 4 * 4;
 }
 
-void put_16(uint8_t *to, uint32_t value)
+static void put_16(uint8_t *to, uint32_t value)
 {
     to[0] = static_cast<uint8_t>(value >> 8);
     to[1] = static_cast<uint8_t>(value);
 }
 
-void put_32(uint8_t *to, uint32_t value)
+static void put_32(uint8_t *to, uint32_t value)
 {
     put_16(to, value >> 16);
     put_16(to + 2, value);
 }
 
 /* The switch port that an FPGA port index stands for. */
-uint32_t switch_port(uint32_t fpga_port, uint32_t product_id, const char *op = __builtin_FUNCTION())
+static uint32_t switch_port(uint32_t fpga_port, uint32_t product_id, const char *op)
 {
     log_as(op, LOG_TRACE, "current device product_id:%x\n", product_id);
     if (product_id != FACMSG_PRODUCT_48GT)
@@ -61,16 +58,14 @@ uint32_t switch_port(uint32_t fpga_port, uint32_t product_id, const char *op = _
     return 60 + fpga_port;
 }
 
-bool get_phy_id(uint32_t port, fpga_req *request, const char *op)
+static bool address_request(uint32_t port, fpga_req *request, const char *op)
 {
     if (!slots_filled(&drv::send_packet, &drv::get_port_phyid)) {
         log_as(op, LOG_ERROR, "vexa_drv_send_packet function is null.\n");
         return false;
     }
-    if (call(&drv::get_port_phyid, port, request) != 0) {
-        log_as(op, LOG_ERROR, "port(%d) get port phyid fail.\n", static_cast<int>(port));
+    if (!get_phy_id(port, request, op))
         return false;
-    }
     if (request->op_type == FPGA_READ)
         log_as(op, LOG_TRACE, "port(%d) get port phyid 0x%x. rd_len:%d\n", static_cast<int>(port), request->phy_id,
                static_cast<int>(request->len));
@@ -78,9 +73,9 @@ bool get_phy_id(uint32_t port, fpga_req *request, const char *op)
 }
 
 /* Sends the request, with the reply buffer cleared for its answer. */
-bool send_request(uint32_t port, fpga_req *request, const char *op = __builtin_FUNCTION())
+static bool send_request(uint32_t port, fpga_req *request, const char *op)
 {
-    if (!get_phy_id(port, request, op))
+    if (!address_request(port, request, op))
         return false;
     uint32_t length;
     const scoped_free frame(factory_fill_fpga_packet_buffer(request->phy_id, &length, request->data, request->op_type,
@@ -97,8 +92,6 @@ bool send_request(uint32_t port, fpga_req *request, const char *op = __builtin_F
     }
     return true;
 }
-
-} // namespace
 
 bool fpga_access_valid(uint32_t fpga_port, uint32_t length, uint32_t max_length, const char *op)
 {
@@ -149,13 +142,13 @@ uint8_t *factory_fill_fpga_packet_buffer(uint32_t, uint32_t *length, const uint8
 
 int vexa_fpga_buf_write(uint32_t fpga_port, uint32_t address, const void *data, uint32_t length, uint32_t product_id)
 {
-    if (!fpga_access_valid(fpga_port, length, FACMSG_FPGA_MAX_WRITE))
+    if (!fpga_access_valid(fpga_port, length, FACMSG_FPGA_MAX_WRITE, __func__))
         return -1;
-    const uint32_t port = switch_port(fpga_port, product_id);
+    const uint32_t port = switch_port(fpga_port, product_id, __func__);
     fpga_req request = {0, length, FPGA_WRITE, address, {}};
     if (length > 0)
         memcpy(request.data, data, length);
-    if (!send_request(port, &request))
+    if (!send_request(port, &request, __func__))
         return -1;
     log_trace("Send packet buffer success.\n");
     usleep(WRITE_REPLY_US);
@@ -168,11 +161,11 @@ int vexa_fpga_buf_write(uint32_t fpga_port, uint32_t address, const void *data, 
 
 int vexa_fpga_buf_read(uint32_t fpga_port, uint32_t address, void *data, uint32_t length, uint32_t product_id)
 {
-    if (!fpga_access_valid(fpga_port, length, FPGA_MAX_READ))
+    if (!fpga_access_valid(fpga_port, length, FPGA_MAX_READ, __func__))
         return -1;
-    const uint32_t port = switch_port(fpga_port, product_id);
+    const uint32_t port = switch_port(fpga_port, product_id, __func__);
     fpga_req request = {0, length, FPGA_READ, address, {}};
-    if (!send_request(port, &request))
+    if (!send_request(port, &request, __func__))
         return -1;
     log_trace("Send packet/in read buffer success.\n");
     usleep(READ_REPLY_US);

@@ -15,7 +15,7 @@ constexpr uint8_t FPGA_DESTINATION[6] = {0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0A};
 constexpr uint8_t FPGA_SOURCE[6] = {0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0B};
 
 /* Whether an access is within bounds; an error line in the name of op names what is not, and what is allowed. */
-bool fpga_access_valid(uint32_t fpga_port, uint32_t length, uint32_t max_length, const char *op = __builtin_FUNCTION());
+bool fpga_access_valid(uint32_t fpga_port, uint32_t length, uint32_t max_length, const char *op);
 
 /* A new request frame, *length bytes with room for the shortest Ethernet frame behind them, zero-filled; the caller
  * frees it. Null and length 0 when memory is short. */

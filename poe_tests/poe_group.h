@@ -13,6 +13,10 @@ struct poe_group {
     uint32_t end;
 };
 
+/* States of an output. */
+constexpr uint32_t OFF = 0;
+constexpr uint32_t ON = 1;
+
 /* How a group is tested. */
 struct poe_method {
     int (*check_states)(poe_group group, poe_test_reply *reply);

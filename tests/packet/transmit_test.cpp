@@ -7,7 +7,7 @@
 
 #include "fake_driver.h"
 #include "log_capture.h"
-#include "packet/port_link.h"
+#include "packet/test_ports.h"
 #include "packet/transmit.h"
 #include "simulation.h"
 #include "trace.h"

@@ -7,12 +7,12 @@
 
 #include "fake_driver.h"
 #include "log_capture.h"
-#include "port_tests/port_scan.h"
+#include "packet/test_ports.h"
 #include "simulation.h"
 #include "stress_tests/stress_frames.h"
+#include "stress_tests/stress_ports.h"
 #include "stress_tests/stress_speed.h"
 #include "stress_tests/stress_stat.h"
-#include "stress_tests/stress_vlan.h"
 #include "trace.h"
 
 using namespace std::string_literals;
