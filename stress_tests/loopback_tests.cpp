@@ -66,7 +66,7 @@ static bool list_loopback_ports(stress_run &run, const char *test_name, bool own
     return false;
 }
 
-typedef bool (*loopback_setter)(const stress_run &run, uint8_t mode);
+using loopback_setter = bool (*)(const stress_run &run, uint8_t mode);
 
 /* Mode 0; the first time ever mode 1 and 0 again after it, which later tests need not do any more. */
 static bool prepare_loopback(const stress_run &run, loopback_setter set_mode)
