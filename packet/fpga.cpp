@@ -14,8 +14,11 @@
 #include "service/scoped.h"
 #include "test_ports.h"
 
+enum fpga_operation : uint32_t { FPGA_READ = 0, FPGA_WRITE = 1 };
+
 constexpr uint32_t HEADER_LENGTH = 22;
-constexpr uint32_t DATA_OFFSET = 28; /* behind header, address and word count; the same in the reply */
+constexpr uint32_t DATA_OFFSET = 28; /* after header, address and word count; the same in the reply */
+constexpr uint32_t MAX_READ = FPGA_REPLY_SIZE - DATA_OFFSET;
 constexpr uint32_t SHORTEST_FRAME = 64;
 constexpr uint16_t FPGA_TX_SELECTOR = 1;
 constexpr useconds_t WRITE_REPLY_US = 200000;
@@ -72,6 +75,42 @@ static bool address_request(uint32_t port, fpga_req *request, const char *op)
     return true;
 }
 
+/* A new request frame, *length bytes with room for the shortest Ethernet frame in any case, zero-filled; the caller
+ * frees it. Null and length 0 when memory is short. */
+static uint8_t *factory_fill_fpga_packet_buffer(uint32_t, uint32_t *length, const uint8_t *data, uint32_t op_type,
+                                                uint32_t address, uint32_t data_length)
+{
+    log_trace("fpga packet len:%d\r\n", static_cast<int>(HEADER_LENGTH));
+    const uint32_t size = DATA_OFFSET + (op_type == FPGA_READ ? 0 : data_length);
+    const auto frame = static_cast<uint8_t *>(calloc(1, std::max(size, SHORTEST_FRAME)));
+    *length = 0;
+    if (frame == nullptr) {
+        log_error("Allocate efmp buffer fail,packet len %d.\r\n", static_cast<int>(size));
+        return nullptr;
+    }
+    log_trace("Allocate efmp buffer--%p, len--%d. addr:0x%x, op_type:%d actal_len:%d\r\n", static_cast<void *>(frame),
+              static_cast<int>(size), address, static_cast<int>(op_type), static_cast<int>(data_length));
+    const uint32_t total_length = size - HEADER_LENGTH;
+    const uint32_t actual_length = whole_words(data_length);
+    memcpy(frame, FPGA_DESTINATION, sizeof(FPGA_DESTINATION));
+    memcpy(frame + 6, FPGA_SOURCE, sizeof(FPGA_SOURCE));
+    put_16(frame + 12, 0xFFF9);
+    frame[16] = static_cast<uint8_t>(op_type);
+    put_16(frame + 18, 0xF3F3);
+    put_16(frame + 20, total_length);
+    put_32(frame + 22, address);
+    put_16(frame + 26, data_length / 4);
+    log_trace("total len is:%d, len:%d\n", static_cast<int>(total_length), static_cast<int>(data_length));
+    if (op_type != FPGA_READ) {
+        log_trace("actal len is %d\n", static_cast<int>(actual_length));
+        memcpy(frame + DATA_OFFSET, data, actual_length);
+    }
+    *length = size;
+    log_trace("before fiil data/read/write data actal len:%d\n", static_cast<int>(actual_length));
+    vexa_fpga_pkt_print(frame, size);
+    return frame;
+}
+
 /* Sends the request, with the reply buffer cleared for its answer. */
 static bool send_request(uint32_t port, fpga_req *request, const char *op)
 {
@@ -106,40 +145,6 @@ bool fpga_access_valid(uint32_t fpga_port, uint32_t length, uint32_t max_length,
     return true;
 }
 
-uint8_t *factory_fill_fpga_packet_buffer(uint32_t, uint32_t *length, const uint8_t *data, uint32_t op_type,
-                                         uint32_t address, uint32_t data_length)
-{
-    log_trace("fpga packet len:%d\r\n", static_cast<int>(HEADER_LENGTH));
-    const uint32_t size = DATA_OFFSET + (op_type == FPGA_READ ? 0 : data_length);
-    const auto frame = static_cast<uint8_t *>(calloc(1, std::max(size, SHORTEST_FRAME)));
-    *length = 0;
-    if (frame == nullptr) {
-        log_error("Allocate efmp buffer fail,packet len %d.\r\n", static_cast<int>(size));
-        return nullptr;
-    }
-    log_trace("Allocate efmp buffer--%p, len--%d. addr:0x%x, op_type:%d actal_len:%d\r\n", static_cast<void *>(frame),
-              static_cast<int>(size), address, static_cast<int>(op_type), static_cast<int>(data_length));
-    const uint32_t total_length = size - HEADER_LENGTH;
-    const uint32_t actual_length = whole_words(data_length);
-    memcpy(frame, FPGA_DESTINATION, sizeof(FPGA_DESTINATION));
-    memcpy(frame + 6, FPGA_SOURCE, sizeof(FPGA_SOURCE));
-    put_16(frame + 12, 0xFFF9);
-    frame[16] = static_cast<uint8_t>(op_type);
-    put_16(frame + 18, 0xF3F3);
-    put_16(frame + 20, total_length);
-    put_32(frame + 22, address);
-    put_16(frame + 26, data_length / 4);
-    log_trace("total len is:%d, len:%d\n", static_cast<int>(total_length), static_cast<int>(data_length));
-    if (op_type != FPGA_READ) {
-        log_trace("actal len is %d\n", static_cast<int>(actual_length));
-        memcpy(frame + DATA_OFFSET, data, actual_length);
-    }
-    *length = size;
-    log_trace("before fiil data/read/write data actal len:%d\n", static_cast<int>(actual_length));
-    vexa_fpga_pkt_print(frame, size);
-    return frame;
-}
-
 int vexa_fpga_buf_write(uint32_t fpga_port, uint32_t address, const void *data, uint32_t length, uint32_t product_id)
 {
     if (!fpga_access_valid(fpga_port, length, FACMSG_FPGA_MAX_WRITE, __func__))
@@ -161,7 +166,7 @@ int vexa_fpga_buf_write(uint32_t fpga_port, uint32_t address, const void *data, 
 
 int vexa_fpga_buf_read(uint32_t fpga_port, uint32_t address, void *data, uint32_t length, uint32_t product_id)
 {
-    if (!fpga_access_valid(fpga_port, length, FPGA_MAX_READ, __func__))
+    if (!fpga_access_valid(fpga_port, length, MAX_READ, __func__))
         return -1;
     const uint32_t port = switch_port(fpga_port, product_id, __func__);
     fpga_req request = {0, length, FPGA_READ, address, {}};

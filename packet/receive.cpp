@@ -15,7 +15,8 @@
 
 #include "facmsg_internal.h"
 
-constexpr uint32_t INDEX_BITS = 9; /* twice the rows: a search ends after a step or two */
+constexpr uint32_t COUNTED_PORTS = 256; /* for the life of the process; frames of further ports are not counted */
+constexpr uint32_t INDEX_BITS = 9;      /* twice the rows: a search ends after a step or two */
 constexpr uint32_t INDEX_SIZE = 1u << INDEX_BITS;
 constexpr uint64_t ROW_USED = uint64_t{1} << 32;
 constexpr uint32_t NO_ROW = COUNTED_PORTS;

@@ -100,14 +100,6 @@ const poe_method POE_METHOD = {check_poe_states, port_poe_overload_test};
 const poe_method HPOE_METHOD = {check_hpoe_states, check_hpoe_overload<HPOE_RESTORE_LIMIT_MW>};
 const poe_method HPOE_POE_METHOD = {check_hpoe_states, check_hpoe_overload<POE_RESTORE_LIMIT_MW>};
 
-bool poe_test_supported(const char *op)
-{
-    return test_supported(slots_filled(&drv::poe_set_port_enable, &drv::get_ability, &drv::poe_get_power_state,
-                                       &drv::poe_get_overload, &drv::poe_set_max_power, &drv::poe_get_power,
-                                       &drv::poe_get_pd_class),
-                          op);
-}
-
 poe_group list_poe_ports(uint32_t unit, uint32_t ability, uint8_t *ports, uint32_t count, const char *op)
 {
     const auto matches = [ability](const port_ability_row &row) { return ((row.copper | row.fiber) & ability) != 0; };

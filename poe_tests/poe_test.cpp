@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <unistd.h>
 
-#include "facmsg_internal.h"
+#include "packet/test_ports.h"
 #include "poe_group.h"
 
 static_assert(sizeof(poe_test_reply) == 2828);
@@ -91,12 +91,20 @@ static void test_hpoe_alone(poe_test_reply *reply, const char *op)
     switch_all_on({0, groups.poe.end});
 }
 
+static bool supported(const char *op)
+{
+    return test_supported(slots_filled(&drv::poe_set_port_enable, &drv::get_ability, &drv::poe_get_power_state,
+                                       &drv::poe_get_overload, &drv::poe_set_max_power, &drv::poe_get_power,
+                                       &drv::poe_get_pd_class),
+                          op);
+}
+
 static int answer(int fd, facmsg_request *request, uint32_t reply_type,
                   void (*test)(poe_test_reply *reply, const char *op), const char *op)
 {
     const auto reply = payload_of<poe_test_reply>(request);
     reply->result = FACMSG_POE_PASS;
-    if (poe_test_supported(op))
+    if (supported(op))
         test(reply, op);
     else
         reply->result = FACMSG_POE_NOT_POSSIBLE;
