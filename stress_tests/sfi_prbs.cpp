@@ -35,32 +35,31 @@ static bool supported(const char *op)
     return false;
 }
 
-static uint32_t get_clear_status(const prbs_run &prbs, uint32_t i)
+static void read_and_clear_status(const prbs_run &prbs, const char *purpose)
 {
-    call(&drv::get_clear_prbs_status, prbs.run.unit, prbs.run.ports[i], &prbs.status[i]);
-    return prbs.status[i];
+    const stress_run &run = prbs.run;
+    for (uint32_t i = 0; i < run.count; i++) {
+        call(&drv::get_clear_prbs_status, run.unit, run.ports[i], &prbs.status[i]);
+        log_as(run.op, LOG_TRACE, "%s port %d prbs:0x%x .\n", purpose, static_cast<int>(run.ports[i]), prbs.status[i]);
+    }
+}
+
+static void switch_prbs(prbs_run &prbs, uint32_t start)
+{
+    const stress_run &run = prbs.run;
+    for (uint32_t i = 0; i < run.count; i++) {
+        call(&drv::begin_end_prbs, run.unit, run.ports[i], start, &prbs.driver_arg);
+        log_as(run.op, LOG_TRACE, "%s port %d prbs.\n", start != 0 ? "Start" : "Stop", static_cast<int>(run.ports[i]));
+    }
 }
 
 static void run_prbs(prbs_run &prbs)
 {
-    const stress_run &run = prbs.run;
-    for (uint32_t i = 0; i < run.count; i++) {
-        const uint32_t status = get_clear_status(prbs, i);
-        log_as(run.op, LOG_TRACE, "Clear port %d prbs:0x%x .\n", static_cast<int>(run.ports[i]), status);
-    }
-    for (uint32_t i = 0; i < run.count; i++) {
-        call(&drv::begin_end_prbs, run.unit, run.ports[i], 1u, &prbs.driver_arg);
-        log_as(run.op, LOG_TRACE, "Start port %d prbs.\n", static_cast<int>(run.ports[i]));
-    }
+    read_and_clear_status(prbs, "Clear");
+    switch_prbs(prbs, 1);
     sleep(PRBS_S);
-    for (uint32_t i = 0; i < run.count; i++) {
-        const uint32_t status = get_clear_status(prbs, i);
-        log_as(run.op, LOG_TRACE, "Get port %d prbs:0x%x .\n", static_cast<int>(run.ports[i]), status);
-    }
-    for (uint32_t i = 0; i < run.count; i++) {
-        call(&drv::begin_end_prbs, run.unit, run.ports[i], 0u, &prbs.driver_arg);
-        log_as(run.op, LOG_TRACE, "Stop port %d prbs.\n", static_cast<int>(run.ports[i]));
-    }
+    read_and_clear_status(prbs, "Get");
+    switch_prbs(prbs, 0);
 }
 
 static void test_ports(prbs_run &prbs)
