@@ -6,38 +6,33 @@
 
 #include <cstring>
 #include <map>
-#include <sstream>
 #include <type_traits>
 
+#include "internal/facmsg_slots.h"
 #include "simulation.h"
 
 static fake_driver *present;
-static std::map<std::string, size_t> slot_offsets;
-
-static std::string hex(const uint8_t *bytes, size_t size)
-{
-    std::string text;
-    for (size_t i = 0; i < size; i++)
-        for (const int digit : {bytes[i] >> 4, bytes[i] & 15})
-            text += "0123456789abcdef"[digit];
-    return text;
-}
 
 std::string short_hex(const void *data, size_t size)
 {
     const auto *const bytes = static_cast<const uint8_t *>(data);
-    size_t best = size, period = 0;
+    size_t end = size, period = 0; /* of what is shown */
     for (const size_t p : {1u, 2u, 8u}) {
         size_t start = size > p ? size - p : 0;
         while (start > 0 && bytes[start - 1] == bytes[start - 1 + p])
             start--;
-        if (start + p < best) {
-            best = start + p;
+        if (start + p < end) {
+            end = start + p;
             period = p;
         }
     }
-    const size_t start = best - period;
-    return hex(bytes, start) + (period == 0 ? "" : "[" + hex(bytes + start, period) + "]");
+    std::string text;
+    for (size_t i = 0; i < end; i++) {
+        text += period > 0 && i == end - period ? "[" : "";
+        text += "0123456789abcdef"[bytes[i] >> 4];
+        text += "0123456789abcdef"[bytes[i] & 15];
+    }
+    return text + (period > 0 ? "]" : "");
 }
 
 std::vector<uint8_t> long_bytes(const std::string &text, size_t size)
@@ -51,7 +46,6 @@ std::vector<uint8_t> long_bytes(const std::string &text, size_t size)
     }
     while (bytes.size() < size)
         bytes.push_back(text.ends_with("]") ? bytes[again++] : uint8_t{0});
-    bytes.resize(size);
     return bytes;
 }
 
@@ -61,63 +55,38 @@ void driver_call::write(const std::vector<uint64_t> &values) const
     for (const auto &output : outputs)
         for (size_t i = 0; i < output.count; i++, next++) {
             const uint64_t value = next < values.size() ? values[next] : 0;
-            memcpy(static_cast<char *>(output.to) + i * output.size, &value, output.size); /* little-endian hosts */
+            memcpy(static_cast<char *>(output.to) + i * output.size, &value, output.size); /* little-endian */
         }
 }
 
 /* ---- From a call's arguments to its text and outputs ---- */
 
-static void add_word(driver_call &call, int64_t word)
+template <class Argument> static void take(driver_call &call, Argument word)
 {
     call.text += std::to_string(word) + ",";
 }
 
-template <class Integer>
-requires std::is_integral_v<Integer>
-static void take(driver_call &call, Integer word)
-{
-    add_word(call, word);
-}
-
 static void take(driver_call &call, const uint8_t *mac)
 {
-    call.text += hex(mac, 6) + ",";
-}
-
-template <class Value> static void take(driver_call &call, Value *output)
-{
-    if (call.slot == "begin_end_prbs")
-        add_word(call, static_cast<int64_t>(*output));
-    else
-        call.outputs.push_back({output, sizeof(*output), 1});
-}
-
-static void take(driver_call &call, port_status_row *row)
-{
-    if (call.slot == "set_status")
-        for (const uint32_t word : {row->host_word_0, row->speed, row->medium, row->duplex, row->host_word_5})
-            add_word(call, word);
-    else
-        call.outputs.push_back({row, 4, 6});
-}
-
-static void take(driver_call &call, port_ability_row *row)
-{
-    call.outputs.push_back({row, 4, 2});
-}
-
-static void take(driver_call &call, ex_speed_support *support)
-{
-    call.outputs.push_back({support, 1, 4});
+    call.text += short_hex(mac, 6) + ",";
 }
 
 static void take(driver_call &call, void *record)
 {
-    uint32_t words[5];
-    memcpy(words, record, sizeof(words));
+    const auto *const words = static_cast<uint32_t *>(record);
     for (const int i : {1, 2, 3, 4})
-        add_word(call, words[i]);
+        take(call, words[i]);
     call.outputs.push_back({record, 4, 1});
+}
+
+/* Values, and records of values of one size. */
+template <class Value> static void take(driver_call &call, Value *values)
+{
+    constexpr size_t size = std::is_class_v<Value> ? alignof(Value) : sizeof(Value);
+    if (call.slot != "set_status" && call.slot != "begin_end_prbs")
+        return call.outputs.push_back({values, size, sizeof(Value) / size});
+    for (size_t i = 0; i < sizeof(Value) / size; i++)
+        take(call, reinterpret_cast<const uint32_t *>(values)[i]);
 }
 
 static int answer(driver_call &call)
@@ -129,91 +98,53 @@ static int answer(driver_call &call)
     return present->answer(call);
 }
 
-/* The port of a call is its second word, after the unit; PoE slots and get_port_phyid have no unit. */
-static uint32_t port_in(const driver_call &call)
+template <class... Arguments> static int lead(const char *slot, slot_port port, Arguments... arguments)
 {
-    const bool first = call.slot.starts_with("poe_") || call.slot == "get_port_phyid";
-    const size_t at = call.text.find(first ? '(' : ',') + 1;
-    return at == 0 ? 0 : static_cast<uint32_t>(strtoul(call.text.c_str() + at, nullptr, 10));
-}
-
-template <auto member> static std::string slot_name;
-
-template <auto member, class... Arguments> static int lead(Arguments... arguments)
-{
-    driver_call call = {slot_name<member>, slot_name<member> + "(", {}};
+    driver_call call = {slot, std::string(slot) + "(", 0, {}};
+    int position = 0;
+    [[maybe_unused]] const auto note_port = [&](auto argument) {
+        if constexpr (std::is_integral_v<decltype(argument)>)
+            if (position++ == static_cast<int>(port))
+                call.port = static_cast<uint32_t>(argument);
+    };
+    (note_port(arguments), ...);
     (take(call, arguments), ...);
-    call.port = port_in(call);
     return answer(call);
 }
 
-static int send_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
+static int lead(const char *slot, slot_port, const pack_info *info, const uint8_t *frame, uint32_t length)
 {
-    driver_call call = {"send_packet", "send_packet(", {}};
+    driver_call call = {slot, std::string(slot) + "(", info->phy_id, {}};
     for (const uint32_t word : {uint32_t{info->zero}, uint32_t{info->tx_selector}, info->phy_id, length})
-        add_word(call, word);
+        take(call, word);
     call.text += short_hex(frame, length);
-    call.port = info->phy_id;
     return answer(call);
 }
-
-template <auto member, class... Arguments>
-static void fill(vexa_diag_drv &table, int (*vexa_diag_drv::*)(Arguments...), const std::string &name)
-{
-    slot_name<member> = name.substr(name.rfind(':') + 1);
-    const auto *const slot = reinterpret_cast<const char *>(&(table.*member));
-    slot_offsets[slot_name<member>] = static_cast<size_t>(slot - reinterpret_cast<const char *>(&table));
-    if constexpr (std::is_same_v<decltype(table.*member), decltype((table.send_packet))>)
-        table.*member = send_packet;
-    else
-        table.*member = lead<member, Arguments...>;
-}
-
-/* `names` is the list of members as it was written. */
-template <auto... members> static void fill_all(vexa_diag_drv &table, const char *names)
-{
-    std::istringstream list(names);
-    std::string name;
-    (fill<members>(table, members, (std::getline(list, name, ','), name)), ...);
-}
-#define FILL(...) fill_all<__VA_ARGS__>(table, #__VA_ARGS__)
 
 vexa_diag_drv fake_table()
 {
     vexa_diag_drv table = {};
-    using drv = vexa_diag_drv;
-    FILL(&drv::get_status, &drv::set_status, &drv::get_ability, &drv::get_port_phyid, &drv::poe_set_port_enable,
-         &drv::poe_get_power_state, &drv::poe_get_overload, &drv::poe_set_max_power, &drv::poe_get_power,
-         &drv::poe_get_pd_class, &drv::poe_get_mcu_ver, &drv::poe_mcu_upg, &drv::poe_get_vop_test_result,
-         &drv::set_factory_mode, &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr, &drv::set_port_debug_level,
-         &drv::set_poe_debug_level, &drv::port_on_off, &drv::port_broadcast_begin, &drv::port_broadcast_end,
-         &drv::get_port_fcs, &drv::port_vlan_pair, &drv::set_pvid, &drv::vlan, &drv::vlan_static_mac,
-         &drv::begin_end_prbs, &drv::get_clear_prbs_status, &drv::port_vlan1, &drv::port_phy_loopback,
-         &drv::port_speed_prepare, &drv::get_port_type, &drv::get_port_stat, &drv::clear_port_stat,
-         &drv::get_ex_speed_support, &drv::send_packet);
+#define LEAD(index, name, port) \
+    table.name = [](auto... arguments) { return lead(#name, slot_port::port, arguments...); };
+    FACMSG_SLOTS(LEAD)
     return table;
 }
 
-bool empty_slot(const std::string &name)
+bool empty_slot(const std::string &slot)
 {
-    const auto slot = slot_offsets.find(name);
-    if (slot != slot_offsets.end())
-        memset(reinterpret_cast<char *>(&facmsg_vexa_diag_drv) + slot->second, 0, sizeof(void *));
-    return slot != slot_offsets.end();
+#define EMPTY(index, name, port) \
+    if (slot == #name)           \
+        return facmsg_vexa_diag_drv.name = nullptr, true;
+    FACMSG_SLOTS(EMPTY)
+    return false;
 }
 
 std::string slot_of(uintptr_t function)
 {
-    static const std::map<uintptr_t, std::string> names = [] {
-        const vexa_diag_drv table = fake_table();
-        std::map<uintptr_t, std::string> all;
-        for (const auto &[name, offset] : slot_offsets) {
-            uintptr_t address;
-            memcpy(&address, reinterpret_cast<const char *>(&table) + offset, sizeof(address));
-            all[address] = name;
-        }
-        return all;
-    }();
+    static const vexa_diag_drv table = fake_table();
+    static const std::map<uintptr_t, std::string> names = {
+#define NAME(index, name, port) {reinterpret_cast<uintptr_t>(table.name), #name},
+        FACMSG_SLOTS(NAME)};
     const auto name = names.find(function);
     return name == names.end() ? "" : name->second;
 }

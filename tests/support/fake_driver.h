@@ -19,10 +19,9 @@ struct driver_output {
 };
 
 struct driver_call {
-    std::string slot;
-    std::string text; /* "slot(1,2)": the words, MAC addresses and frames handed over, without outputs */
+    std::string slot, text; /* "slot(1,2)": the words, MAC addresses and frames handed over, without outputs */
+    uint32_t port;          /* or phy id of a frame; 0 without */
     std::vector<driver_output> outputs;
-    uint32_t port = 0; /* or phy id, of the calls that have one */
     /* Writes these values to the outputs in turn, and 0 where there are no more. */
     void write(const std::vector<uint64_t> &values) const;
 };
@@ -41,10 +40,8 @@ class fake_driver
 
 /* A table of functions that lead to the present fake_driver. */
 vexa_diag_drv fake_table();
-
-/* By name: takes the function out of the library's table. False for a name that no slot has. */
+/* Takes a function out of the library's table; false for a name that no slot has. */
 bool empty_slot(const std::string &name);
-
 /* The name of the slot that has this function in the fake table, or "". */
 std::string slot_of(uintptr_t function);
 

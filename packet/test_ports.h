@@ -1,9 +1,10 @@
 /* SPDX-License-Identifier: MIT
  *
- * Which ports a test runs on: every test asks ports 1 to 256 for their abilities and lists those that match.
+ * The ports under test: which they are, and what every family of tests asks of them. A list of ports is `count` port
+ * numbers; an array beside it has an entry for each, in the same order.
  */
-#ifndef PORT_TESTS_PORT_SCAN_H
-#define PORT_TESTS_PORT_SCAN_H
+#ifndef PACKET_TEST_PORTS_H
+#define PACKET_TEST_PORTS_H
 
 #include "facmsg_internal.h"
 
@@ -30,7 +31,23 @@ uint32_t list_ports(uint32_t unit, scan_log log, Matches matches, const char *op
     return count;
 }
 
-/* Completes the reply's words: the port number beside each code. */
+/* For list_ports: every port that there is. */
+bool has_any_ability(const port_ability_row &row);
+
+/* Passes on whether the slots that a test needs are filled; logs that it is not supported otherwise. */
+bool test_supported(bool slots, const char *op);
+
+/* Enables (1) or disables (0) every port. */
+void switch_ports(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t on);
+
+/* Reads every port's status into rows[i] and sets states[i] to OK (link up), NO_LINK or NOT_STARTED (unreadable).
+ * 0 when every link is up, else -1. */
+int platform_get_port_link(uint32_t unit, port_status_row *rows, uint32_t *states, const uint32_t *ports, int count);
+
+/* Has the driver write the port's phy id into the first word of *record. False after an error line when it fails. */
+bool get_phy_id(uint32_t port, void *record, const char *op);
+
+/* Completes a reply's words for the ports in g_test_ports: the port number beside each code. */
 void add_port_numbers(uint32_t *port_results, uint32_t port_count);
 
 #endif
