@@ -116,9 +116,9 @@ class Cases:
         self.answers[line.text] = line.outputs
 
     def take_def(self, text, body):
-        head, _, line = text.partition(": ")
+        head, _, line = (text + " ").partition(": ")
         name, *parameters = head.split()
-        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line, self.place)]
+        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line.strip(), self.place)]
 
     def take_case(self, name, body):
         """A table at its beginning makes each row a story of its own."""

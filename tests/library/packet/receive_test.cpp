@@ -88,30 +88,25 @@ struct fresh_receive : testing::Test {
     }
 };
 
-/* The table as one would write it down: 256 rows, claimed in order, looked through from the first. */
+/* The table as one would write it down: 256 rows, claimed in order. */
 struct naive_counters {
-    struct {
-        bool used;
-        uint32_t port, count;
-    } rows[256] = {};
+    std::vector<std::pair<uint32_t, uint32_t>> rows; /* port and count */
 
+    uint32_t *row(uint32_t port)
+    {
+        const auto found = std::ranges::find(rows, port, &std::pair<uint32_t, uint32_t>::first);
+        return found == rows.end() ? nullptr : &found->second;
+    }
     void receive(uint32_t port)
     {
-        for (auto &row : rows) {
-            if (!row.used)
-                row = {true, port, 0};
-            if (row.port == port) {
-                row.count++;
-                return;
-            }
-        }
+        if (row(port) == nullptr && rows.size() < 256)
+            rows.emplace_back(port, 0);
+        if (uint32_t *const count = row(port))
+            ++*count;
     }
-    uint32_t count_of(uint32_t port) const
+    uint32_t count_of(uint32_t port)
     {
-        for (const auto &row : rows)
-            if (row.used && row.port == port)
-                return row.count;
-        return 0;
+        return row(port) == nullptr ? 0 : *row(port);
     }
 };
 
