@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Tells the stories of case files line by line, for play_stories: stories.py OUTPUT FILE...
 
-How a case file is written is in tests/library/README.md.
+How a case file is written is in docs/library_tests.md.
 """
 import re
 import struct
@@ -207,7 +207,7 @@ class Cases:
                 yield Line(f". <{operation}> Get port {port} ability copper:0x{words[0]:x} fiber:0x{words[1]:x} .", place)
 
     def modified(self, lines, modifiers, place):
-        """until, after, but, without and then: see the README."""
+        """until, after, but, without and then: see docs/library_tests.md."""
         at = len(lines)
         for modifier in modifiers:
             verb, nth, rest = re.fullmatch(r"(\w+) (?:#(\d+) )?(.*)", modifier).groups()
