@@ -99,6 +99,8 @@ class player
                 differ("the end of the request");
         if (simulation::failure_pending())
             differ("what was to fail was never done");
+        if (simulation::live_allocations() != 0)
+            differ("memory that was not freed");
     }
 
   private:

@@ -19,6 +19,7 @@
 static std::atomic<uint64_t> clock_us = 1000000;
 static thread_local int allocations_until_failure;
 static thread_local size_t failed_size;
+static std::atomic<int> live;
 static std::mutex mutex;
 static auto &failures = *new std::set<std::string>; /* the server thread may outlive main */
 
@@ -71,6 +72,11 @@ void fail_allocation(int nth)
 size_t failed_allocation_size()
 {
     return failed_size;
+}
+
+int live_allocations()
+{
+    return live;
 }
 
 void fail_next(const std::string &function)
@@ -126,6 +132,7 @@ extern "C" {
 
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
+void __real_free(void *memory);
 int __real_unlink(const char *path);
 
 unsigned __wrap_sleep(unsigned seconds)
@@ -148,12 +155,18 @@ int __wrap_gettimeofday(timeval *now, void *)
 
 void *__wrap_malloc(size_t size)
 {
-    return allocation_fails(size) ? nullptr : __real_malloc(size);
+    return allocation_fails(size) ? nullptr : (live++, __real_malloc(size));
 }
 
 void *__wrap_calloc(size_t count, size_t size)
 {
-    return allocation_fails(count * size) ? nullptr : __real_calloc(count, size);
+    return allocation_fails(count * size) ? nullptr : (live++, __real_calloc(count, size));
+}
+
+void __wrap_free(void *memory)
+{
+    live -= memory != nullptr;
+    __real_free(memory);
 }
 
 int __wrap_system(const char *command)

@@ -33,6 +33,8 @@ extern std::function<void(const std::string &)> &on_event;
 void fail_allocation(int nth);
 /* How many bytes the allocation that failed asked for; 0 when none failed yet. */
 size_t failed_allocation_size();
+/* What was allocated, by any thread, and not freed. */
+int live_allocations();
 
 /* The next call of this function, on any thread, fails with EMFILE: pthread_create, socket, bind, listen, accept4,
  * gettimeofday. */
