@@ -183,8 +183,10 @@ static bool run_with_storage(port_test &test, bool force_speed)
 {
     const auto count = static_cast<size_t>(test.count);
     const scoped_free rows(static_cast<port_status_row *>(calloc(count, sizeof(port_status_row))));
-    const scoped_free current(rows.data ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t))) : nullptr);
-    const scoped_free baseline(current.data ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t))) : nullptr);
+    const scoped_free current(rows.data != nullptr ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t)))
+                                                   : nullptr);
+    const scoped_free baseline(current.data != nullptr ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t)))
+                                                       : nullptr);
     if (baseline.data == nullptr) {
         log_as(test.op, LOG_ERROR, "Allocate memory fail.\n");
         return false;

@@ -45,7 +45,7 @@ template <class F> F slot(F drv::*member)
 template <class... P, class... A> int call(int (*drv::*member)(P...), A... arguments)
 {
     const auto function = slot(member);
-    return function ? function(arguments...) : -1;
+    return function != nullptr ? function(arguments...) : -1;
 }
 
 /* Whether the host provides all of these. */
