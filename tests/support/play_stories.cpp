@@ -56,25 +56,20 @@ std::string named_pointers(std::string text)
     return text;
 }
 
-/* One log line without place and line end: "<operation> text"; "\r" and "\c" tell other line ends. */
+/* One log line without place and line end: "<operation> text". "\c" tells of a missing end, "\xb6" of such a byte. */
 std::string shown_log(std::string line)
 {
     const size_t place = line.find(":<"), text = line.find("] ");
     if (line.starts_with("[FACTORY <") && place < text && text != std::string::npos)
         line = line.substr(9, place - 9) + line.substr(text + 1);
-    const size_t end = line.find_last_not_of('\n') + 1;
-    line = end == line.size() ? line + "\\c" : line.substr(0, end);
+    line = line.ends_with('\n') ? line.substr(0, line.size() - 1) : line + "\\c";
     std::string all;
-    for (const char byte : line)
-        if (byte == '\r') {
-            all += "\\r";
-        } else if (byte == '\n' || byte < 0) {
-            char escape[5];
+    for (const char byte : line) {
+        char escape[5] = {byte};
+        if (byte < ' ')
             snprintf(escape, sizeof(escape), "\\x%02x", static_cast<uint8_t>(byte));
-            all += escape;
-        } else {
-            all += byte;
-        }
+        all += escape;
+    }
     return named_pointers(all.ends_with("> ") ? all.substr(0, all.size() - 1) : all);
 }
 

@@ -130,10 +130,11 @@ class Cases:
 
     def take_missing(self, text, body):
         """Each request asked without each slot."""
-        head, slots = text.split(":")
-        for name in head.split():
-            for slot in slots.split():
-                self.tell(f"{name} without {slot}", [("empty " + slot, body[0][1]), ("ask " + name, body[0][1])] + body, {}, slot)
+        for part in text.split(" ; "):
+            names, slots = (words.split() for words in part.split(":"))
+            for name, slot in ((name, slot) for name in names for slot in slots):
+                story = [("empty " + slot, body[0][1]), ("ask " + name, body[0][1])] + body
+                self.tell(f"{name} without {slot}", story, {"way": name.rpartition("_")[2]}, slot)
 
     def tell(self, name, body, values, empty="-"):
         lines = self.expand_all(body, values)
