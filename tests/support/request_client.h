@@ -6,9 +6,9 @@
 #define TESTS_SUPPORT_REQUEST_CLIENT_H
 
 #include <cstdint>
-#include <cstring>
-#include <gtest/gtest.h>
 #include <string>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "facmsg.h"
 
@@ -33,22 +33,36 @@ struct temporary_folder {
 void start_service();
 bool wait_for_service();
 
+/* Everything up to the end of a connection or pipe. */
+std::string read_to_end(int fd);
+
 class request_client
 {
   public:
     request_client(); /* connects; fd is -1 when it cannot */
-    ~request_client();
+    ~request_client()
+    {
+        close(fd);
+    }
     request_client(const request_client &) = delete;
 
-    request_client &send(const std::string &bytes);
-    request_client &end(); /* nothing more will be sent */
-    std::string reply();   /* everything up to the end of the connection */
+    request_client &send(const std::string &bytes)
+    {
+        ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        return *this;
+    }
+    request_client &end() /* nothing more will be sent */
+    {
+        shutdown(fd, SHUT_WR);
+        return *this;
+    }
+    std::string reply() /* everything up to the end of the connection */
+    {
+        return read_to_end(fd);
+    }
 
     int fd;
 };
-
-/* Everything up to the end of a connection or pipe. */
-std::string read_to_end(int fd);
 
 /* Sends a whole request and reads the reply: over the socket to the service, or straight into a handler. */
 std::string ask_service(const std::string &request);
