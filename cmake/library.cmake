@@ -1,38 +1,9 @@
 # The library's code, once: linked into libfacmsg.so, and into the tests that reach below its interface.
-add_library(facmsg_objects OBJECT
-    service/server_lib.cpp
-    service/message.cpp
-    service/server_test.cpp
-    service/registration.cpp
-    packet/receive.cpp
-    packet/transmit.cpp
-    packet/port_link.cpp
-    packet/fpga.cpp
-    port_tests/port_scan.cpp
-    port_tests/port_test.cpp
-    port_tests/packet_test.cpp
-    port_tests/switch_test.cpp
-    port_tests/broadcast_test.cpp
-    port_tests/fpga_test.cpp
-    poe_tests/poe_checks.cpp
-    poe_tests/poe_group.cpp
-    poe_tests/poe_test.cpp
-    poe_tests/poe_mcu.cpp
-    poe_tests/vop_test.cpp
-    stress_tests/stress_ports.cpp
-    stress_tests/stress_speed.cpp
-    stress_tests/stress_frames.cpp
-    stress_tests/stress_senders.cpp
-    stress_tests/stress_vlan.cpp
-    stress_tests/stress_stat.cpp
-    stress_tests/phy_loopback.cpp
-    stress_tests/ess_test.cpp
-    stress_tests/flow_pressure.cpp
-    stress_tests/ess_flow.cpp
-    stress_tests/ess_bc_flow.cpp
-    stress_tests/ess_serpentine.cpp
-    stress_tests/sfi_prbs.cpp)
-target_include_directories(facmsg_objects PUBLIC include PRIVATE .)
+add_library(facmsg_objects OBJECT)
+foreach(room service packet port_tests poe_tests stress_tests)
+    add_subdirectory(${room})
+endforeach()
+target_include_directories(facmsg_objects PUBLIC include PRIVATE . include/internal)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
     -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong -g)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "facmsg.h"
+#include "internal/facmsg_slots.h"
 
 static uint32_t frames_sent, calls, failing_call, readings;
 static time_t clock_s;
@@ -54,7 +55,8 @@ void small_host_start()
 {
     if (freopen("/dev/null", "w", stdout) == nullptr)
         __builtin_trap();
-    using drv = vexa_diag_drv;
+#define PROVIDE(index, name, port) provide(&vexa_diag_drv::name);
+    FACMSG_SLOTS(PROVIDE)
     vexa_diag_drv &table = facmsg_vexa_diag_drv;
     table.get_status = [](uint32_t unit, uint32_t port, port_status_row *row) {
         *row = {0, port != 3 || unit == 0, 3, 0, 2, 0};
@@ -73,16 +75,6 @@ void small_host_start()
             vexa_recv_packet(info, frame, length);
         return answer();
     };
-    const auto provide_all = [](auto... slots) { (provide(slots), ...); };
-    provide_all(&drv::set_status, &drv::set_factory_mode, &drv::set_cpu_mac_addr, &drv::clear_cpu_mac_addr,
-                &drv::set_port_debug_level, &drv::set_poe_debug_level, &drv::port_on_off, &drv::port_broadcast_begin,
-                &drv::port_broadcast_end, &drv::get_port_fcs, &drv::port_vlan_pair, &drv::set_pvid, &drv::vlan,
-                &drv::vlan_static_mac, &drv::begin_end_prbs, &drv::get_clear_prbs_status, &drv::port_vlan1,
-                &drv::port_phy_loopback, &drv::port_speed_prepare, &drv::get_port_type, &drv::get_port_stat,
-                &drv::clear_port_stat, &drv::get_ex_speed_support);
-    provide_all(&drv::poe_set_port_enable, &drv::poe_get_power_state, &drv::poe_get_overload, &drv::poe_set_max_power,
-                &drv::poe_get_power, &drv::poe_get_pd_class, &drv::poe_get_mcu_ver, &drv::poe_mcu_upg,
-                &drv::poe_get_vop_test_result);
 }
 
 void small_host_reset(uint8_t plan)

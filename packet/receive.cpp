@@ -15,10 +15,8 @@
 
 #include "facmsg_internal.h"
 
-namespace
-{
-
-constexpr uint32_t INDEX_BITS = 9; /* twice the rows: a search ends after a step or two */
+constexpr uint32_t COUNTED_PORTS = 256; /* for the life of the process; frames of further ports are not counted */
+constexpr uint32_t INDEX_BITS = 9;      /* twice the rows: a search ends after a step or two */
 constexpr uint32_t INDEX_SIZE = 1u << INDEX_BITS;
 constexpr uint64_t ROW_USED = uint64_t{1} << 32;
 constexpr uint32_t NO_ROW = COUNTED_PORTS;
@@ -28,20 +26,20 @@ struct alignas(64) port_count {
     std::atomic<uint32_t> frames;
 };
 
-struct {
+static struct {
     std::atomic<uint64_t> index[INDEX_SIZE];   /* 0, or the row plus 1 in the upper half and its port in the lower */
     std::atomic<uint64_t> rows[COUNTED_PORTS]; /* 0, or ROW_USED and the port in the lower half */
-    std::atomic<uint32_t> indexed;             /* rows that have entered the index */
+    std::atomic<uint32_t> index_rows;          /* rows that have entered the index */
     port_count counts[COUNTED_PORTS];
 } vexa_recv_counters;
 
 /* Multiplicative hashing: phy ids in a row spread over the index without meeting. */
-uint32_t index_home(uint32_t port)
+static uint32_t index_home(uint32_t port)
 {
     return (port * 0x9E3779B1u) >> (32 - INDEX_BITS);
 }
 
-uint32_t find_row(uint32_t port)
+static uint32_t find_row(uint32_t port)
 {
     for (uint32_t at = index_home(port);; at = (at + 1) % INDEX_SIZE) {
         const uint64_t entry = vexa_recv_counters.index[at].load(std::memory_order_acquire);
@@ -52,7 +50,7 @@ uint32_t find_row(uint32_t port)
     }
 }
 
-void enter_into_index(uint32_t port, uint32_t row)
+static void enter_into_index(uint32_t port, uint32_t row)
 {
     const uint64_t entry = uint64_t{row + 1} << 32 | port;
     for (uint32_t at = index_home(port);; at = (at + 1) % INDEX_SIZE) {
@@ -60,11 +58,11 @@ void enter_into_index(uint32_t port, uint32_t row)
         if (vexa_recv_counters.index[at].compare_exchange_strong(empty, entry, std::memory_order_acq_rel))
             break;
     }
-    vexa_recv_counters.indexed.fetch_add(1, std::memory_order_release);
+    vexa_recv_counters.index_rows.fetch_add(1, std::memory_order_release);
 }
 
 /* The port's row if it is claimed but not yet in the index. */
-uint32_t find_claimed_row(uint32_t port)
+static uint32_t find_claimed_row(uint32_t port)
 {
     for (uint32_t row = 0; row < COUNTED_PORTS; row++)
         if (vexa_recv_counters.rows[row].load(std::memory_order_acquire) == (ROW_USED | port))
@@ -73,7 +71,7 @@ uint32_t find_claimed_row(uint32_t port)
 }
 
 /* The port's row if another thread is claiming it just now, else the next free one; NO_ROW when all are taken. */
-[[gnu::noinline]] uint32_t claim_row(uint32_t port)
+[[gnu::noinline]] static uint32_t claim_row(uint32_t port)
 {
     for (uint32_t row = 0; row < COUNTED_PORTS; row++) {
         uint64_t owner = 0;
@@ -87,10 +85,10 @@ uint32_t find_claimed_row(uint32_t port)
     return NO_ROW;
 }
 
-void vexa_recv_packet_count(uint32_t port)
+static void vexa_recv_packet_count(uint32_t port)
 {
     /* Asked before the search: a row that enters the index meanwhile may be this very port's. */
-    const bool index_complete = vexa_recv_counters.indexed.load(std::memory_order_acquire) == COUNTED_PORTS;
+    const bool index_complete = vexa_recv_counters.index_rows.load(std::memory_order_acquire) == COUNTED_PORTS;
     uint32_t row = find_row(port);
     if (row == NO_ROW && !index_complete)
         row = claim_row(port);
@@ -101,15 +99,15 @@ void vexa_recv_packet_count(uint32_t port)
 using fpga_reply = uint32_t[FPGA_REPLY_SIZE / sizeof(uint32_t)];
 
 /* Written and read word by word, by the host's receiving threads and the server thread. */
-fpga_reply fpga_reply_buf;
+static fpga_reply fpga_reply_buf;
 
-void store_fpga_reply(const fpga_reply &reply)
+static void store_fpga_reply(const fpga_reply &reply)
 {
     for (size_t word = 0; word < std::size(reply); word++)
         std::atomic_ref(fpga_reply_buf[word]).store(reply[word], std::memory_order_relaxed);
 }
 
-[[gnu::noinline]] void keep_fpga_reply(const uint8_t *frame, uint32_t length)
+[[gnu::noinline]] static void keep_fpga_reply(const uint8_t *frame, uint32_t length)
 {
     fpga_reply reply = {};
     memcpy(reply, frame, length < FPGA_REPLY_SIZE ? length : FPGA_REPLY_SIZE);
@@ -117,12 +115,10 @@ void store_fpga_reply(const fpga_reply &reply)
 }
 
 /* The type field of a frame, as its two bytes lie in memory. */
-constexpr uint16_t frame_type(uint8_t first, uint8_t second)
+static constexpr uint16_t frame_type(uint8_t first, uint8_t second)
 {
     return std::bit_cast<uint16_t>(std::array{first, second});
 }
-
-} // namespace
 
 void vexa_recv_packet(const pack_info *info, const uint8_t *frame, uint32_t length)
 {

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "facmsg_internal.h"
 #include "service/scoped.h"
+#include "test_ports.h"
 
 constexpr useconds_t PORT_PAUSE_US = 50000; /* spreads out the frames that return from each port */
 
@@ -47,14 +47,6 @@ int vexa_send_packet_use_cpsp(const port_packet_req *request)
     return 0;
 }
 
-static bool get_phy_id(uint32_t port, port_packet_req *request, const char *op = __builtin_FUNCTION())
-{
-    if (call(&drv::get_port_phyid, port, request) == 0)
-        return true;
-    log_as(op, LOG_ERROR, "port(%d) get port phyid fail.\n", static_cast<int>(port));
-    return false;
-}
-
 int platform_send_packet(uint32_t, uint32_t *states, const uint32_t *ports, int count, uint32_t mode,
                          uint32_t tx_selector)
 {
@@ -66,7 +58,7 @@ int platform_send_packet(uint32_t, uint32_t *states, const uint32_t *ports, int 
         request.tx_selector = tx_selector;
         request.mode = mode;
         request.frame_count = TEST_FRAMES_PER_BURST;
-        if (!get_phy_id(ports[i], &request)) {
+        if (!get_phy_id(ports[i], &request, __func__)) {
             states[i] = FACMSG_PORT_TRANSMIT;
             result = -1;
             continue;
@@ -88,7 +80,7 @@ int platform_recv_packet(uint32_t, uint32_t *states, const uint32_t *ports, int 
         if (states[i] == FACMSG_PORT_NO_LINK)
             continue;
         port_packet_req request = {};
-        if (!get_phy_id(ports[i], &request)) {
+        if (!get_phy_id(ports[i], &request, __func__)) {
             states[i] = FACMSG_PORT_RECEIVE_COUNT;
             result = -1;
             continue;

@@ -6,18 +6,15 @@
 
 #include "facmsg_internal.h"
 
-namespace
-{
-
 constexpr uint32_t OVERLOAD_LIMIT_MW = 3000;
 
-uint32_t low_half(uint32_t word)
+static uint32_t low_half(uint32_t word)
 {
     return word & 0xFFFFu;
 }
 
 /* The code of a state word, for a controller that has states 0 to last_state. */
-uint32_t code_of_state(uint32_t state_word, uint32_t last_state)
+static uint32_t code_of_state(uint32_t state_word, uint32_t last_state)
 {
     constexpr uint32_t CODES[] = {FACMSG_POE_STATE_0, 0, FACMSG_POE_STATE_2, FACMSG_POE_STATE_3, FACMSG_POE_STATE_4};
     const uint32_t state = low_half(state_word);
@@ -26,7 +23,7 @@ uint32_t code_of_state(uint32_t state_word, uint32_t last_state)
     return (state_word & 0xFFFF0000u) | FACMSG_POE_STATE_OTHER;
 }
 
-uint32_t check_state(uint32_t port, uint32_t last_state, const char *op)
+static uint32_t check_state(uint32_t port, uint32_t last_state, const char *op)
 {
     uint32_t state_word = 0;
     if (call(&drv::poe_get_power_state, port, &state_word) != 0) {
@@ -37,7 +34,7 @@ uint32_t check_state(uint32_t port, uint32_t last_state, const char *op)
     return code_of_state(state_word, last_state);
 }
 
-int check_states(int first, int end, uint32_t *state_code, uint32_t last_state, const char *op = __builtin_FUNCTION())
+static int check_states(int first, int end, uint32_t *state_code, uint32_t last_state, const char *op)
 {
     int result = 0;
     for (int k = first; k < end; k++) {
@@ -52,7 +49,7 @@ int check_states(int first, int end, uint32_t *state_code, uint32_t last_state, 
 }
 
 /* The overload code of a port whose limit has been lowered. */
-uint32_t read_overload(uint32_t port, const char *op)
+static uint32_t read_overload(uint32_t port, const char *op)
 {
     uint8_t overload = 0;
     uint32_t info = 0;
@@ -70,7 +67,7 @@ uint32_t read_overload(uint32_t port, const char *op)
     return info << 16 | FACMSG_POE_NO_OVERLOAD;
 }
 
-uint32_t check_overload(uint32_t port, uint32_t restore_mw, const char *op)
+static uint32_t check_overload(uint32_t port, uint32_t restore_mw, const char *op)
 {
     if (call(&drv::poe_set_max_power, port, OVERLOAD_LIMIT_MW) != 0) {
         log_as(op, LOG_ERROR, "Set port %d poe max(3w)  power fail.\n", static_cast<int>(port));
@@ -83,16 +80,14 @@ uint32_t check_overload(uint32_t port, uint32_t restore_mw, const char *op)
     return FACMSG_POE_LIMIT_FAILED;
 }
 
-} // namespace
-
 int facmsg_get_port_poe_status(int count, uint32_t *state_code)
 {
-    return check_states(0, count, state_code, 2);
+    return check_states(0, count, state_code, 2, __func__);
 }
 
 int facmsg_get_port_hpoe_status(int first, int end, uint32_t *state_code)
 {
-    return check_states(first, end, state_code, 4);
+    return check_states(first, end, state_code, 4, __func__);
 }
 
 int port_poe_overload_test(uint32_t k, uint32_t port, poe_test_reply *reply)

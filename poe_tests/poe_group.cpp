@@ -6,18 +6,15 @@
 
 #include <unistd.h>
 
+#include "packet/test_ports.h"
 #include "poe_checks.h"
-#include "port_tests/port_scan.h"
-
-namespace
-{
 
 constexpr int OVERLOAD_ATTEMPTS = 3;
 constexpr unsigned OVERLOAD_PAUSE_S = 10;
 constexpr unsigned OVERLOAD_SETTLE_S = 10;
 constexpr unsigned OFF_SETTLE_S = 1;
 
-void read_classes(poe_group group, poe_test_reply *reply, const char *op)
+static void read_classes(poe_group group, poe_test_reply *reply, const char *op)
 {
     for (uint32_t k = group.first; k < group.end; k++) {
         if (reply->state_code[k] != 0)
@@ -33,7 +30,7 @@ void read_classes(poe_group group, poe_test_reply *reply, const char *op)
     }
 }
 
-bool overload_trips(uint32_t k, const poe_method &method, poe_test_reply *reply)
+static bool overload_trips(uint32_t k, const poe_method &method, poe_test_reply *reply)
 {
     for (int attempt = 1; method.check_overload(k, g_test_ports[k], reply) != 0; attempt++) {
         if (attempt == OVERLOAD_ATTEMPTS)
@@ -43,7 +40,7 @@ bool overload_trips(uint32_t k, const poe_method &method, poe_test_reply *reply)
     return true;
 }
 
-void check_overloads(poe_group group, const poe_method &method, poe_test_reply *reply)
+static void check_overloads(poe_group group, const poe_method &method, poe_test_reply *reply)
 {
     for (uint32_t k = group.first; k < group.end; k++)
         if (reply->state_code[k] == 0 && !overload_trips(k, method, reply))
@@ -51,68 +48,57 @@ void check_overloads(poe_group group, const poe_method &method, poe_test_reply *
     sleep(OVERLOAD_SETTLE_S);
 }
 
-void power_off_failed(uint32_t k, uint8_t code, poe_test_reply *reply)
+static void note_power_off(uint32_t k, uint8_t code, poe_test_reply *reply)
 {
     reply->result = FACMSG_POE_FAIL;
     reply->power_off_code[k] = code;
 }
 
-void switch_off(poe_group group, poe_test_reply *reply, const char *op)
+static void switch_off(poe_group group, poe_test_reply *reply, const char *op)
 {
     for (uint32_t k = group.first; k < group.end; k++) {
         if (call(&drv::poe_set_port_enable, g_test_ports[k], 0u) == 0)
             continue;
         log_as(op, LOG_ERROR, "Set port %d poe disable fail.\n", static_cast<int>(g_test_ports[k]));
-        power_off_failed(k, FACMSG_POE_OFF_FAILED, reply);
+        note_power_off(k, FACMSG_POE_OFF_FAILED, reply);
     }
     sleep(OFF_SETTLE_S);
 }
 
-void check_power_off(poe_group group, poe_test_reply *reply, const char *op)
+static void check_power_off(poe_group group, poe_test_reply *reply, const char *op)
 {
     for (uint32_t k = group.first; k < group.end; k++) {
         uint32_t power = 0;
         if (call(&drv::poe_get_power, g_test_ports[k], &power) != 0) {
             log_as(op, LOG_ERROR, "Get port %d poe power fail.\n", static_cast<int>(g_test_ports[k]));
-            power_off_failed(k, FACMSG_POE_OFF_FAILED, reply);
+            note_power_off(k, FACMSG_POE_OFF_FAILED, reply);
             continue;
         }
         log_as(op, LOG_TRACE, "Get port %d poe power:%d.\n", static_cast<int>(g_test_ports[k]),
                static_cast<int>(power));
         if (power != 0)
-            power_off_failed(k, FACMSG_POE_STILL_ON, reply);
+            note_power_off(k, FACMSG_POE_STILL_ON, reply);
     }
 }
 
-int check_poe_states(poe_group group, poe_test_reply *reply)
+static int check_poe_states(poe_group group, poe_test_reply *reply)
 {
     return facmsg_get_port_poe_status(static_cast<int>(group.end), reply->state_code);
 }
 
-int check_hpoe_states(poe_group group, poe_test_reply *reply)
+static int check_hpoe_states(poe_group group, poe_test_reply *reply)
 {
     return facmsg_get_port_hpoe_status(static_cast<int>(group.first), static_cast<int>(group.end), reply->state_code);
 }
 
-template <uint32_t restore_mw> int check_hpoe_overload(uint32_t k, uint32_t port, poe_test_reply *reply)
+template <uint32_t restore_mw> static int check_hpoe_overload(uint32_t k, uint32_t port, poe_test_reply *reply)
 {
     return port_hpoe_overload_test(k, port, reply, restore_mw);
 }
 
-} // namespace
-
 const poe_method POE_METHOD = {check_poe_states, port_poe_overload_test};
 const poe_method HPOE_METHOD = {check_hpoe_states, check_hpoe_overload<HPOE_RESTORE_LIMIT_MW>};
 const poe_method HPOE_POE_METHOD = {check_hpoe_states, check_hpoe_overload<POE_RESTORE_LIMIT_MW>};
-
-bool poe_test_supported(const char *op)
-{
-    if (slots_filled(&drv::poe_set_port_enable, &drv::get_ability, &drv::poe_get_power_state, &drv::poe_get_overload,
-                     &drv::poe_set_max_power, &drv::poe_get_power, &drv::poe_get_pd_class))
-        return true;
-    log_as(op, LOG_ERROR, "Port test no support(interface is NULL).\n");
-    return false;
-}
 
 poe_group list_poe_ports(uint32_t unit, uint32_t ability, uint8_t *ports, uint32_t count, const char *op)
 {

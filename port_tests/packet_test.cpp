@@ -4,7 +4,7 @@
  */
 #include <cstddef>
 
-#include "port_scan.h"
+#include "packet/test_ports.h"
 #include "port_test.h"
 
 static_assert(sizeof(packet_test_record) == 1052);
@@ -16,11 +16,10 @@ constexpr uint32_t LAST_SPEED_CODE = 16; /* of those that have their bits in an 
 /* What sets the two requests apart. */
 struct packet_kind {
     uint32_t type;
-    const char *op;
     uint32_t required; /* ability bits that a port needs besides those of the speed */
 };
-constexpr packet_kind ALL_PORTS = {FACMSG_PACKET_TEST, "facmsg_packet_test_fun", 0};
-constexpr packet_kind TEST_BOX = {FACMSG_PBOX_PACKET_TEST, "facmsg_pbox_packet_test_fun", FACMSG_ABILITY_HPOE};
+constexpr packet_kind ALL_PORTS = {FACMSG_PACKET_TEST, 0};
+constexpr packet_kind TEST_BOX = {FACMSG_PBOX_PACKET_TEST, FACMSG_ABILITY_HPOE};
 
 /* The bits a port's ability word needs for the requested speed and duplex. */
 static uint32_t speed_bits(uint32_t speed, uint32_t duplex)
@@ -60,7 +59,7 @@ static bool supported(const packet_test_record &request, const char *op)
 }
 
 /* A duplex code that no ability bits belong to. It shows only when the first port is judged, so that one is asked. */
-static bool duplex_refused(const packet_test_record &request, const char *op)
+static bool duplex_invalid(const packet_test_record &request, const char *op)
 {
     if (request.any_speed || request.duplex <= 2)
         return false;
@@ -69,14 +68,14 @@ static bool duplex_refused(const packet_test_record &request, const char *op)
     return true;
 }
 
-static uint32_t test_matching_ports(packet_test_record &record, const packet_kind &kind)
+static uint32_t test_matching_ports(packet_test_record &record, const packet_kind &kind, const char *op)
 {
-    if (!supported(record, kind.op) || duplex_refused(record, kind.op))
+    if (!supported(record, op) || duplex_invalid(record, op))
         return FACMSG_PACKET_NOT_POSSIBLE;
     const auto matches = [&](const port_ability_row &row) { return port_matches(record, kind.required, row); };
-    const uint32_t count = list_ports(record.unit, QUIET_SCAN, matches, kind.op);
+    const uint32_t count = list_ports(record.unit, QUIET_SCAN, matches, op);
     if (count == 0) {
-        log_as(kind.op, LOG_TRACE, "No support port speed for testing.\n");
+        log_as(op, LOG_TRACE, "No support port speed for testing.\n");
         return FACMSG_PACKET_NOT_POSSIBLE;
     }
     record.port_count = count;
@@ -86,19 +85,19 @@ static uint32_t test_matching_ports(packet_test_record &record, const packet_kin
     return result;
 }
 
-static int answer(int fd, facmsg_request *request, const packet_kind &kind)
+static int answer(int fd, facmsg_request *request, const packet_kind &kind, const char *op)
 {
     const auto record = payload_of<packet_test_record>(request);
-    record->result = test_matching_ports(*record, kind);
+    record->result = test_matching_ports(*record, kind, op);
     return send_reply(fd, kind.type, record);
 }
 
 int facmsg_packet_test_fun(int fd, facmsg_request *request)
 {
-    return answer(fd, request, ALL_PORTS);
+    return answer(fd, request, ALL_PORTS, __func__);
 }
 
 int facmsg_pbox_packet_test_fun(int fd, facmsg_request *request)
 {
-    return answer(fd, request, TEST_BOX);
+    return answer(fd, request, TEST_BOX, __func__);
 }

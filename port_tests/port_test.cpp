@@ -9,13 +9,9 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "facmsg_internal.h"
-#include "packet/port_link.h"
+#include "packet/test_ports.h"
 #include "packet/transmit.h"
 #include "service/scoped.h"
-
-namespace
-{
 
 constexpr int BURSTS_PER_ATTEMPT = 10;
 constexpr uint32_t EXPECTED_FRAMES = BURSTS_PER_ATTEMPT * TEST_FRAMES_PER_BURST;
@@ -28,8 +24,9 @@ constexpr int RETRIES = 4;
 
 enum transmit_mode : uint32_t { MODE_FORCED_SPEED = 1, MODE_OWN_SPEED = 2 };
 
-/* One run: the ports, what they were asked for, and its working storage, all in list order. */
+/* One run: the ports, what is asked of them, and its working storage, all in list order. */
 struct port_test {
+    const char *op; /* the whole test, in whose name every step logs */
     uint32_t unit, speed, duplex, medium;
     uint32_t mode;
     const uint32_t *ports;
@@ -41,26 +38,17 @@ struct port_test {
     uint32_t result;
 };
 
-/* Every line of the log goes out in the name of the whole test. */
-constexpr const char *OP = "platform_port_test";
-
-bool get_links(port_test &test)
+static bool get_links(port_test &test)
 {
     return platform_get_port_link(test.unit, test.rows, test.codes, test.ports, test.count) == 0;
 }
 
-void read_counts(port_test &test)
+static void read_counts(port_test &test)
 {
     platform_recv_packet(test.unit, test.codes, test.ports, test.count, test.current);
 }
 
-void switch_ports(port_test &test, uint32_t on)
-{
-    for (int i = 0; i < test.count; i++)
-        call(&drv::port_on_off, test.unit, test.ports[i], on);
-}
-
-bool set_speeds(port_test &test)
+static bool set_speeds(port_test &test)
 {
     bool all_set = true;
     for (int i = 0; i < test.count; i++) {
@@ -70,7 +58,7 @@ bool set_speeds(port_test &test)
         row.duplex = test.duplex;
         if (call(&drv::set_status, test.unit, test.ports[i], &row) == 0)
             continue;
-        log_as(OP, LOG_ERROR, "Set port(%d) speed(%d) duplex(%d) fail.\n", static_cast<int>(test.ports[i]),
+        log_as(test.op, LOG_ERROR, "Set port(%d) speed(%d) duplex(%d) fail.\n", static_cast<int>(test.ports[i]),
                static_cast<int>(test.speed), static_cast<int>(test.duplex));
         test.codes[i] = FACMSG_PORT_SET_STATUS;
         all_set = false;
@@ -79,33 +67,33 @@ bool set_speeds(port_test &test)
 }
 
 /* Forces speed, duplex and medium, with the ports off meanwhile where the host can do that. */
-bool change_speed(port_test &test)
+static bool change_speed(port_test &test)
 {
     get_links(test);
-    log_as(OP, LOG_TRACE, "Change port speed.\n");
-    switch_ports(test, 0);
+    log_as(test.op, LOG_TRACE, "Change port speed.\n");
+    switch_ports(test.unit, test.ports, static_cast<uint32_t>(test.count), 0);
     const bool all_set = set_speeds(test);
     if (slot(&drv::port_on_off) != nullptr) {
-        switch_ports(test, 1);
+        switch_ports(test.unit, test.ports, static_cast<uint32_t>(test.count), 1);
         sleep(SETTLE_S);
     }
     return all_set;
 }
 
 /* Ports still without link afterwards keep their code and are skipped from then on. */
-void wait_for_links(port_test &test)
+static void wait_for_links(port_test &test)
 {
-    log_as(OP, LOG_TRACE, "Wait for link up(2).\n");
+    log_as(test.op, LOG_TRACE, "Wait for link up(2).\n");
     for (int poll = 0; poll < LINK_POLLS; poll++) {
         if (get_links(test))
             return;
         usleep(LINK_POLL_US);
     }
-    log_as(OP, LOG_ERROR, "Wait port link up(2) timeout.\n");
+    log_as(test.op, LOG_ERROR, "Wait port link up(2) timeout.\n");
     test.result = 1;
 }
 
-bool send_bursts(port_test &test)
+static bool send_bursts(port_test &test)
 {
     for (int burst = 0; burst < BURSTS_PER_ATTEMPT; burst++)
         if (platform_send_packet(test.unit, test.codes, test.ports, test.count, test.mode, test.mode) != 0)
@@ -113,19 +101,19 @@ bool send_bursts(port_test &test)
     return true;
 }
 
-bool take_retry(port_test &test)
+static bool take_retry(port_test &test)
 {
     if (test.retries_left == 0) {
         test.result = 1;
         return false;
     }
     test.retries_left--;
-    log_as(OP, LOG_ERROR, "Port packet test retry.\n");
+    log_as(test.op, LOG_ERROR, "Port packet test retry.\n");
     return true;
 }
 
 /* The first port from position `from` on whose count is off; those before it pass. */
-int find_wrong_count(port_test &test, int from)
+static int find_wrong_count(port_test &test, int from)
 {
     for (int i = from; i < test.count; i++) {
         if (test.codes[i] == FACMSG_PORT_NO_LINK)
@@ -138,7 +126,7 @@ int find_wrong_count(port_test &test, int from)
 }
 
 /* Reads the counts until all are right or the reads are used up. The position of the first wrong one. */
-int await_counts(port_test &test)
+static int await_counts(port_test &test)
 {
     for (int reads_left = COUNT_READS;; reads_left--) {
         read_counts(test);
@@ -151,10 +139,10 @@ int await_counts(port_test &test)
 }
 
 /* Judges the counts. True when another attempt is to be made. */
-bool check_counts(port_test &test)
+static bool check_counts(port_test &test)
 {
     for (int i = await_counts(test); i < test.count; i = find_wrong_count(test, i + 1)) {
-        log_as(OP, LOG_ERROR, "Port%d:Recv packet num(%lu) is not equal to test number(%d).\n",
+        log_as(test.op, LOG_ERROR, "Port%d:Recv packet num(%lu) is not equal to test number(%d).\n",
                static_cast<int>(test.ports[i]), static_cast<unsigned long>(test.current[i]),
                static_cast<int>(EXPECTED_FRAMES));
         test.codes[i] = FACMSG_PORT_RECEIVE_COUNT;
@@ -165,7 +153,7 @@ bool check_counts(port_test &test)
 }
 
 /* One attempt. True when another is to be made. */
-bool send_and_count(port_test &test)
+static bool send_and_count(port_test &test)
 {
     const size_t counts_size = static_cast<size_t>(test.count) * sizeof(*test.current);
     memset(test.current, 0, counts_size);
@@ -176,7 +164,7 @@ bool send_and_count(port_test &test)
     return check_counts(test);
 }
 
-void run(port_test &test, bool force_speed)
+static void run(port_test &test, bool force_speed)
 {
     if (force_speed && !change_speed(test)) {
         test.result = 1;
@@ -184,21 +172,23 @@ void run(port_test &test, bool force_speed)
     }
     wait_for_links(test);
     sleep(SETTLE_S);
-    log_as(OP, LOG_TRACE, "Port is link up, start packet test.\n");
+    log_as(test.op, LOG_TRACE, "Port is link up, start packet test.\n");
     test.retries_left = RETRIES;
     while (send_and_count(test))
         continue;
 }
 
 /* Takes the working storage for as long as the run lasts; false when memory is short. */
-bool run_with_storage(port_test &test, bool force_speed)
+static bool run_with_storage(port_test &test, bool force_speed)
 {
     const auto count = static_cast<size_t>(test.count);
     const scoped_free rows(static_cast<port_status_row *>(calloc(count, sizeof(port_status_row))));
-    const scoped_free current(rows.data ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t))) : nullptr);
-    const scoped_free baseline(current.data ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t))) : nullptr);
+    const scoped_free current(rows.data != nullptr ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t)))
+                                                   : nullptr);
+    const scoped_free baseline(current.data != nullptr ? static_cast<uint32_t *>(calloc(count, sizeof(uint32_t)))
+                                                       : nullptr);
     if (baseline.data == nullptr) {
-        log_as(OP, LOG_ERROR, "Allocate memory fail.\n");
+        log_as(test.op, LOG_ERROR, "Allocate memory fail.\n");
         return false;
     }
     test.rows = rows.data;
@@ -209,10 +199,10 @@ bool run_with_storage(port_test &test, bool force_speed)
 }
 
 /* Installs the CPU MAC entry for as long as the run lasts; false when the test could not start. */
-bool run_with_cpu_mac(port_test &test, bool force_speed)
+static bool run_with_cpu_mac(port_test &test, bool force_speed)
 {
     if (call(&drv::set_cpu_mac_addr, TEST_FRAME_DESTINATION) != 0) {
-        log_as(OP, LOG_ERROR, "Set L2 MAC address table fail.\n");
+        log_as(test.op, LOG_ERROR, "Set L2 MAC address table fail.\n");
         return false;
     }
     const bool ran = run_with_storage(test, force_speed);
@@ -220,12 +210,11 @@ bool run_with_cpu_mac(port_test &test, bool force_speed)
     return ran;
 }
 
-} // namespace
-
 uint32_t platform_port_test(uint32_t unit, uint32_t any_speed, uint32_t speed, uint32_t duplex, uint32_t medium,
                             uint32_t *port_results, const uint32_t *ports, uint32_t port_count)
 {
     port_test test = {};
+    test.op = __func__;
     test.unit = unit;
     test.speed = speed;
     test.duplex = duplex;

@@ -5,13 +5,9 @@
 #include <cstddef>
 #include <unistd.h>
 
-#include "port_scan.h"
-#include "switch_test.h"
+#include "packet/test_ports.h"
 
 static_assert(sizeof(switch_test_record) == 1040 && offsetof(switch_test_record, port_results) == 16);
-
-namespace
-{
 
 constexpr uint32_t SPEED_1G_AND_10G = UINT32_C(1) << 5 | UINT32_C(1) << 7;
 constexpr uint32_t SPEED_7_8_OR_9 = UINT32_C(1) << 13 | UINT32_C(1) << 15 | UINT32_C(1) << 17;
@@ -20,13 +16,12 @@ constexpr unsigned MEDIUM_SETTLE_S = 5;
 /* What sets the tests apart. */
 struct switch_kind {
     uint32_t type;
-    const char *op;
     scan_log log;
     bool (*takes_part)(const port_ability_row &row);
     void (*act)(switch_test_record &record, uint32_t count); /* on the listed ports */
 };
 
-bool supported(const char *op)
+static bool supported(const char *op)
 {
     if (slots_filled(&drv::get_ability, &drv::get_status, &drv::set_status))
         return true;
@@ -36,20 +31,20 @@ bool supported(const char *op)
 }
 
 /* The number of listed ports; 0 with the reason logged when the test is not possible. */
-uint32_t listed_ports(const switch_test_record &record, const switch_kind &kind)
+static uint32_t list_switch_ports(const switch_test_record &record, const switch_kind &kind, const char *op)
 {
-    if (!supported(kind.op))
+    if (!supported(op))
         return 0;
-    const uint32_t count = list_ports(record.unit, kind.log, kind.takes_part, kind.op);
+    const uint32_t count = list_ports(record.unit, kind.log, kind.takes_part, op);
     if (count == 0)
-        log_as(kind.op, LOG_TRACE, "No support port speed for testing.\n");
+        log_as(op, LOG_TRACE, "No support port speed for testing.\n");
     return count;
 }
 
-int answer(int fd, facmsg_request *request, const switch_kind &kind)
+static int answer(int fd, facmsg_request *request, const switch_kind &kind, const char *op)
 {
     const auto record = payload_of<switch_test_record>(request);
-    const uint32_t count = listed_ports(*record, kind);
+    const uint32_t count = list_switch_ports(*record, kind, op);
     if (count == 0) {
         record->result = FACMSG_SWITCH_NOT_POSSIBLE;
     } else {
@@ -59,20 +54,63 @@ int answer(int fd, facmsg_request *request, const switch_kind &kind)
     return send_reply(fd, kind.type, record);
 }
 
-void switch_speed(switch_test_record &record, uint32_t count)
+/* Sets every port's speed code, without waiting for link; each result is OK or SET_STATUS. 0 when every port was set,
+ * else 1. */
+static uint32_t platform_port_speed_switch(uint32_t unit, uint32_t speed, uint32_t *port_results, const uint32_t *ports,
+                                           uint32_t count)
+{
+    uint32_t result = 0;
+    for (uint32_t i = 0; i < count; i++) {
+        port_status_row status = {};
+        bool ok = call(&drv::get_status, unit, ports[i], &status) == 0;
+        if (ok) {
+            status.speed = speed;
+            ok = call(&drv::set_status, unit, ports[i], &status) == 0;
+        }
+        port_results[i] = ok ? FACMSG_PORT_OK : FACMSG_PORT_SET_STATUS;
+        if (!ok)
+            result = 1;
+    }
+    return result;
+}
+
+/* Sets every port to its other medium, then waits 5 s; each result is OK or MEDIUM. *medium receives what was set on
+ * the last port whose status could be read. 0 when every port was set, else 1. */
+static uint32_t platform_port_medium_switch(uint32_t unit, uint32_t *medium, uint32_t *port_results,
+                                            const uint32_t *ports, uint32_t count)
+{
+    uint32_t result = 0;
+    for (uint32_t i = 0; i < count; i++) {
+        port_status_row status = {};
+        bool ok = call(&drv::get_status, unit, ports[i], &status) == 0;
+        if (ok) {
+            log_trace("Get port%d medium %d.\n", static_cast<int>(ports[i]), static_cast<int>(status.medium));
+            status.medium = status.medium == FACMSG_MEDIUM_COPPER ? FACMSG_MEDIUM_FIBER : FACMSG_MEDIUM_COPPER;
+            *medium = status.medium;
+            ok = call(&drv::set_status, unit, ports[i], &status) == 0;
+        }
+        port_results[i] = ok ? FACMSG_PORT_OK : FACMSG_PORT_MEDIUM;
+        if (!ok)
+            result = 1;
+    }
+    sleep(MEDIUM_SETTLE_S);
+    return result;
+}
+
+static void switch_speed(switch_test_record &record, uint32_t count)
 {
     record.result = platform_port_speed_switch(record.unit, record.setting, record.port_results, g_test_ports, count);
     add_port_numbers(record.port_results, count);
 }
 
-void switch_medium(switch_test_record &record, uint32_t count)
+static void switch_medium(switch_test_record &record, uint32_t count)
 {
     record.result = platform_port_medium_switch(record.unit, &record.setting, record.port_results, g_test_ports, count);
     add_port_numbers(record.port_results, count);
 }
 
 /* The last listed port decides the flag. */
-void report_fc_ports(switch_test_record &record, uint32_t count)
+static void report_fc_ports(switch_test_record &record, uint32_t count)
 {
     for (uint32_t i = 0; i < count; i++) {
         record.setting = (g_port_ability[g_test_ports[i] - 1].fiber & SPEED_7_8_OR_9) == 0;
@@ -81,62 +119,21 @@ void report_fc_ports(switch_test_record &record, uint32_t count)
 }
 
 const switch_kind SPEED = {
-    FACMSG_1G_10G_SWITCH, "facmsg_1g_10g_switch_fun", QUIET_SCAN,
+    FACMSG_1G_10G_SWITCH, QUIET_SCAN,
     [](const port_ability_row &row) { return (row.fiber & SPEED_1G_AND_10G) == SPEED_1G_AND_10G; }, switch_speed};
 
 const switch_kind FC_ETHERNET = {
-    FACMSG_FC_ETHER_SWITCH, "facmsg_fc_ether_switch_fun", TRACED_SCAN,
+    FACMSG_FC_ETHER_SWITCH, TRACED_SCAN,
     [](const port_ability_row &row) { return (row.fiber & FACMSG_ABILITY_FC_ETHERNET) != 0; }, report_fc_ports};
 
 const switch_kind MEDIUM = {
-    FACMSG_COPPER_FIBER_SWITCH, "facmsg_copper_fiber_switch_fun", QUIET_SCAN,
+    FACMSG_COPPER_FIBER_SWITCH, QUIET_SCAN,
     [](const port_ability_row &row) { return (row.copper & row.fiber & FACMSG_ABILITY_MEDIUM_SWITCH) != 0; },
     switch_medium};
 
-} // namespace
-
-uint32_t platform_port_speed_switch(uint32_t unit, uint32_t speed, uint32_t *port_results, const uint32_t *ports,
-                                    uint32_t count)
-{
-    uint32_t result = 0;
-    for (uint32_t i = 0; i < count; i++) {
-        port_status_row status = {};
-        bool done = call(&drv::get_status, unit, ports[i], &status) == 0;
-        if (done) {
-            status.speed = speed;
-            done = call(&drv::set_status, unit, ports[i], &status) == 0;
-        }
-        port_results[i] = done ? FACMSG_PORT_OK : FACMSG_PORT_SET_STATUS;
-        if (!done)
-            result = 1;
-    }
-    return result;
-}
-
-uint32_t platform_port_medium_switch(uint32_t unit, uint32_t *medium, uint32_t *port_results, const uint32_t *ports,
-                                     uint32_t count)
-{
-    uint32_t result = 0;
-    for (uint32_t i = 0; i < count; i++) {
-        port_status_row status = {};
-        bool done = call(&drv::get_status, unit, ports[i], &status) == 0;
-        if (done) {
-            log_trace("Get port%d medium %d.\n", static_cast<int>(ports[i]), static_cast<int>(status.medium));
-            status.medium = status.medium == FACMSG_MEDIUM_COPPER ? FACMSG_MEDIUM_FIBER : FACMSG_MEDIUM_COPPER;
-            *medium = status.medium;
-            done = call(&drv::set_status, unit, ports[i], &status) == 0;
-        }
-        port_results[i] = done ? FACMSG_PORT_OK : FACMSG_PORT_MEDIUM;
-        if (!done)
-            result = 1;
-    }
-    sleep(MEDIUM_SETTLE_S);
-    return result;
-}
-
 int facmsg_1g_10g_switch_fun(int fd, facmsg_request *request)
 {
-    return answer(fd, request, SPEED);
+    return answer(fd, request, SPEED, __func__);
 }
 
 int facmsg_10g_40g_switch_fun(int, facmsg_request *)
@@ -147,10 +144,10 @@ int facmsg_10g_40g_switch_fun(int, facmsg_request *)
 
 int facmsg_fc_ether_switch_fun(int fd, facmsg_request *request)
 {
-    return answer(fd, request, FC_ETHERNET);
+    return answer(fd, request, FC_ETHERNET, __func__);
 }
 
 int facmsg_copper_fiber_switch_fun(int fd, facmsg_request *request)
 {
-    return answer(fd, request, MEDIUM);
+    return answer(fd, request, MEDIUM, __func__);
 }

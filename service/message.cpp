@@ -9,7 +9,7 @@
 
 #include "facmsg_internal.h"
 #include "scoped.h"
-#include "service_address.h"
+#include "server_lib.h"
 
 constexpr useconds_t REPLY_POLL_US = 100000;
 
@@ -20,8 +20,7 @@ static uint64_t frame_size(uint32_t payload_size)
 }
 
 /* A new frame, or null when memory is short. */
-static uint8_t *new_frame(uint32_t type, uint32_t payload_size, const void *payload,
-                          const char *op = __builtin_FUNCTION())
+static uint8_t *new_frame(uint32_t type, uint32_t payload_size, const void *payload, const char *op)
 {
     const uint64_t size = frame_size(payload_size);
     const auto frame = static_cast<uint8_t *>(size <= PTRDIFF_MAX ? calloc(1, static_cast<size_t>(size)) : nullptr);
@@ -38,7 +37,7 @@ static uint8_t *new_frame(uint32_t type, uint32_t payload_size, const void *payl
 }
 
 /* Writes a frame in one piece; a peer that has gone is a failure, not a signal. */
-static int write_frame(int fd, const uint8_t *frame, uint64_t size, const char *op = __builtin_FUNCTION())
+static int write_frame(int fd, const uint8_t *frame, uint64_t size, const char *op)
 {
     const ssize_t written = uninterrupted([=] { return send(fd, frame, static_cast<size_t>(size), MSG_NOSIGNAL); });
     if (written >= 0 && static_cast<uint64_t>(written) == size)
@@ -47,7 +46,7 @@ static int write_frame(int fd, const uint8_t *frame, uint64_t size, const char *
     return -1;
 }
 
-static bool payload_missing(uint32_t payload_size, const void *payload, const char *op = __builtin_FUNCTION())
+static bool payload_missing(uint32_t payload_size, const void *payload, const char *op)
 {
     if (payload_size == 0 || payload != nullptr)
         return false;
@@ -57,12 +56,12 @@ static bool payload_missing(uint32_t payload_size, const void *payload, const ch
 
 int facmsg_send(int fd, uint32_t type, uint32_t payload_size, const void *payload)
 {
-    if (payload_missing(payload_size, payload))
+    if (payload_missing(payload_size, payload, __func__))
         return -1;
-    const scoped_free frame(new_frame(type, payload_size, payload));
+    const scoped_free frame(new_frame(type, payload_size, payload, __func__));
     if (frame.data == nullptr)
         return -1;
-    return write_frame(fd, frame.data, frame_size(payload_size));
+    return write_frame(fd, frame.data, frame_size(payload_size), __func__);
 }
 
 static int connect_to_service(int fd)
@@ -72,7 +71,7 @@ static int connect_to_service(int fd)
 }
 
 /* Reads a reply of the same size as the request over the request's frame. */
-static int read_reply(int fd, uint8_t *frame, uint64_t size, int attempts, const char *op = __builtin_FUNCTION())
+static int read_reply(int fd, uint8_t *frame, uint64_t size, int attempts, const char *op)
 {
     for (int attempt = 0; attempt < attempts; attempt++) {
         usleep(REPLY_POLL_US);
@@ -90,17 +89,17 @@ static int read_reply(int fd, uint8_t *frame, uint64_t size, int attempts, const
 
 int facmsg_client_send(uint32_t type, uint32_t payload_size, void *payload, int attempts)
 {
-    if (payload_missing(payload_size, payload))
+    if (payload_missing(payload_size, payload, __func__))
         return -1;
     const scoped_close server(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const int connected = connect_to_service(server.fd);
-    if (connected != 0) {
-        log_error("Connect service fail()ret:%d).\n", connected);
+    const int ret = connect_to_service(server.fd);
+    if (ret != 0) {
+        log_error("Connect service fail()ret:%d).\n", ret);
         return -1;
     }
-    const scoped_free frame(new_frame(type, payload_size, payload));
-    if (frame.data == nullptr || write_frame(server.fd, frame.data, frame_size(payload_size)) != 0 ||
-        read_reply(server.fd, frame.data, frame_size(payload_size), attempts) != 0)
+    const scoped_free frame(new_frame(type, payload_size, payload, __func__));
+    if (frame.data == nullptr || write_frame(server.fd, frame.data, frame_size(payload_size), __func__) != 0 ||
+        read_reply(server.fd, frame.data, frame_size(payload_size), attempts, __func__) != 0)
         return -1;
     if (payload_size > 0)
         memcpy(payload, frame.data + sizeof(facmsg_header), payload_size);

@@ -6,45 +6,11 @@
 #include <cstring>
 
 #include "facmsg_internal.h"
+#include "facmsg_slots.h"
 #include "server_lib.h"
 
-#define SLOT_AT(index, name) static_assert(offsetof(vexa_diag_drv, name) == (index) * sizeof(void *))
-SLOT_AT(147, poe_set_port_enable);
-SLOT_AT(148, poe_get_power_state);
-SLOT_AT(149, poe_get_overload);
-SLOT_AT(150, poe_set_max_power);
-SLOT_AT(151, poe_get_power);
-SLOT_AT(152, poe_get_pd_class);
-SLOT_AT(163, get_status);
-SLOT_AT(164, set_status);
-SLOT_AT(165, get_ability);
-SLOT_AT(166, set_factory_mode);
-SLOT_AT(167, get_port_phyid);
-SLOT_AT(168, set_cpu_mac_addr);
-SLOT_AT(169, clear_cpu_mac_addr);
-SLOT_AT(170, set_port_debug_level);
-SLOT_AT(173, set_poe_debug_level);
-SLOT_AT(175, send_packet);
-SLOT_AT(176, port_on_off);
-SLOT_AT(178, port_broadcast_begin);
-SLOT_AT(179, port_broadcast_end);
-SLOT_AT(180, get_port_fcs);
-SLOT_AT(181, port_vlan_pair);
-SLOT_AT(182, set_pvid);
-SLOT_AT(183, vlan);
-SLOT_AT(184, vlan_static_mac);
-SLOT_AT(185, begin_end_prbs);
-SLOT_AT(186, get_clear_prbs_status);
-SLOT_AT(205, poe_get_mcu_ver);
-SLOT_AT(206, poe_mcu_upg);
-SLOT_AT(207, poe_get_vop_test_result);
-SLOT_AT(208, port_vlan1);
-SLOT_AT(210, port_phy_loopback);
-SLOT_AT(211, port_speed_prepare);
-SLOT_AT(212, get_port_type);
-SLOT_AT(213, get_port_stat);
-SLOT_AT(214, clear_port_stat);
-SLOT_AT(216, get_ex_speed_support);
+#define AT_ITS_INDEX(index, name, port) static_assert(offsetof(vexa_diag_drv, name) == (index) * sizeof(void *));
+FACMSG_SLOTS(AT_ITS_INDEX)
 static_assert(sizeof(vexa_diag_drv) == FACMSG_DRV_SLOTS * sizeof(void *));
 
 /* Packed for the host's sake; here it lies aligned, so that a slot can be read and written whole while the server runs.

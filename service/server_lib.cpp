@@ -16,7 +16,6 @@
 
 #include "facmsg_internal.h"
 #include "scoped.h"
-#include "service_address.h"
 
 constexpr int LISTEN_BACKLOG = 32;
 
@@ -26,12 +25,12 @@ uint8_t *facmsg_server_buf;
  * the thread itself raises can't be kept away. */
 static int start_without_signals(pthread_t *thread, void *(*function)(void *))
 {
-    sigset_t kept_away;
-    sigfillset(&kept_away);
+    sigset_t blocked;
+    sigfillset(&blocked);
     for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS})
-        sigdelset(&kept_away, fault);
+        sigdelset(&blocked, fault);
     sigset_t callers;
-    pthread_sigmask(SIG_SETMASK, &kept_away, &callers);
+    pthread_sigmask(SIG_SETMASK, &blocked, &callers);
     const int error = pthread_create(thread, nullptr, function, nullptr);
     pthread_sigmask(SIG_SETMASK, &callers, nullptr);
     return error;

@@ -1,11 +1,28 @@
 /* SPDX-License-Identifier: MIT
  *
- * The service's socket: created once, served by one thread, one request at a time.
+ * The service's socket: where it listens, for the server and its clients; created once, served by one thread, one
+ * request at a time.
  */
 #ifndef SERVICE_SERVER_LIB_H
 #define SERVICE_SERVER_LIB_H
 
 #include <cstdint>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include "facmsg_protocol.h"
+
+static_assert(sizeof(sockaddr_un) == 110);
+
+/* FACMSG_SOCKET_PATH, which every process sees from its working directory. */
+inline sockaddr_un service_address()
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    memcpy(address.sun_path, FACMSG_SOCKET_PATH, sizeof(FACMSG_SOCKET_PATH));
+    return address;
+}
 
 /* The request buffer, FACMSG_BUFFER_SIZE bytes: header, then payload. Reused for every request without being cleared.
  */

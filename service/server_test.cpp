@@ -43,7 +43,7 @@ int facmsg_msg_debug_fun(int fd, facmsg_request *request)
 
 /* Both driver levels are answered with the port level's type. */
 static int set_driver_level(int fd, facmsg_request *request, int (*drv::*set_level)(int32_t), uint32_t &flag,
-                            const char *op = __builtin_FUNCTION())
+                            const char *op)
 {
     const auto record = payload_of<debug_level_record>(request);
     if (call(set_level, record->level) == 0) {
@@ -59,12 +59,12 @@ static int set_driver_level(int fd, facmsg_request *request, int (*drv::*set_lev
 
 int facmsg_port_debug_fun(int fd, facmsg_request *request)
 {
-    return set_driver_level(fd, request, &drv::set_port_debug_level, port_debug_on);
+    return set_driver_level(fd, request, &drv::set_port_debug_level, port_debug_on, __func__);
 }
 
 int facmsg_poe_debug_fun(int fd, facmsg_request *request)
 {
-    return set_driver_level(fd, request, &drv::set_poe_debug_level, poe_debug_on);
+    return set_driver_level(fd, request, &drv::set_poe_debug_level, poe_debug_on, __func__);
 }
 
 int facmsg_enter_factory_fun(int fd, facmsg_request *request)

@@ -11,18 +11,18 @@ namespace sim
 static constexpr uint32_t SHORTEST_CPU_FRAME = 14;
 static constexpr uint32_t LONGEST_CPU_FRAME = 9216;
 
-static int set_cpu_mac_addr(board &b, const uint8_t *mac)
+int slots::set_cpu_mac_addr(board &b, const uint8_t *mac)
 {
     b.fabric.add_cpu_mac(mac_of(mac));
     return 0;
 }
 
-static int clear_cpu_mac_addr(board &b, const uint8_t *mac)
+int slots::clear_cpu_mac_addr(board &b, const uint8_t *mac)
 {
     return b.fabric.remove_cpu_mac(mac_of(mac)) ? 0 : -1;
 }
 
-static int send_packet(board &b, const pack_info *info, const uint8_t *frame, uint32_t length)
+int slots::send_packet(board &b, const pack_info *info, const uint8_t *frame, uint32_t length)
 {
     auto *found = b.find_phy(info->phy_id);
     if (!found || length < SHORTEST_CPU_FRAME || length > LONGEST_CPU_FRAME)
@@ -31,32 +31,22 @@ static int send_packet(board &b, const pack_info *info, const uint8_t *frame, ui
     return 0;
 }
 
-static int set_factory_mode(board &b)
+int slots::set_factory_mode(board &b)
 {
     set_and_announce(b.factory_mode, true, "factory mode");
     return 0;
 }
 
-static int set_port_debug_level(board &b, int32_t level)
+int slots::set_port_debug_level(board &b, int32_t level)
 {
     set_and_announce(b.port_debug_level, level, "port debug level");
     return 0;
 }
 
-static int set_poe_debug_level(board &b, int32_t level)
+int slots::set_poe_debug_level(board &b, int32_t level)
 {
     set_and_announce(b.poe_debug_level, level, "poe debug level");
     return 0;
-}
-
-static constexpr slot_row SLOTS[] = {
-    SLOT(set_cpu_mac_addr, NONE), SLOT(clear_cpu_mac_addr, NONE),   SLOT(send_packet, FIRST),
-    SLOT(set_factory_mode, NONE), SLOT(set_port_debug_level, NONE), SLOT(set_poe_debug_level, NONE),
-};
-
-std::span<const slot_row> cpu_slots()
-{
-    return SLOTS;
 }
 
 } // namespace sim

@@ -17,7 +17,7 @@ static uint32_t type_of(const port_ability_row &ability)
     return ability.copper ? COPPER : FIBER;
 }
 
-static int get_port_type(board &b, uint32_t, uint32_t number, uint32_t *type)
+int slots::get_port_type(board &b, uint32_t, uint32_t number, uint32_t *type)
 {
     return with_port(b, number, [&](port &found) {
         *type = type_of(found.config().ability);
@@ -43,7 +43,7 @@ static uint8_t all_run(const board &b, port_type type, uint32_t speed)
            });
 }
 
-static int get_ex_speed_support(board &b, ex_speed_support *support)
+int slots::get_ex_speed_support(board &b, ex_speed_support *support)
 {
     *support = {any_of(b, EX_COPPER), all_run(b, EX_COPPER, SPEED_5G), all_run(b, EX_COPPER, SPEED_2500M),
                 all_run(b, FIBER, SPEED_10G)};
@@ -51,12 +51,12 @@ static int get_ex_speed_support(board &b, ex_speed_support *support)
 }
 
 /* Nothing to prepare here. */
-static int port_speed_prepare(board &)
+int slots::port_speed_prepare(board &)
 {
     return 0;
 }
 
-static int port_phy_loopback(board &b, uint32_t, uint32_t number, uint32_t mode)
+int slots::port_phy_loopback(board &b, uint32_t, uint32_t number, uint32_t mode)
 {
     return with_port(b, number, [&](port &found) {
         if (mode > 1)
@@ -72,7 +72,7 @@ template <class F> static int with_fiber_port(board &b, uint32_t number, F use)
     return with_port(b, number, [&](port &found) { return found.config().ability.fiber ? use(found) : -1; });
 }
 
-static int begin_end_prbs(board &b, uint32_t, uint32_t number, uint32_t start, uint32_t *)
+int slots::begin_end_prbs(board &b, uint32_t, uint32_t number, uint32_t start, uint32_t *)
 {
     return with_fiber_port(b, number, [&](port &found) {
         start ? found.prbs.start(b.clock.now()) : found.prbs.stop();
@@ -80,23 +80,13 @@ static int begin_end_prbs(board &b, uint32_t, uint32_t number, uint32_t start, u
     });
 }
 
-static int get_clear_prbs_status(board &b, uint32_t, uint32_t number, uint32_t *status)
+int slots::get_clear_prbs_status(board &b, uint32_t, uint32_t number, uint32_t *status)
 {
     return with_fiber_port(b, number, [&](port &found) {
         *status =
             found.prbs.read_and_clear(b.prbs_locked(found), found.config().faults.prbs_errors_per_s, b.clock.now());
         return 0;
     });
-}
-
-static constexpr slot_row SLOTS[] = {
-    SLOT(get_port_type, SECOND),     SLOT(get_ex_speed_support, NONE), SLOT(port_speed_prepare, NONE),
-    SLOT(port_phy_loopback, SECOND), SLOT(begin_end_prbs, SECOND),     SLOT(get_clear_prbs_status, SECOND),
-};
-
-std::span<const slot_row> phy_slots()
-{
-    return SLOTS;
 }
 
 } // namespace sim

@@ -14,7 +14,7 @@ template <class F> static int with_output(board &b, uint32_t number, F use)
     return found ? use(*found) : -1;
 }
 
-static int poe_set_port_enable(board &b, uint32_t number, uint32_t enable)
+int slots::poe_set_port_enable(board &b, uint32_t number, uint32_t enable)
 {
     return with_output(b, number, [=](poe_port &output) {
         output.enable(enable != 0);
@@ -22,7 +22,7 @@ static int poe_set_port_enable(board &b, uint32_t number, uint32_t enable)
     });
 }
 
-static int poe_get_power_state(board &b, uint32_t number, uint32_t *power_state)
+int slots::poe_get_power_state(board &b, uint32_t number, uint32_t *power_state)
 {
     return with_output(b, number, [=](const poe_port &output) {
         *power_state = output.state_word();
@@ -30,7 +30,7 @@ static int poe_get_power_state(board &b, uint32_t number, uint32_t *power_state)
     });
 }
 
-static int poe_get_overload(board &b, uint32_t number, uint8_t *overload, uint32_t *info)
+int slots::poe_get_overload(board &b, uint32_t number, uint8_t *overload, uint32_t *info)
 {
     constexpr uint32_t INFO_UNIT_MW = 10;
     return with_output(b, number, [=](const poe_port &output) {
@@ -40,7 +40,7 @@ static int poe_get_overload(board &b, uint32_t number, uint8_t *overload, uint32
     });
 }
 
-static int poe_set_max_power(board &b, uint32_t number, uint32_t limit_mw)
+int slots::poe_set_max_power(board &b, uint32_t number, uint32_t limit_mw)
 {
     return with_output(b, number, [=](poe_port &output) {
         output.set_limit(limit_mw);
@@ -48,7 +48,7 @@ static int poe_set_max_power(board &b, uint32_t number, uint32_t limit_mw)
     });
 }
 
-static int poe_get_power(board &b, uint32_t number, uint32_t *power)
+int slots::poe_get_power(board &b, uint32_t number, uint32_t *power)
 {
     return with_output(b, number, [=](const poe_port &output) {
         *power = output.power_mw();
@@ -56,7 +56,7 @@ static int poe_get_power(board &b, uint32_t number, uint32_t *power)
     });
 }
 
-static int poe_get_pd_class(board &b, uint32_t number, uint32_t *pd_class)
+int slots::poe_get_pd_class(board &b, uint32_t number, uint32_t *pd_class)
 {
     return with_output(b, number, [=](const poe_port &output) {
         const auto found = output.pd_class();
@@ -65,14 +65,14 @@ static int poe_get_pd_class(board &b, uint32_t number, uint32_t *pd_class)
     });
 }
 
-static int poe_get_mcu_ver(board &b, uint32_t *new_ver, uint32_t *cur_ver)
+int slots::poe_get_mcu_ver(board &b, uint32_t *new_ver, uint32_t *cur_ver)
 {
     *new_ver = b.poe.new_firmware();
     *cur_ver = b.poe.firmware();
     return 0;
 }
 
-static int poe_get_vop_test_result(board &b, uint32_t number, uint32_t *status, uint32_t *value)
+int slots::poe_get_vop_test_result(board &b, uint32_t number, uint32_t *status, uint32_t *value)
 {
     return with_output(b, number, [=](const poe_port &output) {
         const auto reading = output.measure_vop();
@@ -84,36 +84,12 @@ static int poe_get_vop_test_result(board &b, uint32_t number, uint32_t *status, 
     });
 }
 
-static int start_upgrade(board &b)
+/* The one function that returns only when its work is done. */
+int slots::poe_mcu_upg(board &b)
 {
     b.poe.upgrade();
+    g_call_us = b.poe.upgrade_us();
     return 0;
-}
-
-/* The one function that returns only when its work is done. */
-static int poe_mcu_upg()
-{
-    const int result = entry<"poe_mcu_upg", NONE>::call<start_upgrade>();
-    if (result == 0)
-        g_runner->wait(g_runner->with_board([](const board &b) { return b.poe.upgrade_us(); }));
-    return result;
-}
-
-static constexpr slot_row SLOTS[] = {
-    SLOT(poe_set_port_enable, FIRST),
-    SLOT(poe_get_power_state, FIRST),
-    SLOT(poe_get_overload, FIRST),
-    SLOT(poe_set_max_power, FIRST),
-    SLOT(poe_get_power, FIRST),
-    SLOT(poe_get_pd_class, FIRST),
-    SLOT(poe_get_mcu_ver, NONE),
-    SLOT(poe_get_vop_test_result, FIRST),
-    {"poe_mcu_upg", [](vexa_diag_drv &table) { table.poe_mcu_upg = poe_mcu_upg; }},
-};
-
-std::span<const slot_row> poe_slots()
-{
-    return SLOTS;
 }
 
 } // namespace sim

@@ -9,7 +9,7 @@
 namespace sim
 {
 
-static int get_status(board &b, uint32_t, uint32_t number, port_status_row *status)
+int slots::get_status(board &b, uint32_t, uint32_t number, port_status_row *status)
 {
     return with_port(b, number, [&](port &found) {
         *status = found.status();
@@ -17,12 +17,12 @@ static int get_status(board &b, uint32_t, uint32_t number, port_status_row *stat
     });
 }
 
-static int set_status(board &b, uint32_t, uint32_t number, port_status_row *status)
+int slots::set_status(board &b, uint32_t, uint32_t number, port_status_row *status)
 {
     return with_port(b, number, [&](port &found) { return b.set_status(found, *status) ? 0 : -1; });
 }
 
-static int get_ability(board &b, uint32_t, uint32_t number, port_ability_row *ability)
+int slots::get_ability(board &b, uint32_t, uint32_t number, port_ability_row *ability)
 {
     return with_port(b, number, [&](port &found) {
         *ability = found.config().ability;
@@ -30,7 +30,7 @@ static int get_ability(board &b, uint32_t, uint32_t number, port_ability_row *ab
     });
 }
 
-static int get_port_phyid(board &b, uint32_t number, void *record)
+int slots::get_port_phyid(board &b, uint32_t number, void *record)
 {
     return with_port(b, number, [&](port &found) {
         memcpy(record, &found.config().phy_id, sizeof(uint32_t));
@@ -38,7 +38,7 @@ static int get_port_phyid(board &b, uint32_t number, void *record)
     });
 }
 
-static int port_on_off(board &b, uint32_t, uint32_t number, uint32_t on)
+int slots::port_on_off(board &b, uint32_t, uint32_t number, uint32_t on)
 {
     return with_port(b, number, [&](port &found) {
         b.switch_port(found, on != 0);
@@ -46,7 +46,7 @@ static int port_on_off(board &b, uint32_t, uint32_t number, uint32_t on)
     });
 }
 
-static int get_port_fcs(board &b, uint32_t, uint32_t number, uint64_t *fcs)
+int slots::get_port_fcs(board &b, uint32_t, uint32_t number, uint64_t *fcs)
 {
     return with_port(b, number, [&](port &found) {
         *fcs = found.counters.fcs_errors;
@@ -54,7 +54,7 @@ static int get_port_fcs(board &b, uint32_t, uint32_t number, uint64_t *fcs)
     });
 }
 
-static int get_port_stat(board &b, uint32_t, uint32_t number, uint64_t *in_pkts, uint64_t *ex_pkts)
+int slots::get_port_stat(board &b, uint32_t, uint32_t number, uint64_t *in_pkts, uint64_t *ex_pkts)
 {
     return with_port(b, number, [&](port &found) {
         *in_pkts = found.counters.in_pkts;
@@ -63,22 +63,12 @@ static int get_port_stat(board &b, uint32_t, uint32_t number, uint64_t *in_pkts,
     });
 }
 
-static int clear_port_stat(board &b, uint32_t, uint32_t number)
+int slots::clear_port_stat(board &b, uint32_t, uint32_t number)
 {
     return with_port(b, number, [&](port &found) {
         found.counters = {};
         return 0;
     });
-}
-
-static constexpr slot_row SLOTS[] = {
-    SLOT(get_status, SECOND),  SLOT(set_status, SECOND),   SLOT(get_ability, SECOND),   SLOT(get_port_phyid, FIRST),
-    SLOT(port_on_off, SECOND), SLOT(get_port_fcs, SECOND), SLOT(get_port_stat, SECOND), SLOT(clear_port_stat, SECOND),
-};
-
-std::span<const slot_row> port_slots()
-{
-    return SLOTS;
 }
 
 } // namespace sim

@@ -1,42 +1,41 @@
 /* SPDX-License-Identifier: MIT
  *
- * What all driver functions of the simulated switch share. A family of slots is a file with one function per slot,
- * which takes the board and the slot's own parameters, and a table of SLOT rows. Every call runs with the board to
- * itself, and may first be made to fail by the board's call faults.
+ * The driver functions of the simulated switch, one for each slot, in a file a family, and what they share. Each takes
+ * the board, which it has to itself, and the slot's own parameters.
  */
 #ifndef SIM_DRIVER_SLOTS_H
 #define SIM_DRIVER_SLOTS_H
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdio>
-#include <optional>
-#include <span>
-#include <string_view>
-#include <tuple>
 #include <utility>
 
-#include "facmsg_driver.h"
+#include "internal/facmsg_slots.h"
 #include "runner.h"
 
 namespace sim
 {
 
-struct slot_row {
-    std::string_view name;
-    void (*fill)(vexa_diag_drv &table);
+namespace slots
+{
+
+template <class Slot> struct with_board;
+template <class... P> struct with_board<int (*)(P...)> {
+    using type = int(board &, P...);
 };
 
-/* The families. */
-std::span<const slot_row> cpu_slots();
-std::span<const slot_row> port_slots();
-std::span<const slot_row> phy_slots();
-std::span<const slot_row> vlan_slots();
-std::span<const slot_row> poe_slots();
+#define DECLARE(index, name, port) with_board<decltype(vexa_diag_drv::name)>::type name;
+FACMSG_SLOTS(DECLARE)
+#undef DECLARE
+
+} // namespace slots
 
 /* Where driver calls go; set by drive(). */
 extern runner *g_runner;
 extern bool g_announce;
+
+/* How long the present call takes; a function whose work takes time sets it. */
+extern time_us g_call_us;
 
 /* Keeps a setting and prints a line when it changes. */
 template <class T> void set_and_announce(T &setting, T value, const char *name)
@@ -58,77 +57,6 @@ inline mac_address mac_of(const uint8_t *bytes)
     std::copy_n(bytes, mac.size(), mac.begin());
     return mac;
 }
-
-/* A slot's name as a template argument. */
-template <size_t N> struct slot_name {
-    char text[N];
-    constexpr slot_name(const char (&name)[N])
-    {
-        std::copy_n(name, N, text);
-    }
-};
-
-/* Which parameter says what port a call is for. */
-enum port_parameter { NONE = -1, FIRST = 0, SECOND = 1 };
-
-inline std::optional<uint32_t> as_port(board &, uint32_t number)
-{
-    return number;
-}
-
-inline std::optional<uint32_t> as_port(board &b, const pack_info *info)
-{
-    const auto *found = b.find_phy(info->phy_id);
-    return found ? std::optional(found->config().number) : std::nullopt;
-}
-
-/* Sending occupies the CPU for a while, and longer when a port is behind; all other calls take no time. */
-template <class... A> time_us call_time(board &, A...)
-{
-    return 0;
-}
-
-inline time_us call_time(board &b, const pack_info *info, const uint8_t *, uint32_t)
-{
-    const auto *found = b.find_phy(info->phy_id);
-    return std::max<time_us>(b.config().cpu_frame_us, found ? found->out.room_in() : 0);
-}
-
-/* The function that goes into the table: fails, or calls the slot's own function with the board. */
-template <slot_name Name, port_parameter Port, class... P> struct entry {
-    template <int (*Function)(board &, P...)> static int call(P... arguments)
-    {
-        time_us duration = 0;
-        const int result = g_runner->with_board([&](board &b) {
-            std::optional<uint32_t> number;
-            if constexpr (Port != NONE)
-                number = as_port(b, std::get<Port>(std::tuple(arguments...)));
-            duration = call_time(b, arguments...);
-            const auto failure = b.calls.strike(Name.text, number);
-            return failure ? *failure : Function(b, arguments...);
-        });
-        if (duration)
-            g_runner->wait(duration);
-        return result;
-    }
-};
-
-template <slot_name Name, port_parameter Port, class... P> entry<Name, Port, P...> entry_for(int (*)(board &, P...))
-{
-    return {};
-}
-
-template <slot_name Name, port_parameter Port, auto Member, auto Function> void fill(vexa_diag_drv &table)
-{
-    table.*Member = decltype(entry_for<Name, Port>(Function))::template call<Function>;
-}
-
-template <slot_name Name, port_parameter Port, auto Member, auto Function> constexpr slot_row row()
-{
-    return {Name.text, fill<Name, Port, Member, Function>};
-}
-
-#define SLOT(name, port) row<#name, port, &vexa_diag_drv::name, name>()
 
 } // namespace sim
 

@@ -23,24 +23,24 @@ static int set_member(board &b, uint32_t number, uint32_t vlan_id, egress_tag ta
     });
 }
 
-static int port_vlan_pair(board &b, uint32_t, uint32_t port_a, uint32_t port_b, uint32_t vlan_id, uint32_t mode_a,
+int slots::port_vlan_pair(board &b, uint32_t, uint32_t port_a, uint32_t port_b, uint32_t vlan_id, uint32_t mode_a,
                           uint32_t mode_b, uint32_t add)
 {
     return set_member(b, port_a, vlan_id, tagging_of(mode_a), add) |
            set_member(b, port_b, vlan_id, tagging_of(mode_b), add);
 }
 
-static int vlan(board &b, uint32_t, uint32_t number, uint32_t vlan_id, uint32_t add)
+int slots::vlan(board &b, uint32_t, uint32_t number, uint32_t vlan_id, uint32_t add)
 {
     return set_member(b, number, vlan_id, egress_tag::UNTAGGED, add);
 }
 
-static int port_vlan1(board &b, uint32_t, uint32_t number, uint32_t member)
+int slots::port_vlan1(board &b, uint32_t, uint32_t number, uint32_t member)
 {
     return set_member(b, number, DEFAULT_VLAN, egress_tag::UNTAGGED, member);
 }
 
-static int set_pvid(board &b, uint32_t, uint32_t number, uint32_t vlan_id)
+int slots::set_pvid(board &b, uint32_t, uint32_t number, uint32_t vlan_id)
 {
     return with_port(b, number, [&](port &found) {
         if (vlan_id < 1 || vlan_id > MAX_VLAN)
@@ -50,7 +50,7 @@ static int set_pvid(board &b, uint32_t, uint32_t number, uint32_t vlan_id)
     });
 }
 
-static int vlan_static_mac(board &b, uint32_t, uint32_t number, const uint8_t *mac, uint32_t vlan_id, uint32_t add)
+int slots::vlan_static_mac(board &b, uint32_t, uint32_t number, const uint8_t *mac, uint32_t vlan_id, uint32_t add)
 {
     return with_port(b, number, [&](port &found) {
         if (add)
@@ -59,28 +59,16 @@ static int vlan_static_mac(board &b, uint32_t, uint32_t number, const uint8_t *m
     });
 }
 
-static int port_broadcast_begin(board &b, uint32_t)
+int slots::port_broadcast_begin(board &b, uint32_t)
 {
     b.fabric.broadcast_test = true;
     return 0;
 }
 
-static int port_broadcast_end(board &b, uint32_t)
+int slots::port_broadcast_end(board &b, uint32_t)
 {
     b.fabric.broadcast_test = false;
     return 0;
-}
-
-static constexpr slot_row SLOTS[] = {
-    SLOT(port_vlan_pair, SECOND),   SLOT(vlan, SECOND),
-    SLOT(port_vlan1, SECOND),       SLOT(set_pvid, SECOND),
-    SLOT(vlan_static_mac, SECOND),  SLOT(port_broadcast_begin, NONE),
-    SLOT(port_broadcast_end, NONE),
-};
-
-std::span<const slot_row> vlan_slots()
-{
-    return SLOTS;
 }
 
 } // namespace sim

@@ -1,23 +1,43 @@
 /* SPDX-License-Identifier: MIT
  *
- * Switching, clearing and waiting for all listed ports.
+ * Driver calls for all listed ports.
  */
 #include "stress_ports.h"
 
-#include <cstdlib>
-#include <unistd.h>
+#include "facmsg_internal.h"
+#include "stress_frames.h"
 
-#include "packet/port_link.h"
-#include "service/scoped.h"
+constexpr uint32_t DEFAULT_VLAN = 1;
 
-constexpr int LINK_ATTEMPTS = 12;
-constexpr int HOLD_CHECKS = 8;
-constexpr unsigned LINK_PAUSE_S = 1;
-
-void switch_ports(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t on)
+void vexa_clear_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count)
 {
-    for (uint32_t i = 0; i < count; i++)
-        call(&drv::port_on_off, unit, ports[i], on);
+    for (uint32_t i = 0; i < count; i++) {
+        call(&drv::clear_port_stat, unit, ports[i]);
+        log_trace("clear port%d stat.\n", static_cast<int>(ports[i]));
+    }
+}
+
+loopback_refusal set_phy_loopback(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t mode)
+{
+    for (uint32_t i = 0; i < count; i++) {
+        const int ret = call(&drv::port_phy_loopback, unit, ports[i], uint32_t{mode});
+        if (ret != 0)
+            return {ports[i], ret};
+    }
+    return {0, 0};
+}
+
+int vexa_phy_loopback(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t mode)
+{
+    if (!slots_filled(&drv::port_phy_loopback)) {
+        log_error("vexa_phy_loopback no support(port_phy_loopback:%p).\n", slot_address(&drv::port_phy_loopback));
+        return -1;
+    }
+    const auto refusal = set_phy_loopback(unit, ports, count, mode);
+    if (refusal.ret == 0)
+        return 0;
+    log_error("set port phy loopback port%d fail(ret = %d).\n", static_cast<int>(refusal.port), refusal.ret);
+    return -1;
 }
 
 int vexa_port_vlan1(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t member)
@@ -28,47 +48,58 @@ int vexa_port_vlan1(uint32_t unit, const uint32_t *ports, uint32_t count, uint32
     return ret;
 }
 
-void vexa_clear_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count)
+int vexa_ess_port_vlan(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable)
 {
-    for (uint32_t i = 0; i < count; i++) {
-        call(&drv::clear_port_stat, unit, ports[i]);
-        log_trace("clear port%d stat.\n", static_cast<int>(ports[i]));
-    }
+    const uint32_t add = enable != 0;
+    int ret = 0;
+    for (uint32_t i = 0; i < count; i += 2)
+        ret |= call(&drv::port_vlan_pair, unit, ports[i], ports[partner_of(i, count)], pair_vlan(i), 0u, 0u, add);
+    return ret;
 }
 
-/* Looks at the links again each second until they have held or one is down. */
-template <class LinksUp> static bool links_hold(LinksUp links_up, const char *op)
+int vexa_ess_serpentine_vlan(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable)
 {
-    for (int check = 1; check <= HOLD_CHECKS; check++) {
-        sleep(LINK_PAUSE_S);
-        if (!links_up()) {
-            log_as(op, LOG_ERROR, "continue %d times get port link to down.\n", check);
-            return false;
-        }
+    if (count == 0)
+        return 0;
+    const uint32_t add = enable != 0;
+    const auto pvid = [add](uint32_t vlan_id) { return add ? vlan_id : DEFAULT_VLAN; };
+    const uint32_t first = ports[0];
+    const uint32_t last = ports[count - 1];
+    const uint32_t last_vlan = FIRST_VLAN + count;
+
+    int ret = call(&drv::port_vlan_pair, unit, first, first, FIRST_VLAN, 1u, 1u, add);
+    for (uint32_t k = 1; k < count; k++) {
+        ret |= call(&drv::port_vlan_pair, unit, ports[k - 1], ports[k], FIRST_VLAN + k, 0u, 1u, add);
+        ret |= call(&drv::set_pvid, unit, ports[k - 1], pvid(FIRST_VLAN + k));
     }
-    return true;
+    ret |= call(&drv::port_vlan_pair, unit, last, last, last_vlan, 0u, 0u, add);
+    ret |= call(&drv::set_pvid, unit, last, pvid(last_vlan));
+    ret |= call(&drv::vlan_static_mac, unit, last, SERPENTINE_MAC, last_vlan, add);
+    ret |= call(&drv::port_vlan_pair, unit, first, first, 0u, 1u, 1u, add);
+    return ret;
 }
 
-link_wait wait_for_stable_links(uint32_t unit, const uint32_t *ports, uint32_t count, unsigned broken_hold_pause_s,
-                                link_codes *codes, const char *op)
+static int set_pair_pvid(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t i, uint32_t vlan_id)
 {
-    const scoped_free rows(static_cast<port_status_row *>(calloc(count, sizeof(port_status_row))));
-    if (rows.data == nullptr) {
-        log_as(op, LOG_ERROR, "Allocate memory fail.\n");
-        return link_wait::NO_MEMORY;
+    const int first = call(&drv::set_pvid, unit, ports[i], vlan_id);
+    return first | call(&drv::set_pvid, unit, ports[partner_of(i, count)], vlan_id);
+}
+
+int vexa_port_pvid(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable)
+{
+    if (!slots_filled(&drv::set_pvid, &drv::vlan)) {
+        log_error("vexa_port_pvid no support(set_pvid:%p, vlan:%p).\n", slot_address(&drv::set_pvid),
+                  slot_address(&drv::vlan));
+        return -1;
     }
-    const auto links_up = [&] {
-        return platform_get_port_link(unit, rows.data, codes->code, ports, static_cast<int>(count)) == 0;
-    };
-    for (int attempt = 1; attempt <= LINK_ATTEMPTS; attempt++) {
-        unsigned pause_s = LINK_PAUSE_S;
-        if (links_up()) {
-            log_as(op, LOG_ERROR, "get port link to up on %d time.\n", attempt);
-            if (links_hold(links_up, op))
-                return link_wait::STABLE;
-            pause_s = broken_hold_pause_s;
-        }
-        sleep(pause_s);
-    }
-    return link_wait::FAILED;
+    int ret = 0;
+    if (enable == 0)
+        for (uint32_t i = 0; i < count; i += 2)
+            ret |= set_pair_pvid(unit, ports, count, i, DEFAULT_VLAN);
+    for (uint32_t i = 0; i < count; i += 2)
+        ret |= call(&drv::vlan, unit, ports[i], pair_vlan(i), uint32_t{enable});
+    if (enable != 0)
+        for (uint32_t i = 0; i < count; i += 2)
+            ret |= set_pair_pvid(unit, ports, count, i, pair_vlan(i));
+    return ret;
 }

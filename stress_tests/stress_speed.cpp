@@ -6,16 +6,13 @@
 
 #include "facmsg_internal.h"
 
-namespace
-{
-
 constexpr uint8_t NO_EX_COPPER = 255;
 
 enum speed_code : uint8_t { COPPER_1 = 1, COPPER_2 = 2, SPEED_1G = 3, SPEED_10G = 4, SPEED_2500M = 12, SPEED_5G = 13 };
 
 enum port_type : uint32_t { TYPE_COPPER = 1, TYPE_EX_COPPER_A = 9, TYPE_EX_COPPER_B = 10 };
 
-uint8_t copper_code(uint32_t index)
+static uint8_t copper_code(uint32_t index)
 {
     switch (index) {
     case 0:
@@ -27,7 +24,7 @@ uint8_t copper_code(uint32_t index)
     }
 }
 
-uint8_t ex_copper_code(uint32_t index, const ex_speed_support &support)
+static uint8_t ex_copper_code(uint32_t index, const ex_speed_support &support)
 {
     if (!support.is_support_ex_speed)
         return NO_EX_COPPER;
@@ -45,12 +42,12 @@ uint8_t ex_copper_code(uint32_t index, const ex_speed_support &support)
     }
 }
 
-uint8_t fiber_code(uint32_t index, const ex_speed_support &support)
+static uint8_t fiber_code(uint32_t index, const ex_speed_support &support)
 {
     return index == 1 && support.is_support_fiber_10G ? SPEED_10G : SPEED_1G;
 }
 
-speed_choice choose_speeds(speed_index index, const char *op)
+static speed_choice choose_speeds(speed_index index, const char *op)
 {
     ex_speed_support support = {};
     call(&drv::get_ex_speed_support, &support);
@@ -63,7 +60,8 @@ speed_choice choose_speeds(speed_index index, const char *op)
 }
 
 /* The port's speed code; that of the port before it when it is of no known kind. */
-uint32_t code_for_port(uint32_t port, uint32_t type, const speed_choice &choice, uint32_t previous, const char *op)
+static uint32_t code_for_port(uint32_t port, uint32_t type, const speed_choice &choice, uint32_t previous,
+                              const char *op)
 {
     const port_ability_row &ability = g_port_ability[port - 1];
     const int number = static_cast<int>(port);
@@ -82,7 +80,7 @@ uint32_t code_for_port(uint32_t port, uint32_t type, const speed_choice &choice,
     return previous;
 }
 
-bool get_type(uint32_t unit, uint32_t port, uint32_t *type, const char *op)
+static bool get_type(uint32_t unit, uint32_t port, uint32_t *type, const char *op)
 {
     log_as(op, LOG_TRACE, "get port %d port_type.\n", static_cast<int>(port));
     if (call(&drv::get_port_type, unit, port, type) == 0)
@@ -90,8 +88,6 @@ bool get_type(uint32_t unit, uint32_t port, uint32_t *type, const char *op)
     log_as(op, LOG_ERROR, "get port %d port_type faild.\n", static_cast<int>(port));
     return false;
 }
-
-} // namespace
 
 int vexa_port_speed(uint32_t unit, const uint32_t *ports, uint32_t count, speed_index index, speed_choice *choice)
 {

@@ -4,11 +4,8 @@
  */
 #include "stress_stat.h"
 
-#include "facmsg_internal.h"
+#include "packet/test_ports.h"
 #include "stress_ports.h"
-
-namespace
-{
 
 using ull = unsigned long long;
 
@@ -20,25 +17,25 @@ struct traffic {
 /* A port's FCS errors. */
 struct fcs_reading {
     uint64_t errors; /* as the driver left them */
-    bool found;      /* they could be read, and there are some */
+    bool any;        /* they could be read, and there are some */
 };
 
-fcs_reading read_fcs(uint32_t unit, uint32_t port, const char *op)
+static fcs_reading read_fcs(uint32_t unit, uint32_t port, const char *op)
 {
     uint64_t errors = 0;
     const int ret = call(&drv::get_port_fcs, unit, port, &errors);
     const int number = static_cast<int>(port);
     log_as(op, LOG_TRACE, "Get port%d stat fcs = %llu.\n", number, ull{errors});
-    const bool found = ret == 0 && errors != 0;
-    if (found)
+    const bool any = ret == 0 && errors != 0;
+    if (any)
         log_as(op, LOG_ERROR, "Get port%d stat fcs = %llu.\n", number, ull{errors});
-    return {errors, found};
+    return {errors, any};
 }
 
 /* Flags the errors of a port, with their number. 1 when there are any, else 0. */
-int flag_fcs(const fcs_reading &fcs, uint8_t *flag, uint32_t *value)
+static int flag_fcs(const fcs_reading &fcs, uint8_t *flag, uint32_t *value)
 {
-    if (!fcs.found)
+    if (!fcs.any)
         return 0;
     *flag = 1;
     *value = static_cast<uint32_t>(fcs.errors);
@@ -46,23 +43,23 @@ int flag_fcs(const fcs_reading &fcs, uint8_t *flag, uint32_t *value)
 }
 
 /* The counters stay 0 when the driver writes none. */
-traffic read_traffic(uint32_t unit, uint32_t port)
+static traffic read_traffic(uint32_t unit, uint32_t port)
 {
-    traffic counted = {};
-    call(&drv::get_port_stat, unit, port, &counted.in_pkts, &counted.ex_pkts);
-    return counted;
+    traffic counts = {};
+    call(&drv::get_port_stat, unit, port, &counts.in_pkts, &counts.ex_pkts);
+    return counts;
 }
 
-traffic read_and_trace_traffic(uint32_t unit, uint32_t port, const char *op)
+static traffic read_and_trace_traffic(uint32_t unit, uint32_t port, const char *op)
 {
-    const traffic counted = read_traffic(unit, port);
+    const traffic counts = read_traffic(unit, port);
     log_as(op, LOG_TRACE, "Get port%d stat in_pkts = %llu ex_pkts = %llu.\n", static_cast<int>(port),
-           ull{counted.in_pkts}, ull{counted.ex_pkts});
-    return counted;
+           ull{counts.in_pkts}, ull{counts.ex_pkts});
+    return counts;
 }
 
 /* Whether two ports of a pair received what the other transmitted. */
-bool pair_balanced(uint32_t unit, uint32_t port_1, uint32_t port_2, const char *op)
+static bool pair_balances(uint32_t unit, uint32_t port_1, uint32_t port_2, const char *op)
 {
     const int number_1 = static_cast<int>(port_1);
     const int number_2 = static_cast<int>(port_2);
@@ -80,17 +77,15 @@ bool pair_balanced(uint32_t unit, uint32_t port_1, uint32_t port_2, const char *
     return false;
 }
 
-} // namespace
-
 int vexa_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t *fcs_err, uint8_t *cnt_err)
 {
     int result = 0;
     for (uint32_t i = 0; i < count; i += 2) {
         const uint32_t partner = partner_of(i, count);
         for (uint32_t j = i; j <= partner; j++)
-            if (read_fcs(unit, ports[j], __func__).found)
+            if (read_fcs(unit, ports[j], __func__).any)
                 result = fcs_err[j] = 1;
-        if (!pair_balanced(unit, ports[i], ports[partner], __func__)) {
+        if (!pair_balances(unit, ports[i], ports[partner], __func__)) {
             cnt_err[i] = cnt_err[partner] = 1;
             result = 1;
         }
@@ -103,14 +98,14 @@ int vexa_ess_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, ess
     int result = 0;
     for (uint32_t i = 0; i < count; i++) {
         result |= flag_fcs(read_fcs(unit, ports[i], __func__), &reply->port_fcs_err[i], &reply->fcs[i]);
-        const traffic counted = read_and_trace_traffic(unit, ports[i], __func__);
-        if (counted.in_pkts == counted.ex_pkts)
+        const traffic counts = read_and_trace_traffic(unit, ports[i], __func__);
+        if (counts.in_pkts == counts.ex_pkts)
             continue;
-        log_error("Get port%d stat in_pkts = %llu ex_pkts = %llu.\n", static_cast<int>(ports[i]), ull{counted.in_pkts},
-                  ull{counted.ex_pkts});
+        log_error("Get port%d stat in_pkts = %llu ex_pkts = %llu.\n", static_cast<int>(ports[i]), ull{counts.in_pkts},
+                  ull{counts.ex_pkts});
         reply->port_cnt_err[i] = 1;
-        reply->in_pkts[i] = static_cast<uint32_t>(counted.in_pkts);
-        reply->ex_pkts[i] = static_cast<uint32_t>(counted.ex_pkts);
+        reply->in_pkts[i] = static_cast<uint32_t>(counts.in_pkts);
+        reply->ex_pkts[i] = static_cast<uint32_t>(counts.ex_pkts);
         result = 1;
     }
     return result;
@@ -125,22 +120,22 @@ int vexa_ess_serpentine_port_stat(uint32_t unit, const uint32_t *ports, uint32_t
         const int port = static_cast<int>(ports[i]);
         const fcs_reading fcs = read_fcs(unit, ports[i], __func__);
         result |= flag_fcs(fcs, &reply->port_fcs_err[i], &reply->fcs[i]);
-        const traffic counted = read_and_trace_traffic(unit, ports[i], __func__);
-        if (counted.ex_pkts != expected) {
+        const traffic counts = read_and_trace_traffic(unit, ports[i], __func__);
+        if (counts.ex_pkts != expected) {
             reply->port_ex_err[i] = 1;
-            reply->ex_pkts[i] = static_cast<uint32_t>(counted.ex_pkts);
+            reply->ex_pkts[i] = static_cast<uint32_t>(counts.ex_pkts);
             result = 1;
-            log_error("Get port%d stat ex_pkts = %llu. last_send_cnt = %llu\n", port, ull{counted.ex_pkts},
+            log_error("Get port%d stat ex_pkts = %llu. last_send_cnt = %llu\n", port, ull{counts.ex_pkts},
                       ull{expected});
         }
-        if (counted.in_pkts != expected) {
+        if (counts.in_pkts != expected) {
             reply->port_in_err[i] = 1;
-            reply->in_pkts[i] = static_cast<uint32_t>(counted.in_pkts);
+            reply->in_pkts[i] = static_cast<uint32_t>(counts.in_pkts);
             result = 1;
-            log_error("Get port%d stat in_pkts = %llu. last_send_cnt = %llu\n", port, ull{counted.in_pkts},
+            log_error("Get port%d stat in_pkts = %llu. last_send_cnt = %llu\n", port, ull{counts.in_pkts},
                       ull{expected});
         }
-        expected = counted.in_pkts - fcs.errors;
+        expected = counts.in_pkts - fcs.errors;
     }
     return result;
 }
@@ -150,10 +145,8 @@ int vexa_ess_serpentine_cpu_recv_packet(uint32_t port, uint32_t *count)
     const int number = static_cast<int>(port);
     log_trace("Recv packet, port id:%d.\n", number);
     port_packet_req request = {};
-    if (call(&drv::get_port_phyid, port, &request) != 0) {
-        log_error("port(%d) get port phyid fail.\n", number);
+    if (!get_phy_id(port, &request, __func__))
         return -1;
-    }
     if (vexa_get_recv_packet_number(request.phy_id, &request.count) != 0) {
         log_error("port(%d) recv packet fail.\n", number);
         return -1;

@@ -1,76 +1,52 @@
 /* SPDX-License-Identifier: MIT
  *
- * A switch at the driver table: keeps each port's state, writes every call into the trace, fails on order, and brings
- * frames that are sent back through the receive hook.
+ * A host's driver table whose functions all lead to one place, as text and outputs: what a call does is the test's.
  */
 #ifndef TESTS_SUPPORT_FAKE_DRIVER_H
 #define TESTS_SUPPORT_FAKE_DRIVER_H
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "facmsg.h"
 
-constexpr int NEVER = -1;
-
-struct fake_port {
-    port_ability_row ability = {};
-    port_status_row status = {0xA0, 1, 1, 0, 2, 0xA5}; /* what get_status reports once the link is up */
-    uint32_t phy_id = 0;
-    int down_polls = 0;                  /* status reads that still find the link down, or NEVER up */
-    int breaks_in = 0;                   /* this many reads later the link is down once more; 0: it holds */
-    std::function<int(int)> copies = {}; /* copies of the nth frame (from 1) that come back; unset: 1 */
-    int delay_waits = 0;                 /* waits that pass before a frame comes back */
-    int sent = 0;                        /* frames sent so far */
+/* Where a call writes: `count` values of `size` bytes each. */
+struct driver_output {
+    void *to;
+    size_t size, count;
 };
 
-/* Makes calls of a slot fail. */
-struct fake_failure {
-    std::string_view slot; /* its name; a literal */
-    uint32_t port = 0;     /* only this port's calls; 0: any */
-    int nth = 0;           /* only the nth such call from now on; 0: every one; -n: each nth */
-    int value = -1;
-    int seen = 0;
+struct driver_call {
+    std::string slot, text; /* "slot(1,2)": the words, MAC addresses and frames handed over, without outputs */
+    uint32_t port;          /* or phy id of a frame; 0 without */
+    std::vector<driver_output> outputs;
+    /* Writes these values to the outputs in turn, and 0 where there are no more. */
+    void write(const std::vector<uint64_t> &values) const;
 };
 
 class fake_driver
 {
   public:
-    /* Fills the library's table with this driver's functions, and empties the trace. One at a time. */
+    /* Fills the library's table and empties the trace. One at a time. */
     fake_driver();
     ~fake_driver();
     fake_driver(const fake_driver &) = delete;
 
-    /* Adds a port whose phy id is 0x100 + number. */
-    fake_port &add_port(uint32_t number, port_ability_row ability = {});
-
-    std::map<uint32_t, fake_port> ports;
-    std::vector<fake_failure> failures;
-    /* What becomes of a frame, instead of coming back through the hook as its port's record says. */
-    std::function<void(const pack_info &info, const uint8_t *frame, uint32_t length)> on_send;
-    /* By name of slot: what it writes to its nth output (from 0); 0 without. */
-    std::map<std::string_view, std::function<uint64_t(uint32_t port, int nth)>> answers;
-
-    /* For the driver functions. */
-    int enter(const std::string &slot, const std::string &arguments, uint32_t port = 0);
-    fake_port *find(uint32_t number);
-    void transmit(const pack_info &info, const uint8_t *frame, uint32_t length);
-    void pass_wait();
-
-  private:
-    struct frame_under_way {
-        int waits_left;
-        pack_info info;
-        std::vector<uint8_t> bytes;
-    };
-    std::vector<frame_under_way> under_way;
+    /* What a call does, after it was traced; at first every call succeeds and writes zeros. */
+    std::function<int(const driver_call &)> answer;
 };
 
-/* A table of functions that all lead to the present fake_driver. */
+/* A table of functions that lead to the present fake_driver. */
 vexa_diag_drv fake_table();
+/* Takes a function out of the library's table; false for a name that no slot has. */
+bool empty_slot(const std::string &name);
+/* The name of the slot that has this function in the fake table, or "". */
+std::string slot_of(uintptr_t function);
+
+/* Bytes in hex; what repeats up to the end stands once, in brackets: "0123[00ff]". And back, to that many bytes. */
+std::string short_hex(const void *bytes, size_t size);
+std::vector<uint8_t> long_bytes(const std::string &hex, size_t size);
 
 #endif

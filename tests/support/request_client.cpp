@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -61,36 +62,13 @@ request_client::request_client() : fd(socket(AF_UNIX, SOCK_STREAM, 0))
     }
 }
 
-request_client::~request_client()
-{
-    if (fd >= 0)
-        close(fd);
-}
-
-request_client &request_client::send(const std::string &bytes)
-{
-    ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    return *this;
-}
-
-request_client &request_client::end()
-{
-    shutdown(fd, SHUT_WR);
-    return *this;
-}
-
-static std::string read_to_end(int fd)
+std::string read_to_end(int fd)
 {
     std::string all;
     char bytes[4096];
     for (ssize_t got; (got = read(fd, bytes, sizeof(bytes))) > 0;)
         all.append(bytes, static_cast<size_t>(got));
     return all;
-}
-
-std::string request_client::reply()
-{
-    return read_to_end(fd);
 }
 
 std::string ask_service(const std::string &request)

@@ -6,9 +6,9 @@
 #define TESTS_SUPPORT_REQUEST_CLIENT_H
 
 #include <cstdint>
-#include <cstring>
-#include <gtest/gtest.h>
 #include <string>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include "facmsg.h"
 
@@ -33,16 +33,33 @@ struct temporary_folder {
 void start_service();
 bool wait_for_service();
 
+/* Everything up to the end of a connection or pipe. */
+std::string read_to_end(int fd);
+
 class request_client
 {
   public:
     request_client(); /* connects; fd is -1 when it cannot */
-    ~request_client();
+    ~request_client()
+    {
+        close(fd);
+    }
     request_client(const request_client &) = delete;
 
-    request_client &send(const std::string &bytes);
-    request_client &end(); /* nothing more will be sent */
-    std::string reply();   /* everything up to the end of the connection */
+    request_client &send(const std::string &bytes)
+    {
+        ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        return *this;
+    }
+    request_client &end() /* nothing more will be sent */
+    {
+        shutdown(fd, SHUT_WR);
+        return *this;
+    }
+    std::string reply() /* everything up to the end of the connection */
+    {
+        return read_to_end(fd);
+    }
 
     int fd;
 };
@@ -51,16 +68,5 @@ class request_client
 std::string ask_service(const std::string &request);
 using request_handler = int (*)(int fd, facmsg_request *request);
 std::string ask_dispatcher(uint32_t type, const std::string &payload, request_handler handler = facmsg_lib_test_main);
-
-/* The reply to a record, from the dispatcher or another handler: of the same type and size, or of reply_type. */
-template <class Record>
-Record answered(uint32_t type, Record record, request_handler handler = facmsg_lib_test_main, uint32_t reply_type = ~0u)
-{
-    const std::string reply = ask_dispatcher(type, bytes_of(record), handler);
-    EXPECT_EQ(reply.substr(0, 8), frame(reply_type == ~0u ? type : reply_type, sizeof(record)));
-    EXPECT_EQ(reply.size(), 8 + sizeof(record));
-    memcpy(&record, reply.data() + 8, std::min(sizeof(record), reply.size() - 8));
-    return record;
-}
 
 #endif

@@ -13,24 +13,55 @@
 #include <sys/time.h>
 #include <thread>
 #include <unistd.h>
-
-#include "trace.h"
+#include <utility>
+#include <vector>
 
 static std::atomic<uint64_t> clock_us = 1000000;
 static thread_local int allocations_until_failure;
 static thread_local size_t failed_size;
+static std::atomic<int> live;
 static std::mutex mutex;
 static auto &failures = *new std::set<std::string>; /* the server thread may outlive main */
+
+static auto &lines = *new std::vector<std::pair<std::string, int>>;
+
+void trace_add(const std::string &line)
+{
+    const std::lock_guard lock(mutex);
+    if (!lines.empty() && lines.back().first == line)
+        lines.back().second++;
+    else
+        lines.emplace_back(line, 1);
+}
+
+void trace_clear()
+{
+    const std::lock_guard lock(mutex);
+    lines.clear();
+}
+
+std::string trace_text()
+{
+    const std::lock_guard lock(mutex);
+    std::string text;
+    for (const auto &[line, times] : lines)
+        text += line + (times > 1 ? " x" + std::to_string(times) : "") + "\n";
+    return text;
+}
+
+int trace_count(const std::string &prefix)
+{
+    const std::lock_guard lock(mutex);
+    int count = 0;
+    for (const auto &[line, times] : lines)
+        count += line.starts_with(prefix) ? times : 0;
+    return count;
+}
 
 namespace simulation
 {
 
-std::function<void()> &on_wait = *new std::function<void()>;
-
-uint64_t now_us()
-{
-    return clock_us;
-}
+std::function<void(const std::string &)> &on_event = *new std::function<void(const std::string &)>();
 
 void fail_allocation(int nth)
 {
@@ -43,10 +74,21 @@ size_t failed_allocation_size()
     return failed_size;
 }
 
+int live_allocations()
+{
+    return live;
+}
+
 void fail_next(const std::string &function)
 {
     const std::lock_guard lock(mutex);
     failures.insert(function);
+}
+
+bool failure_pending()
+{
+    const std::lock_guard lock(mutex);
+    return allocations_until_failure > 0 || !failures.empty();
 }
 
 void pass(uint64_t us)
@@ -56,13 +98,19 @@ void pass(uint64_t us)
 
 } // namespace simulation
 
+static void event(const std::string &text)
+{
+    trace_add(text);
+    if (simulation::on_event)
+        simulation::on_event(text);
+}
+
 static int wait(uint64_t us)
 {
     clock_us += us;
-    trace_add("wait_us(" + std::to_string(us) + ")");
-    if (simulation::on_wait)
-        simulation::on_wait();
-    std::this_thread::yield();
+    event(us % 1000000 == 0 ? "wait " + std::to_string(us / 1000000) + "s" : "wait " + std::to_string(us) + "us");
+    if (!simulation::on_event)
+        std::this_thread::yield(); /* to the service's thread */
     return 0;
 }
 
@@ -84,6 +132,7 @@ extern "C" {
 
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
+void __real_free(void *memory);
 int __real_unlink(const char *path);
 
 unsigned __wrap_sleep(unsigned seconds)
@@ -106,17 +155,23 @@ int __wrap_gettimeofday(timeval *now, void *)
 
 void *__wrap_malloc(size_t size)
 {
-    return allocation_fails(size) ? nullptr : __real_malloc(size);
+    return allocation_fails(size) ? nullptr : (live++, __real_malloc(size));
 }
 
 void *__wrap_calloc(size_t count, size_t size)
 {
-    return allocation_fails(count * size) ? nullptr : __real_calloc(count, size);
+    return allocation_fails(count * size) ? nullptr : (live++, __real_calloc(count, size));
+}
+
+void __wrap_free(void *memory)
+{
+    live -= memory != nullptr;
+    __real_free(memory);
 }
 
 int __wrap_system(const char *command)
 {
-    trace_add(std::string("system(") + command + ")");
+    event(std::string("system(") + command + ")");
     return 0;
 }
 
@@ -124,7 +179,7 @@ int __wrap_unlink(const char *path)
 {
     if (path[0] != '/')
         return __real_unlink(path);
-    trace_add(std::string("unlink(") + path + ")");
+    event(std::string("unlink(") + path + ")");
     return 0;
 }
 
