@@ -66,7 +66,7 @@ std::string shown_log(std::string line)
     std::string all;
     for (const char byte : line) {
         char escape[5] = {byte};
-        if (byte < ' ')
+        if (byte < ' ' || byte > '~')
             snprintf(escape, sizeof(escape), "\\x%02x", static_cast<uint8_t>(byte));
         all += escape;
     }
