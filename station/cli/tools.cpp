@@ -71,17 +71,14 @@ static tool_run add_report(CLI::App &sub)
 {
     const auto folder = std::make_shared<std::string>();
     sub.add_option("RUN_DIR", *folder, "folder of the run")->required();
-    return [folder](const settings &chosen) {
-        return static_cast<exit_code>(reports::report_tool(*folder, form_of(chosen)));
-    };
+    return [folder](const settings &chosen) { return reports::report_tool(*folder, form_of(chosen)); };
 }
 
 static tool_run add_check(CLI::App &sub)
 {
     const auto file = std::make_shared<std::string>();
     sub.add_option("FILE", *file, "journal of a run")->required();
-    return
-        [file](const settings &chosen) { return static_cast<exit_code>(reports::check_tool(*file, form_of(chosen))); };
+    return [file](const settings &chosen) { return reports::check_tool(*file, form_of(chosen)); };
 }
 
 static void add_day(CLI::App &sub, const char *name, std::string &chosen, const char *help)
@@ -118,8 +115,7 @@ static tool_run add_history(CLI::App &sub)
         if (!until.empty() && since > until)
             throw usage_error(
                 fmt::format("--since: found '{}', expected a day up to that of --until, {}", since, until));
-        return static_cast<exit_code>(
-            reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen)));
+        return reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen));
     };
 }
 

@@ -139,7 +139,7 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     }
     print(given.json ? reports::run_json(record, run_dir)
                      : reports::verdict_text(record, run_dir, text::colour_wanted()));
-    return static_cast<exit_code>(reports::exit_code_of(record));
+    return reports::exit_code_of(record);
 }
 
 /* A closed stdout, or a limit on the size of files, must not end the program before the record does. */

@@ -5,7 +5,6 @@
 #include "ending.h"
 
 #include <algorithm>
-#include <csignal>
 #include <fmt/format.h>
 
 #include "findings.h"
@@ -14,37 +13,39 @@
 namespace reports
 {
 
+using common::exit_code;
 using journal::attempt;
 using journal::run_result;
 using journal::verdict;
 
-/* SIGINT when the journal does not say which signal it was. */
-static int signal_of(const journal::run_record &run)
+/* That of SIGINT when the journal does not say which signal it was. */
+static exit_code interruption_code(const journal::run_record &run)
 {
-    for (const auto &[name, number] : {std::pair{"SIGHUP", SIGHUP}, {"SIGQUIT", SIGQUIT}, {"SIGTERM", SIGTERM}})
+    for (const auto &[name, code] :
+         {std::pair{"SIGHUP", exit_code::hung_up}, {"SIGQUIT", exit_code::quit}, {"SIGTERM", exit_code::terminated}})
         if (run.signal == name)
-            return number;
-    return SIGINT;
+            return code;
+    return exit_code::interrupted;
 }
 
-int exit_code_of(const journal::run_record &run)
+exit_code exit_code_of(const journal::run_record &run)
 {
     switch (run.result) {
     case run_result::pass:
-        return 0;
+        return exit_code::passed;
     case run_result::fail:
-        return 1;
+        return exit_code::failed;
     case run_result::unjudged:
-        return 5;
+        return exit_code::nothing_run;
     case run_result::partial:
-        return 6;
+        return exit_code::partial;
     case run_result::interrupted:
-        return 128 + signal_of(run);
+        return interruption_code(run);
     case run_result::no_verdict:
     case run_result::incomplete:
         break;
     }
-    return 3;
+    return exit_code::no_verdict;
 }
 
 /* A step counts by its first attempt: whoever interrupts a later one has had the step run. */

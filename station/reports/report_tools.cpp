@@ -19,9 +19,8 @@
 namespace reports
 {
 
+using common::exit_code;
 using nlohmann::ordered_json;
-
-constexpr int passed = 0, invalid = 1, unreadable = 2, not_saved = 4, nothing_run = 5;
 
 static void print(const std::string &text)
 {
@@ -29,29 +28,32 @@ static void print(const std::string &text)
 }
 
 /* Says on stderr what went wrong, after what was printed. */
-static int fail(const char *tool, int code, const std::string &sentence)
+static exit_code fail(const char *tool, exit_code code, const std::string &sentence)
 {
     std::fflush(stdout);
     text::say(fmt::format("facmsg-station: {}: {}", tool, sentence));
     return code;
 }
 
-static int refuse(const char *tool, form wanted, const std::string &sentence)
+static exit_code refuse(const char *tool, form wanted, const std::string &sentence)
 {
     if (wanted == form::json)
-        print(ordered_json{{"exit_code", unreadable}, {"error", text::printable(sentence)}}.dump(2) + "\n");
-    return fail(tool, unreadable, sentence);
+        print(
+            ordered_json{{"exit_code", static_cast<int>(exit_code::usage)}, {"error", text::printable(sentence)}}.dump(
+                2) +
+            "\n");
+    return fail(tool, exit_code::usage, sentence);
 }
 
-int report_tool(const std::filesystem::path &run_dir, form wanted)
+exit_code report_tool(const std::filesystem::path &run_dir, form wanted)
 try {
     const journal::run_record run = journal::read_run(run_dir);
     const bool coloured = wanted == form::coloured;
     try {
         write_reports(run_dir, run);
     } catch (const std::system_error &why) {
-        print(wanted == form::json ? run_json(run, run_dir, not_saved) : verdict_text(run, coloured));
-        return fail("report", not_saved, why.what());
+        print(wanted == form::json ? run_json(run, run_dir, exit_code::not_saved) : verdict_text(run, coloured));
+        return fail("report", exit_code::not_saved, why.what());
     }
     print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured));
     return exit_code_of(run);
@@ -59,10 +61,10 @@ try {
     return refuse("report", wanted, why.what());
 }
 
-static std::string check_json(const std::string &file, const journal::check_outcome &found, int code)
+static std::string check_json(const std::string &file, const journal::check_outcome &found, exit_code code)
 {
     ordered_json object{{"valid", found.problems.empty()},
-                        {"exit_code", code},
+                        {"exit_code", static_cast<int>(code)},
                         {"file", file},
                         {"lines", found.lines},
                         {"problems", ordered_json::array()}};
@@ -80,25 +82,25 @@ static std::string check_text(const std::string &file, const journal::check_outc
     return text;
 }
 
-int check_tool(const std::filesystem::path &file, form wanted)
+exit_code check_tool(const std::filesystem::path &file, form wanted)
 try {
     const journal::check_outcome found = journal::check_journal(journal::read_text(file));
     const std::string name = text::printable(file.string());
-    const int code = found.problems.empty() ? passed : invalid;
+    const exit_code code = found.problems.empty() ? exit_code::passed : exit_code::failed;
     print(wanted == form::json ? check_json(name, found, code) : check_text(name, found));
     return code;
 } catch (const std::system_error &why) {
     return refuse("check", wanted, why.what());
 }
 
-int history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs, form wanted)
+exit_code history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs, form wanted)
 try {
     const history runs = read_history(dir, filter);
     if (wanted == form::json)
         print(history_json(runs));
     else
         print((list_runs ? runs_text(runs) : "") + history_text(runs));
-    return runs.listed.empty() ? nothing_run : passed;
+    return runs.listed.empty() ? exit_code::nothing_run : exit_code::passed;
 } catch (const std::filesystem::filesystem_error &why) {
     return refuse("history", wanted, fmt::format("{}: {}", why.path1().string(), why.code().message()));
 }

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "common/exit_code.h"
 #include "station/journal/run_record.h"
 
 namespace reports
@@ -24,14 +25,13 @@ std::string verdict_text(const journal::run_record &run, const std::filesystem::
 /* The same for a run whose report could not be written. */
 std::string verdict_text(const journal::run_record &run, bool colour);
 
-/* The code with which the program ends for a run: 0 PASS, 1 FAIL, 3 NO VERDICT and INCOMPLETE, 5 NOT JUDGED, 6 PARTIAL,
- * 129, 130, 131 or 143 INTERRUPTED. */
-int exit_code_of(const journal::run_record &run);
+/* The code with which the program ends for a run. */
+common::exit_code exit_code_of(const journal::run_record &run);
 
 /* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps.
  * The exit code is that of the run unless another is given. */
 std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
-                     std::optional<int> exit_code = std::nullopt);
+                     std::optional<common::exit_code> code = std::nullopt);
 
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);

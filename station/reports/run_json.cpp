@@ -38,10 +38,11 @@ static ordered_json step_json(const journal::attempt &tried)
             {"summary", tried.summary}};
 }
 
-std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir, std::optional<int> exit_code)
+std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
+                     std::optional<common::exit_code> code)
 {
     ordered_json object{{"verdict", word_of(run.result)},
-                        {"exit_code", exit_code.value_or(exit_code_of(run))},
+                        {"exit_code", static_cast<int>(code.value_or(exit_code_of(run)))},
                         {"summary", headline(run)},
                         {"run_dir", text::printable(run_dir.string())},
                         {"serial", run.serial},

@@ -11,23 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "common/exit_code.h"
+
 namespace station
 {
 
-/* The program's exit codes. */
-enum class exit_code : int {
-    passed = 0,        /* also: a raw reply arrived, a list was printed */
-    failed = 1,        /* the unit failed its test */
-    usage = 2,         /* the command line or the plan is wrong; nothing was sent */
-    no_verdict = 3,    /* the test could not be run, or its reply makes no sense */
-    not_saved = 4,     /* the record of a run could not be kept */
-    nothing_run = 5,   /* a plan without a step that was run and judged */
-    partial = 6,       /* a part of a plan passed; nothing is known of the rest */
-    hung_up = 129,     /* by SIGHUP */
-    interrupted = 130, /* by SIGINT */
-    quit = 131,        /* by SIGQUIT */
-    terminated = 143   /* by SIGTERM */
-};
+using common::exit_code;
 
 /* Of several verdicts on one port the later in this list counts. */
 enum class verdict {

@@ -127,10 +127,10 @@ TEST(History, PartialRunsAreNoFirstAndNoLastRun)
 TEST(History, SaysWhenThereIsNothingToCount)
 {
     const run_folders folder;
-    EXPECT_EQ(reports::history_tool(folder.path, {}, false, reports::form::text), 5);
-    EXPECT_EQ(reports::history_tool(folder.path / "nowhere", {}, false, reports::form::text), 2);
+    EXPECT_EQ(reports::history_tool(folder.path, {}, false, reports::form::text), common::exit_code::nothing_run);
+    EXPECT_EQ(reports::history_tool(folder.path / "nowhere", {}, false, reports::form::text), common::exit_code::usage);
     add_run(folder, "A", 0, "cut off");
-    EXPECT_EQ(reports::history_tool(folder.path, {}, true, reports::form::json), 0);
+    EXPECT_EQ(reports::history_tool(folder.path, {}, true, reports::form::json), common::exit_code::passed);
     const auto object = nlohmann::json::parse(reports::history_json(reports::read_history(folder.path)));
     EXPECT_FALSE(object.contains("first_pass")); /* no run was judged, so there is no yield */
 }

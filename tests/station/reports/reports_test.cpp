@@ -20,6 +20,8 @@
 #include "station/reports/reports.h"
 #include "station/reports/step_table.h"
 
+using common::exit_code;
+
 static pugi::xml_document junit_of(const journal_builder &journal)
 {
     pugi::xml_document document;
@@ -202,7 +204,7 @@ TEST(Reports, NoneShowsADamagedPassAsAPass)
     EXPECT_NE(reports::junit_text(run).find(sentence), std::string::npos);
     EXPECT_NE(reports::html_text(run).find(sentence), std::string::npos);
     EXPECT_EQ(reports::read_history(folder.path).passed_first, 0U);
-    EXPECT_EQ(reports::report_tool(run_dir, reports::form::text), 3);
+    EXPECT_EQ(reports::report_tool(run_dir, reports::form::text), exit_code::no_verdict);
 }
 
 TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
@@ -277,27 +279,28 @@ TEST(StepTable, APortThatIsTestedTwiceHasTwoRows)
 TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
 {
     const run_folders folder;
-    const std::pair<journal_builder, int> runs[] = {{passing_run(), 0}, {failing_run(), 1},
-                                                    {erring_run(), 3},  {interrupted_run(), 143},
-                                                    {partial_run(), 6}, {incomplete_run(), 3}};
+    const std::pair<journal_builder, exit_code> runs[] = {
+        {passing_run(), exit_code::passed},    {failing_run(), exit_code::failed},
+        {erring_run(), exit_code::no_verdict}, {interrupted_run(), exit_code::terminated},
+        {partial_run(), exit_code::partial},   {incomplete_run(), exit_code::no_verdict}};
     for (const auto &[journal, code] : runs)
         EXPECT_EQ(reports::report_tool(journal.save(folder.path / "run"), reports::form::text), code);
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(folder.path / "run"))
         names.insert(entry.path().filename());
     EXPECT_EQ(names, (std::set<std::string>{journal::file_name, "junit.xml", "report.html", "results.csv"}));
-    EXPECT_EQ(reports::report_tool(folder.path, reports::form::text), 2);
+    EXPECT_EQ(reports::report_tool(folder.path, reports::form::text), exit_code::usage);
     std::filesystem::remove(folder.path / "run" / "report.html");
     std::filesystem::create_directories(folder.path / "run" / "report.html" / "in the way");
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), 4);
+    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), exit_code::not_saved);
     const std::string shown = testing::internal::GetCapturedStdout();
     EXPECT_NE(shown.find("\nINCOMPLETE  serial SW28-0045"), std::string::npos) << shown;
     EXPECT_EQ(shown.find("Report:"), std::string::npos) << shown; /* what is there may be of another time */
     EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
 }
 
-static nlohmann::json printed_by(const auto &tool, int code)
+static nlohmann::json printed_by(const auto &tool, exit_code code)
 {
     testing::internal::CaptureStdout();
     EXPECT_EQ(tool(), code);
@@ -309,7 +312,7 @@ TEST(Tools, PrintOneJsonObject)
     using reports::form;
     const run_folders folder;
     const auto run_dir = failing_run().save(folder.path / "run");
-    const auto run = printed_by([&] { return reports::report_tool(run_dir, form::json); }, 1);
+    const auto run = printed_by([&] { return reports::report_tool(run_dir, form::json); }, exit_code::failed);
     EXPECT_EQ(run["verdict"], "FAIL");
     EXPECT_EQ(run["exit_code"], 1);
     EXPECT_EQ(run["run_dir"], run_dir.string());
@@ -319,11 +322,12 @@ TEST(Tools, PrintOneJsonObject)
     EXPECT_EQ(run["failures"][0]["sentence"], "The port kept its power under overload; expected it to switch off.");
     EXPECT_EQ(run["steps"].size(), 3U); /* the last attempt at each */
     const auto file = run_dir / journal::file_name;
-    EXPECT_EQ(printed_by([&] { return reports::check_tool(file, form::json); }, 0)["valid"], true);
+    EXPECT_EQ(printed_by([&] { return reports::check_tool(file, form::json); }, exit_code::passed)["valid"], true);
     std::ofstream(file, std::ios::app) << "{";
-    const auto found = printed_by([&] { return reports::check_tool(file, form::json); }, 1);
+    const auto found = printed_by([&] { return reports::check_tool(file, form::json); }, exit_code::failed);
     EXPECT_EQ(found["problems"][0]["line"], found["lines"]);
-    EXPECT_EQ(printed_by([&] { return reports::report_tool(folder.path, form::json); }, 2)["exit_code"], 2);
+    EXPECT_EQ(printed_by([&] { return reports::report_tool(folder.path, form::json); }, exit_code::usage)["exit_code"],
+              2);
 }
 
 TEST(CheckTool, PrintsOneLineForEachProblem)
@@ -331,13 +335,13 @@ TEST(CheckTool, PrintsOneLineForEachProblem)
     const run_folders folder;
     const auto file = failing_run().save(folder.path) / journal::file_name;
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file, reports::form::text), 0);
+    EXPECT_EQ(reports::check_tool(file, reports::form::text), exit_code::passed);
     const std::string valid = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(valid.ends_with("lines, valid\n")) << valid;
     std::ofstream(file, std::ios::app) << "{";
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file, reports::form::text), 1);
+    EXPECT_EQ(reports::check_tool(file, reports::form::text), exit_code::failed);
     EXPECT_NE(testing::internal::GetCapturedStdout().find(": the line has no line end, so it may not be whole\n"),
               std::string::npos);
-    EXPECT_EQ(reports::check_tool(folder.path, reports::form::text), 2);
+    EXPECT_EQ(reports::check_tool(folder.path, reports::form::text), exit_code::usage);
 }
