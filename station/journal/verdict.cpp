@@ -4,28 +4,32 @@
  */
 #include "verdict.h"
 
+#include "common/verdict_words.h"
+
 namespace journal
 {
+
+namespace word = common::verdict_word;
 
 const char *word_of(verdict judged)
 {
     switch (judged) {
     case verdict::pass:
-        return "PASS";
+        return word::PASS;
     case verdict::unjudged:
-        return "NOT JUDGED";
+        return word::NOT_JUDGED;
     case verdict::retried:
-        return "RETRIED";
+        return word::RETRIED;
     case verdict::not_run:
-        return "NOT RUN";
+        return word::NOT_RUN;
     case verdict::not_tested:
-        return "NOT TESTED";
+        return word::NOT_TESTED;
     case verdict::fail:
-        return "FAIL";
+        return word::FAIL;
     case verdict::no_verdict:
-        return "NO VERDICT";
+        return word::NO_VERDICT;
     case verdict::incomplete:
-        return "INCOMPLETE";
+        return word::INCOMPLETE;
     case verdict::none:
         break;
     }
@@ -36,21 +40,21 @@ const char *word_of(run_result result)
 {
     switch (result) {
     case run_result::pass:
-        return "PASS";
+        return word::PASS;
     case run_result::fail:
-        return "FAIL";
+        return word::FAIL;
     case run_result::no_verdict:
-        return "NO VERDICT";
+        return word::NO_VERDICT;
     case run_result::interrupted:
-        return "INTERRUPTED";
+        return word::INTERRUPTED;
     case run_result::partial:
-        return "PARTIAL";
+        return word::PARTIAL;
     case run_result::unjudged:
-        return "NOT JUDGED";
+        return word::NOT_JUDGED;
     case run_result::incomplete:
         break;
     }
-    return "INCOMPLETE";
+    return word::INCOMPLETE;
 }
 
 /* The endings of the names, longest first, and the type with which each counts. */

@@ -12,6 +12,7 @@
 #include "common/printable.h"
 #include "common/say.h"
 #include "common/terminal.h"
+#include "common/verdict_words.h"
 #include "common/wrap.h"
 #include "station/reports/findings.h"
 
@@ -147,7 +148,7 @@ static std::vector<std::string> failure_lines(std::span<const judged_check> chec
 void console::end(const char *word, const std::string &sentence, std::span<const judged_check> checks)
 {
     const int64_t most = steps_[number_]->attempts;
-    const bool tells_attempt = attempt_ > 1 || word == std::string_view("RETRIED");
+    const bool tells_attempt = attempt_ > 1 || word == std::string_view(common::verdict_word::RETRIED);
     print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word, seconds(),
                       tells_attempt ? fmt::format("  attempt {} of {}", attempt_, most) : "",
                       sentence.empty() ? "" : "  " + sentence));

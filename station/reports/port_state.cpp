@@ -8,10 +8,13 @@
 #include <fmt/format.h>
 #include <map>
 
+#include "common/verdict_words.h"
 #include "findings.h"
 
 namespace reports
 {
+
+namespace word = common::verdict_word;
 
 using journal::attempt;
 using journal::observation;
@@ -23,13 +26,13 @@ const char *word_of(port_state state)
 {
     switch (state) {
     case port_state::failed:
-        return "FAIL";
+        return word::FAIL;
     case port_state::retried:
-        return "RETRIED";
+        return word::RETRIED;
     case port_state::passed_so_far:
         return "PASSED SO FAR";
     case port_state::passed:
-        return "PASS";
+        return word::PASS;
     case port_state::unknown:
         break;
     }

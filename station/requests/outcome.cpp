@@ -4,24 +4,28 @@
  */
 #include "outcome.h"
 
+#include "common/verdict_words.h"
+
 namespace station
 {
+
+namespace word = common::verdict_word;
 
 const char *word_of(verdict judged)
 {
     switch (judged) {
     case verdict::pass:
-        return "PASS";
+        return word::PASS;
     case verdict::fail:
-        return "FAIL";
+        return word::FAIL;
     case verdict::unjudged:
-        return "NOT JUDGED";
+        return word::NOT_JUDGED;
     case verdict::untested:
-        return "NOT TESTED";
+        return word::NOT_TESTED;
     case verdict::none:
         break;
     }
-    return "NO VERDICT";
+    return word::NO_VERDICT;
 }
 
 exit_code exit_code_of(verdict judged)
