@@ -15,14 +15,11 @@
 
 #include <fmt/format.h>
 
-#include "facmsg_protocol.h"
 #include "nearest.h"
 #include "path_fault.h"
 
 namespace text
 {
-
-static constexpr std::string_view PORTS_EXPECTED = "expected ports between 1 and 256 such as 7 or \"1-4,7\"";
 
 std::string shown(const toml::node &node)
 {
@@ -173,9 +170,9 @@ std::vector<std::string> toml_reader::some_of(std::string_view key, const std::v
     return found;
 }
 
-static bool is_port(int64_t number)
+static bool is_port(int64_t number, uint32_t highest)
 {
-    return number >= 1 && number <= FACMSG_MAX_PORTS;
+    return number >= 1 && number <= highest;
 }
 
 /* Takes a number off the front of text; 0 when there is none. */
@@ -196,13 +193,13 @@ static bool take_char(std::string_view &text, char c)
 }
 
 /* The ports of a string such as "1-4,7"; nothing when it is no such string. */
-static std::optional<std::vector<uint32_t>> parse_ports(std::string_view text)
+static std::optional<std::vector<uint32_t>> parse_ports(std::string_view text, uint32_t highest)
 {
     std::vector<uint32_t> ports;
     do {
         const auto first = take_number(text);
         const auto last = take_char(text, '-') ? take_number(text) : first;
-        if (!is_port(first) || !is_port(last) || last < first)
+        if (!is_port(first, highest) || !is_port(last, highest) || last < first)
             return std::nullopt;
         for (auto number = first; number <= last; ++number)
             ports.push_back(number);
@@ -210,30 +207,31 @@ static std::optional<std::vector<uint32_t>> parse_ports(std::string_view text)
     return text.empty() ? std::optional(ports) : std::nullopt;
 }
 
-uint32_t toml_reader::port_from(const toml::node &node) const
+uint32_t toml_reader::port_from(const toml::node &node, uint32_t highest) const
 {
     const auto *number = node.as_integer();
-    if (!number || !is_port(number->get()))
-        fail_at(node, fmt::format("found {}, expected a port between 1 and {}", shown(node), int{FACMSG_MAX_PORTS}));
+    if (!number || !is_port(number->get(), highest))
+        fail_at(node, fmt::format("found {}, expected a port between 1 and {}", shown(node), highest));
     return static_cast<uint32_t>(number->get());
 }
 
-std::vector<uint32_t> toml_reader::ports(std::string_view key) const
+std::vector<uint32_t> toml_reader::ports(std::string_view key, uint32_t highest) const
 {
     const auto *node = table_.get(key);
     if (!node)
         return {};
     if (node->is_integer())
-        return {port_from(*node)};
-    const auto found = node->is_string() ? parse_ports(node->as_string()->get()) : std::nullopt;
+        return {port_from(*node, highest)};
+    const auto found = node->is_string() ? parse_ports(node->as_string()->get(), highest) : std::nullopt;
     if (!found)
-        fail_at(*node, fmt::format("{} is {}, {}", key, shown(*node), PORTS_EXPECTED));
+        fail_at(*node, fmt::format("{} is {}, expected ports between 1 and {} such as 7 or \"1-4,7\"", key,
+                                   shown(*node), highest));
     return *found;
 }
 
-std::vector<uint32_t> toml_reader::distinct_ports(std::string_view key) const
+std::vector<uint32_t> toml_reader::distinct_ports(std::string_view key, uint32_t highest) const
 {
-    std::vector<uint32_t> sorted = ports(key);
+    std::vector<uint32_t> sorted = ports(key, highest);
     std::ranges::sort(sorted);
     if (const auto twice = std::ranges::adjacent_find(sorted); twice != sorted.end())
         fail(key, fmt::format("{} names port {} twice, expected each port once", key, *twice));
@@ -262,7 +260,8 @@ void toml_reader::for_each_table(std::string_view key, const std::function<void(
     }
 }
 
-void toml_reader::for_each_pair(std::string_view key, const std::function<void(uint32_t, uint32_t)> &use) const
+void toml_reader::for_each_pair(std::string_view key, uint32_t highest,
+                                const std::function<void(uint32_t, uint32_t)> &use) const
 {
     constexpr std::string_view EXPECTED = "pairs of ports such as [[1, 2], [3, 4]]";
     if (const auto *entries = array(key, EXPECTED)) {
@@ -270,7 +269,7 @@ void toml_reader::for_each_pair(std::string_view key, const std::function<void(u
             const auto *pair = entry.as_array();
             if (!pair || pair->size() != 2)
                 fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), EXPECTED));
-            use(port_from((*pair)[0]), port_from((*pair)[1]));
+            use(port_from((*pair)[0], highest), port_from((*pair)[1], highest));
         }
     }
 }

@@ -58,17 +58,18 @@ class toml_reader
     std::optional<std::string> one_of(std::string_view key, const std::vector<std::string_view> &names) const;
     std::vector<std::string> some_of(std::string_view key, const std::vector<std::string_view> &names) const;
 
-    /* Ports: a number or a string such as "1-4,7". Empty when the key is not there. */
-    std::vector<uint32_t> ports(std::string_view key) const;
+    /* Ports from 1 to the highest: a number or a string such as "1-4,7". Empty when the key is not there. */
+    std::vector<uint32_t> ports(std::string_view key, uint32_t highest) const;
     /* The same, where no port may be named twice. */
-    std::vector<uint32_t> distinct_ports(std::string_view key) const;
+    std::vector<uint32_t> distinct_ports(std::string_view key, uint32_t highest) const;
 
     /* The table of a key; not called when the key is not there. */
     void for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;
 
     /* The entries of an array of tables, and of an array of pairs of ports; none when the key is not there. */
     void for_each_table(std::string_view key, const std::function<void(const toml::table &)> &use) const;
-    void for_each_pair(std::string_view key, const std::function<void(uint32_t, uint32_t)> &use) const;
+    void for_each_pair(std::string_view key, uint32_t highest,
+                       const std::function<void(uint32_t, uint32_t)> &use) const;
 
     /* Complains about a key's value, or about the whole table when the key is not there. */
     [[noreturn]] void fail(std::string_view key, const std::string &message) const;
@@ -79,7 +80,7 @@ class toml_reader
     const toml::array *array(std::string_view key, std::string_view expected) const;
     std::string name_from(const toml::node &node, std::string_view key,
                           const std::vector<std::string_view> &names) const;
-    uint32_t port_from(const toml::node &node) const;
+    uint32_t port_from(const toml::node &node, uint32_t highest) const;
 
     const std::string &file_;
     const toml::table &table_;

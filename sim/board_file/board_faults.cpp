@@ -137,7 +137,7 @@ static void read_port_fault(const std::string &file, const toml::table &table, c
     const text::toml_reader reader(file, table, keys);
     if (!reader.has("ports"))
         reader.fail("ports", "found no key ports, expected the ports that have the fault");
-    for (const auto number : reader.ports("ports"))
+    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS))
         row.apply(reader, board.ports.at(known_port(reader, number, board)).faults);
 }
 
@@ -156,7 +156,7 @@ static void read_failing_call(const std::string &file, const toml::table &table,
         reader.fail("result", "result is 0, which is success, expected any other number");
     if (!reader.has("ports"))
         board.call_faults.push_back(fault);
-    for (const auto number : reader.ports("ports")) {
+    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
         fault.port = known_port(reader, number, board);
         board.call_faults.push_back(fault);
     }

@@ -84,20 +84,20 @@ static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const text::toml_rea
 {
     std::vector<std::pair<uint32_t, uint32_t>> cables;
     if (reader.is_text("cables")) {
-        const auto neighbours = reader.ports("cables");
+        const auto neighbours = reader.ports("cables", FACMSG_MAX_PORTS);
         if (neighbours.size() % 2)
             reader.fail("cables", "cables names an odd number of ports, expected pairs of neighbours");
         for (size_t i = 0; i < neighbours.size(); i += 2)
             cables.emplace_back(neighbours[i], neighbours[i + 1]);
     } else {
-        reader.for_each_pair("cables", [&](uint32_t a, uint32_t b) { cables.emplace_back(a, b); });
+        reader.for_each_pair("cables", FACMSG_MAX_PORTS, [&](uint32_t a, uint32_t b) { cables.emplace_back(a, b); });
     }
     for (const auto &[a, b] : cables) {
         if (a == b)
             reader.fail("cables",
                         fmt::format("cables joins port {} to itself, expected two different ports, or plugs", a));
     }
-    for (const auto number : reader.ports("plugs"))
+    for (const auto number : reader.ports("plugs", FACMSG_MAX_PORTS))
         cables.emplace_back(number, number);
     return cables;
 }
@@ -125,7 +125,7 @@ static void read_cables(const text::toml_reader &reader, board_config &board)
 static void read_fpga(const std::string &path, const toml::table &table, board_config &board)
 {
     const text::toml_reader section(path, table, {"ports", "phy_id_offset"});
-    const auto numbers = section.ports("ports");
+    const auto numbers = section.ports("ports", FACMSG_MAX_PORTS);
     if (numbers.size() != 2)
         section.fail("ports", "expected the two ports that face the FPGA, such as \"37,38\"");
     const auto offset = section.word("phy_id_offset", PHY_ID_OFFSETS, DEFAULT_PHY_ID_OFFSET);

@@ -28,7 +28,7 @@ void read_load(const std::string &file, const toml::table &table, board_config &
             reader.fail(key, fmt::format("found no key {}, expected ports, class and draw_mw of a load", key));
     }
     const poe_load load = {reader.word("class", {0, 8}, 0), reader.word("draw_mw", {0, 200000}, 0)};
-    for (const auto number : reader.ports("ports")) {
+    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
         const auto found = board.ports.find(number);
         const auto ability = found == board.ports.end() ? port_ability_row{} : found->second.ability;
         if (((ability.copper | ability.fiber) & (FACMSG_ABILITY_POE | FACMSG_ABILITY_HPOE)) == 0)

@@ -141,7 +141,7 @@ void read_ports(const std::string &file, const toml::table &table, board_config 
     port.host_word_0 = reader.word("host_word_0", text::ANY_WORD, 0);
     port.host_word_5 = reader.word("host_word_5", text::ANY_WORD, 0);
     const auto offset = reader.word("phy_id_offset", PHY_ID_OFFSETS, DEFAULT_PHY_ID_OFFSET);
-    for (const auto number : reader.ports("ports")) {
+    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
         port.number = number;
         port.phy_id = offset + number;
         add_port(reader, port, board);

@@ -8,6 +8,7 @@
 
 #include "common/printable.h"
 #include "digest.h"
+#include "facmsg_protocol.h"
 #include "plan.h"
 #include "step_file.h"
 
@@ -92,7 +93,8 @@ static void read_labels(const std::string &file, const text::toml_reader &reader
 static void read_panel(const std::string &file, const toml::table &table, test_plan &into)
 {
     const text::toml_reader reader(file, table, {"name", "ports"});
-    port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""), reader.distinct_ports("ports")};
+    port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""),
+                     reader.distinct_ports("ports", FACMSG_MAX_PORTS)};
     if (group.ports.empty())
         reader.fail("ports", "found no key ports, expected the numbers of the ports");
     for (const port_group &other : into.panel)

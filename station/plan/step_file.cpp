@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "common/nearest.h"
+#include "facmsg_protocol.h"
 #include "manual_file.h"
 #include "station/requests/carry_out.h"
 #include "step_limits.h"
@@ -132,7 +133,7 @@ static std::optional<std::vector<uint32_t>> named_positions(const step &read)
 static void read_covers(const text::toml_reader &reader, const test_plan &into, const station::outcome &seen,
                         step &read)
 {
-    read.covers = reader.distinct_ports("covers");
+    read.covers = reader.distinct_ports("covers", FACMSG_MAX_PORTS);
     check_panel(reader, "covers", into, read.covers);
     const auto named = named_positions(read);
     check_panel(reader, "options", into, named.value_or(std::vector<uint32_t>{}));
