@@ -6,8 +6,8 @@
 #include <benchmark/benchmark.h>
 #include <string>
 
-#include "board.h"
-#include "board_file.h"
+#include "sim/board_file/board_file.h"
+#include "sim/model/board.h"
 
 namespace
 {

@@ -11,14 +11,14 @@ function(add_man_page page source)
         COMMAND ${CMAKE_COMMAND} -E make_directory ${man_folder}
         COMMAND ${ARGN} > ${man_folder}/${page}
         COMMAND ${GZIP} -9nf ${man_folder}/${page}
-        DEPENDS ${source} ${PROJECT_SOURCE_DIR}/man/make_page VERBATIM)
+        DEPENDS ${source} ${PROJECT_SOURCE_DIR}/docs/man/make_page VERBATIM)
     install(FILES ${man_folder}/${page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT tools)
     set(man_pages ${man_pages} ${man_folder}/${page}.gz PARENT_SCOPE)
 endfunction()
 
 function(add_page_of_sections name summary document)
     set(source ${PROJECT_SOURCE_DIR}/docs/${document})
-    add_man_page(${name}.5 ${source} ${PROJECT_SOURCE_DIR}/man/make_page ${name} 5 ${summary} ${source} ${ARGN})
+    add_man_page(${name}.5 ${source} ${PROJECT_SOURCE_DIR}/docs/man/make_page ${name} 5 ${summary} ${source} ${ARGN})
     set(man_pages ${man_pages} PARENT_SCOPE)
 endfunction()
 
@@ -31,7 +31,7 @@ endfunction()
 
 if(FACMSG_TOOLS)
     foreach(program facmsg-station facmsg-simhost)
-        add_man_page(${program}.1 ${PROJECT_SOURCE_DIR}/man/${program}.1 cat ${PROJECT_SOURCE_DIR}/man/${program}.1)
+        add_man_page(${program}.1 ${PROJECT_SOURCE_DIR}/docs/man/${program}.1 cat ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
     endforeach()
     if(LOWDOWN)
         add_page_of_sections(facmsg-board "board file of the simulated switch" simulator.md "The board file" PoE)

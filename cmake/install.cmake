@@ -32,9 +32,9 @@ install(CODE "
     COMPONENT development)
 
 if(FACMSG_TOOLS)
-    install(FILES completion/facmsg-station completion/facmsg-simhost
+    install(FILES docs/completion/facmsg-station docs/completion/facmsg-simhost
         DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
-    install(FILES journal/journal.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/facmsg COMPONENT tools)
+    install(FILES station/journal/journal.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/facmsg COMPONENT tools)
 endif()
 
 include(cmake/documentation.cmake)

@@ -8,9 +8,9 @@
 
 #include <gtest/gtest.h>
 
-#include "ability.h"
-#include "board_file.h"
-#include "text/toml_reader.h"
+#include "common/toml_reader.h"
+#include "sim/board_file/board_file.h"
+#include "sim/model/ability.h"
 
 using namespace sim;
 

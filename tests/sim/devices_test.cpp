@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "driver_table.h"
+#include "sim/driver/driver_table.h"
 #include "test_bench.h"
 
 using namespace sim;

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "driver_table.h"
+#include "sim/driver/driver_table.h"
 #include "test_bench.h"
 
 using namespace sim;

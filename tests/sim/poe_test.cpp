@@ -9,10 +9,10 @@
 
 #include <gtest/gtest.h>
 
-#include "board_file.h"
-#include "driver_table.h"
 #include "facmsg.h"
-#include "host_time.h"
+#include "sim/board_file/board_file.h"
+#include "sim/driver/driver_table.h"
+#include "sim/host/host_time.h"
 
 using namespace sim;
 

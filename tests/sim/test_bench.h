@@ -9,8 +9,8 @@
 #include <memory>
 #include <string>
 
-#include "board.h"
-#include "board_file.h"
+#include "sim/board_file/board_file.h"
+#include "sim/model/board.h"
 
 constexpr sim::mac_address CPU_MAC = {0, 0, 0, 0, 0, 1};
 constexpr uint64_t MS = 1000;

@@ -16,11 +16,11 @@ expect_same() { # WHAT LINES EXPECTED
 subcommands=$("${station[@]}" list --json | sed -n 's/^ *"name": "\(.*\)",$/\1/p')
 [ "$(wc -l <<<"$subcommands")" -gt 20 ]
 
-in_man=$(sed -nE 's/^\.It Cm ((fpga )?[a-z0-9-]+).*/\1/p' "$source/man/facmsg-station.1")
+in_man=$(sed -nE 's/^\.It Cm ((fpga )?[a-z0-9-]+).*/\1/p' "$source/docs/man/facmsg-station.1")
 expect_same "man page" "$in_man" "$subcommands"
 
 # shellcheck source=/dev/null
-. "$source/completion/facmsg-station"
+. "$source/docs/completion/facmsg-station"
 compopt() { :; } # there is no command line to set options of
 facmsg-station() { "${station[@]}" "$@"; }
 
@@ -42,10 +42,10 @@ expect_same "completion of steps" \
     "$(complete_line plan "$source/station/plans/final-28.toml" --skip vop,packet-1)" vop,packet-1g
 
 options=$("${simhost[@]}" --help | grep -oE '^  (-h,)?--[a-z-]+' | grep -oE -- '--.*')
-in_man=$(sed -nE 's/^\.It Fl -([a-z-]+).*/--\1/p' "$source/man/facmsg-simhost.1")
+in_man=$(sed -nE 's/^\.It Fl -([a-z-]+).*/--\1/p' "$source/docs/man/facmsg-simhost.1")
 expect_same "man page of the switch" "$in_man" "$options"
 # shellcheck source=/dev/null
-. "$source/completion/facmsg-simhost"
+. "$source/docs/completion/facmsg-simhost"
 facmsg-simhost() { "${simhost[@]}" "$@"; }
 complete_switch() { # WORD...
     COMP_WORDS=(facmsg-simhost "$@")

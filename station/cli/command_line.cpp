@@ -1,0 +1,168 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The command line: made from the command table, read into one request.
+ */
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <deque>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "common/version.h"
+#include "misuse.h"
+#include "tools.h"
+
+namespace station
+{
+
+/* sent and field must outlive the application. */
+static void add_option(CLI::App &sub, request &sent, const option &field)
+{
+    if (field.values == arity::flag) {
+        sub.add_flag_callback(
+               field.name, [&] { field.set(sent, field, ""); }, field.help)
+            ->disable_flag_override();
+        return;
+    }
+    CLI::Option *added;
+    if (field.values != arity::any)
+        added = sub.add_option_function<std::string>(
+            field.name, [&](const std::string &value) { field.set(sent, field, value); }, field.help);
+    else
+        added = sub.add_option_function<std::vector<std::string>>(
+            field.name,
+            [&](const std::vector<std::string> &values) {
+                field.set(sent, field, fmt::format("{}", fmt::join(values, " ")));
+            },
+            field.help);
+    if (added->get_positional())
+        added->required(field.values == arity::one);
+    else if (is_payload_word(field))
+        added->default_str(field.choices.empty() ? field.hex ? "0x0" : std::to_string(field.initial)
+                                                 : name_of(field.choices, static_cast<uint32_t>(field.initial)));
+    if (field.values == arity::one)
+        added->type_name("VALUE")->description(fmt::format("{} ({})", field.help, allowed_values(field)));
+}
+
+static void add_globals(CLI::App &app, settings &chosen)
+{
+    app.add_option("--directory", chosen.directory, "working directory of the host")
+        ->type_name("DIR")
+        ->capture_default_str();
+    app.add_flag("--json", chosen.json, "print one JSON object instead of a table")->disable_flag_override();
+    app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
+    app.set_version_flag("--version", fmt::format("facmsg-station {}", text::version()), "show the version and exit");
+}
+
+/* "fpga write" is the subcommand write of the subcommand fpga. */
+static CLI::App *add_subcommand(CLI::App &app, const command &row)
+{
+    const std::string name = row.name;
+    const size_t blank = name.find(' ');
+    if (blank == std::string::npos)
+        return app.add_subcommand(name, row.help);
+    const std::string outer = name.substr(0, blank);
+    const auto same_name = [&](const CLI::App *known) { return known->get_name() == outer; };
+    const std::vector<CLI::App *> found = app.get_subcommands(same_name);
+    CLI::App *parent = found.empty() ? app.add_subcommand(outer, fmt::format("see '{} --help'", outer)) : found.front();
+    parent->allow_extras();
+    return parent->add_subcommand(name.substr(blank + 1), row.help);
+}
+
+static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &given, invocation &call)
+{
+    for (const command &row : commands()) {
+        request &sent = requests.emplace_back(empty_request(row));
+        CLI::App *sub = add_subcommand(app, row);
+        sub->allow_extras();
+        sub->preparse_callback([&given, &row, sub](size_t) { given = {sub, row.name, &row}; });
+        sub->parse_complete_callback([&call, &row, &sent] {
+            call.row = &row;
+            call.sent = sent;
+        });
+        for (const option &field : row.options)
+            add_option(*sub, sent, field);
+        if (row.decode != nullptr || row.transfer != nullptr)
+            for (const option &field : waiting_options())
+                add_option(*sub, sent, field);
+    }
+}
+
+static void add_tools(CLI::App &app, chosen_subcommand &given, invocation &call)
+{
+    for (const tool &known : tools()) {
+        CLI::App *sub = app.add_subcommand(known.name, known.help);
+        sub->allow_extras();
+        const tool_run run = known.add(*sub);
+        sub->preparse_callback([&given, &known, sub](size_t) { given = {sub, known.name, nullptr}; });
+        sub->parse_complete_callback([&call, &known, run] {
+            call.run = run;
+            call.tool_name = known.name;
+        });
+    }
+}
+
+/* A word as a shell takes it. */
+static std::string quoted(const std::string &word)
+{
+    constexpr const char *harmless = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./,:=@%+-";
+    if (!word.empty() && word.find_first_not_of(harmless) == std::string::npos)
+        return word;
+    std::string text = "'";
+    for (const char letter : word)
+        text += letter == '\'' ? "'\\''" : std::string(1, letter);
+    return text + "'";
+}
+
+static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &given, invocation &call)
+{
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp &) {
+        call.help = app.help();
+        return;
+    } catch (const CLI::CallForVersion &version) {
+        call.help = fmt::format("{}\n", version.what());
+        return;
+    } catch (const CLI::ParseError &error) {
+        throw usage_error(explain_error(error.what(), given));
+    }
+    std::vector<std::string> extras = app.remaining(true);
+    std::erase(extras, "--");
+    if (!extras.empty())
+        throw usage_error(explain_extra(extras.front(), app, given));
+    if (call.row == nullptr && call.tool_name == nullptr)
+        throw usage_error(explain_nothing(app));
+    if (call.row != nullptr)
+        check_together(*call.row, call.sent);
+}
+
+invocation read_command_line(int argc, char **argv)
+{
+    invocation call{};
+    CLI::App app{"Runs the factory tests of a switch through the test service in its host process.", "facmsg-station"};
+    app.get_formatter()->column_width(26);
+    app.footer("Exit codes: 0 passed, 1 the unit failed, 2 wrong command line or plan, 3 no verdict,\n"
+               "4 results not saved, 5 nothing was run or judged, 6 a part of the plan passed,\n"
+               "129, 130, 131 and 143 interrupted.");
+    app.fallthrough();
+    app.allow_extras();
+    app.require_subcommand(0, 1);
+    add_globals(app, call.chosen);
+    for (const char *word : std::span(argv, static_cast<size_t>(argc)))
+        call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
+    std::deque<request> requests;
+    chosen_subcommand given;
+    add_requests(app, requests, given, call);
+    add_tools(app, given, call);
+    try {
+        parse(app, argc, argv, given, call);
+    } catch (usage_error &error) {
+        error.subcommand = given.name ? given.name : "";
+        throw;
+    }
+    return call;
+}
+
+} // namespace station

@@ -1,0 +1,127 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What to say to a command line that cannot be read.
+ */
+#include "misuse.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "common/nearest.h"
+
+namespace station
+{
+
+using names = std::vector<std::string>;
+
+static std::string expected_one_of(const std::string &found, const names &known)
+{
+    return text::expected_one_of(found, {known.begin(), known.end()});
+}
+
+static std::vector<const CLI::App *> children(const CLI::App &app)
+{
+    return app.get_subcommands([](const CLI::App *) { return true; });
+}
+
+static names child_names(const CLI::App &app)
+{
+    names found;
+    for (const CLI::App *sub : children(app))
+        found.push_back(sub->get_name());
+    return found;
+}
+
+/* "fpga", when one of its subcommands is still missing. */
+static const CLI::App *unfinished(const CLI::App &app)
+{
+    for (const CLI::App *sub : app.get_subcommands())
+        if (!children(*sub).empty() && sub->get_subcommands().empty())
+            return sub;
+    return nullptr;
+}
+
+static bool has_option(const CLI::App &app, const std::string &name)
+{
+    const CLI::Option *found = app.get_option_no_throw(name);
+    return found != nullptr && !found->get_positional();
+}
+
+/* The subcommands that have an option. */
+static names owners(const CLI::App &app, const std::string &option, const std::string &outer = "")
+{
+    names found;
+    for (const CLI::App *sub : children(app)) {
+        const std::string name = outer + sub->get_name();
+        if (has_option(*sub, option))
+            found.push_back(name);
+        const names inner = owners(*sub, option, name + " ");
+        found.insert(found.end(), inner.begin(), inner.end());
+    }
+    return found;
+}
+
+/* Options that can be given with a subcommand, or with none. */
+static names option_names(const CLI::App &app, const CLI::App *sub)
+{
+    names found;
+    for (const CLI::App *part : {&app, sub})
+        for (const CLI::Option *known : part ? part->get_options() : std::vector<const CLI::Option *>{})
+            if (!known->get_positional() && std::ranges::find(found, known->get_name()) == found.end())
+                found.push_back(known->get_name());
+    return found;
+}
+
+static std::string explain_option(const std::string &found, const CLI::App &app, const chosen_subcommand &given)
+{
+    constexpr size_t most_named = 3;
+    const std::string name = found.substr(0, found.find('='));
+    if (given.sub != nullptr && has_option(*given.sub, name))
+        return fmt::format("option '{}' stands before the subcommand, allowed: after it", name);
+    names others = owners(app, name);
+    if (others.empty())
+        return fmt::format("unknown option '{}'{}", name, expected_one_of(name, option_names(app, given.sub)));
+    const bool more = others.size() > most_named;
+    others.resize(std::min(others.size(), most_named));
+    return fmt::format("option '{}' belongs to {}{}{}", name, fmt::join(others, ", "), more ? " and others" : "",
+                       given.name ? fmt::format(", not to {}", given.name) : "; no subcommand given");
+}
+
+std::string explain_extra(const std::string &found, const CLI::App &app, const chosen_subcommand &given)
+{
+    if (found.starts_with("-"))
+        return explain_option(found, app, given);
+    if (given.name != nullptr)
+        return fmt::format("found '{}', but no more arguments are allowed", found);
+    const CLI::App *outer = unfinished(app);
+    return fmt::format("{}unknown subcommand '{}'{}", outer ? outer->get_name() + ": " : "", found,
+                       expected_one_of(found, child_names(outer ? *outer : app)));
+}
+
+std::string explain_error(const std::string &what, const chosen_subcommand &given)
+{
+    const std::string name = what.substr(0, what.find_first_of(": "));
+    if (name == "--directory")
+        return "--directory: expected exactly one value, allowed: the host's working directory";
+    if (what.ends_with("flag override"))
+        return fmt::format("--{}: takes no value", name);
+    for (const auto &options : {given.row ? given.row->options : std::span<const option>{}, waiting_options()})
+        for (const option &field : options)
+            if (given.row && name == field.name && field.values != arity::flag)
+                return fmt::format("{}: expected exactly one value{}", name,
+                                   field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
+    if (given.row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
+        return fmt::format("{}: expected exactly one value", name);
+    return what;
+}
+
+std::string explain_nothing(const CLI::App &app)
+{
+    if (const CLI::App *outer = unfinished(app))
+        return fmt::format("{}: no subcommand given, expected one of {}", outer->get_name(),
+                           fmt::join(child_names(*outer), ", "));
+    return "no subcommand given; 'facmsg-station list' shows them all";
+}
+
+} // namespace station

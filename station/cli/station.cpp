@@ -1,0 +1,155 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * facmsg-station: what a production engineer runs. One request of the command table, sent to the test service of the
+ * switch's host process and judged, or one of the tools. Results go to stdout, errors and progress to stderr.
+ */
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <iostream>
+#include <unistd.h>
+
+#include "command_line.h"
+#include "common/say.h"
+#include "common/toml_reader.h"
+#include "progress.h"
+#include "report.h"
+#include "station/requests/carry_out.h"
+#include "station/requests/interruption.h"
+#include "station/requests/service_lock.h"
+
+namespace station
+{
+
+static void print(const std::string &text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+static milliseconds in_ms(const std::string &seconds)
+{
+    return std::chrono::seconds(std::stoll(seconds));
+}
+
+static void say_error(const std::string &subcommand, const std::string &sentence)
+{
+    text::say(fmt::format("facmsg-station: {}{}{}", subcommand, subcommand.empty() ? "" : ": ", sentence));
+}
+
+static patience patience_for(const request &sent)
+{
+    patience allowed{};
+    if (const auto given = own_value(sent, busy_timeout_option.name))
+        allowed.for_service = in_ms(*given);
+    if (const auto given = own_value(sent, "--timeout"))
+        allowed.for_reply = in_ms(*given);
+    return allowed;
+}
+
+/* Nothing else is at the service meanwhile. */
+static outcome carry_out(const invocation &call)
+{
+    progress shown(*call.row, !call.chosen.no_progress);
+    watch_signals(signal_policy::note);
+    const service_lock alone({call.chosen.directory, fmt::format("request {}", call.row->name), may_share(*call.row),
+                              own_value(call.sent, "--wait").has_value()},
+                             shown.others());
+    return carry_out(*call.row, call.sent, call.chosen.directory, patience_for(call.sent),
+                     {[&](const std::string &done) { shown.working(done); }, [&] { shown.waiting(); }});
+}
+
+/* Asks before a request that is not to be sent by mistake. */
+static void confirm(const invocation &call)
+{
+    if (call.row->question == nullptr || own_value(call.sent, "--yes"))
+        return;
+    if (!isatty(STDIN_FILENO))
+        throw usage_error(fmt::format("--yes: needed for {} when nobody can be asked", call.row->name));
+    std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
+    std::string answer;
+    std::getline(std::cin, answer);
+    if (answer != "y" && answer != "yes")
+        throw no_reply(exit_code::no_verdict, "no-verdict", "not confirmed; nothing was sent");
+}
+
+static exit_code run(const invocation &call)
+{
+    if (call.row->decode == nullptr && call.row->transfer == nullptr) {
+        print(list_report(call.chosen.json));
+        return exit_code::passed;
+    }
+    confirm(call);
+    enter_directory(call.chosen.directory);
+    const outcome unit = carry_out(call);
+    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, text::colour_wanted()));
+    if (unit.judged == verdict::none)
+        say_error(call.row->name, unit.summary);
+    return exit_code_of(unit.judged);
+}
+
+static std::string name_of(const invocation &call)
+{
+    return call.row != nullptr ? call.row->name : call.tool_name != nullptr ? call.tool_name : "";
+}
+
+static exit_code report_error(const invocation &call, exit_code code, const std::string &sentence)
+{
+    if (call.chosen.json)
+        print(json_error(call.row, code, sentence));
+    say_error(name_of(call), sentence);
+    return code;
+}
+
+/* The command line may not have been read so far as --json. */
+static exit_code report_usage(int argc, char **argv, const std::string &subcommand, const std::string &sentence)
+{
+    if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc)
+        print(json_error(nullptr, exit_code::usage, sentence));
+    say_error(subcommand, sentence);
+    return exit_code::usage;
+}
+
+static exit_code run_command_line(int argc, char **argv)
+{
+    invocation call{};
+    try {
+        call = read_command_line(argc, argv);
+        if (!call.help.empty()) {
+            print(call.help);
+            return exit_code::passed;
+        }
+        return call.tool_name != nullptr ? call.run(call.chosen) : run(call);
+    } catch (const usage_error &error) {
+        return report_usage(argc, argv, error.subcommand.empty() ? name_of(call) : error.subcommand, error.what());
+    } catch (const text::file_error &error) {
+        return report_usage(argc, argv, name_of(call), error.what());
+    } catch (const no_reply &error) {
+        return report_error(call, error.code, error.what());
+    } catch (const std::exception &error) {
+        return report_error(call, exit_code::no_verdict, error.what());
+    }
+}
+
+} // namespace station
+
+/* A file of the program's own must not get the number of a standard stream that the caller closed. */
+static void open_standard_streams()
+{
+    int fd;
+    while ((fd = open("/dev/null", O_RDONLY)) >= 0 && fd <= STDERR_FILENO)
+        ;
+    if (fd >= 0)
+        close(fd);
+}
+
+int main(int argc, char **argv)
+{
+    open_standard_streams();
+    const auto code = static_cast<int>(station::run_command_line(argc, argv));
+    const bool interrupted = code > 128; /* perhaps by the end of the terminal that stdout leads to */
+    if (std::fflush(stdout) == 0 || interrupted)
+        return code;
+    text::say("facmsg-station: the result could not be written to stdout");
+    return static_cast<int>(station::exit_code::no_verdict);
+}

@@ -1,0 +1,115 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What the station prints for people: fits 80 columns, and says in words what it says in colour.
+ */
+#include <algorithm>
+#include <cstring>
+#include <fmt/format.h>
+
+#include "common/wrap.h"
+#include "report.h"
+#include "tools.h"
+
+namespace station
+{
+
+/* A verdict padded to a width; colour does not count for it. */
+static std::string verdict_word(verdict judged, size_t width, bool colour)
+{
+    std::string word = fmt::format("{:<{}}", word_of(judged), width);
+    if (!colour)
+        return word;
+    const char *code = judged == verdict::pass ? "32" : judged == verdict::fail ? "31" : "33";
+    return fmt::format("\033[{}m{}\033[0m", code, word);
+}
+
+/* The width of each column: of its heading or its longest word; 0 when it is not shown. */
+static std::vector<size_t> widths_of(const outcome &unit)
+{
+    std::vector<size_t> widths;
+    for (size_t i = 0; i < unit.columns.size(); i++) {
+        const char *heading = unit.columns[i].heading;
+        size_t width = heading == nullptr ? 0 : std::strlen(heading);
+        for (const port_outcome &port : unit.ports)
+            width = heading == nullptr ? 0 : std::max(width, port.cells[i].shown.size());
+        widths.push_back(width);
+    }
+    return widths;
+}
+
+/* Reasons stand behind the other columns, or below them when little room is left. */
+static std::string port_table(const outcome &unit, bool colour)
+{
+    constexpr size_t last_reason_column = 32;
+    const std::vector<size_t> widths = widths_of(unit);
+    const size_t first_width = std::strlen(unit.row_name);
+    std::string text = fmt::format("{}  verdict   ", unit.row_name);
+    size_t reason_column = first_width + 14;
+    for (size_t i = 0; i < widths.size(); i++)
+        if (widths[i] > 0) {
+            text += fmt::format("  {:>{}}", unit.columns[i].heading, widths[i]);
+            reason_column += 2 + widths[i];
+        }
+    const bool below = reason_column > last_reason_column;
+    text += "  reason\n";
+    for (const port_outcome &port : unit.ports) {
+        const bool alone = reason_column == first_width + 14 && port.reason.empty();
+        text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, alone ? 0 : 10, colour));
+        for (size_t i = 0; i < widths.size(); i++)
+            if (widths[i] > 0)
+                text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
+        const size_t indent = below ? first_width + 2 : reason_column;
+        if (!port.reason.empty())
+            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent);
+        text += "\n";
+    }
+    return text;
+}
+
+std::string text_report(const outcome &unit, bool colour)
+{
+    std::string text;
+    if (!unit.ports.empty())
+        text += unit.title + "\n\n" + port_table(unit, colour) + "\n";
+    text += unit.text;
+    if (unit.judged != verdict::none)
+        text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
+                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2));
+    return text;
+}
+
+static std::string list_text()
+{
+    std::string text = "subcommand      type  reply bytes  what it does\n";
+    for (const command &row : commands()) {
+        const std::string type = row.type ? std::to_string(*row.type) : row.decode ? "any" : "-";
+        const std::string size = row.type ? std::to_string(row.payload_size) : row.decode ? "as sent" : "-";
+        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, text::wrapped(row.help, 35));
+    }
+    for (const tool &row : tools())
+        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", text::wrapped(row.help, 35));
+    return text;
+}
+
+static std::string list_json()
+{
+    nlohmann::ordered_json rows = nlohmann::ordered_json::array();
+    for (const command &row : commands()) {
+        nlohmann::ordered_json entry{{"name", row.name}, {"help", row.help}};
+        if (row.type) {
+            entry["type"] = *row.type;
+            entry["reply_bytes"] = row.payload_size;
+        }
+        rows.push_back(entry);
+    }
+    for (const tool &row : tools())
+        rows.push_back({{"name", row.name}, {"help", row.help}});
+    return nlohmann::ordered_json{{"subcommands", rows}}.dump(2) + "\n";
+}
+
+std::string list_report(bool json)
+{
+    return json ? list_json() : list_text();
+}
+
+} // namespace station

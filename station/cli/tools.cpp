@@ -1,0 +1,133 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The subcommands that are no single request: one row each.
+ */
+#include "tools.h"
+
+#include <fmt/format.h>
+#include <memory>
+
+#include "common/say.h"
+#include "station/plan/run_plan.h"
+#include "station/reports/report_tools.h"
+
+namespace station
+{
+
+static constexpr option grace{.name = "--grace",
+                              .help = "seconds that a running request may take after an interruption, 10 if not given",
+                              .most = 3600};
+
+static void add_flag(CLI::App &sub, const char *name, bool &chosen, const char *help)
+{
+    sub.add_flag(name, chosen, help)->disable_flag_override();
+}
+
+static void add_text(CLI::App &sub, const char *name, const char *kind, std::string &chosen, const char *help)
+{
+    sub.add_option(name, chosen, help)->type_name(kind);
+}
+
+static tool_run add_plan(CLI::App &sub)
+{
+    const auto given = std::make_shared<plan::order>();
+    sub.add_option("FILE", given->file, "the plan")->required();
+    add_text(sub, "--serial", "TEXT", given->of.serial, "serial number of the unit; asked for if not given");
+    add_text(sub, "--operator", "TEXT", given->of.operator_name, "who runs the plan; asked for if not given");
+    add_text(sub, "--station", "TEXT", given->of.station, "name of the test station; as the plan says, or the host's");
+    add_text(sub, "--results", "DIR", given->results, "folder that gets a folder for each run");
+    sub.get_option("--results")->capture_default_str();
+    add_text(sub, "--only", "A,B", given->only, "run these steps only");
+    add_text(sub, "--skip", "A,B", given->skip, "do not run these steps");
+    for (const char *name : {"--results", "--only", "--skip"})
+        sub.get_option(name)->check([](const std::string &value) { return value.empty() ? "found no text" : ""; });
+    add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
+    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps after one that fails");
+    add_flag(sub, "--no-input", given->no_input, "ask for nothing");
+    sub.add_option_function<std::string>(
+           grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
+        ->type_name("S");
+    sub.add_option_function<std::string>(
+           busy_timeout_option.name,
+           [given](const std::string &value) { given->busy_timeout_s = parse_value(busy_timeout_option, value); },
+           busy_timeout_option.help)
+        ->type_name("S");
+    add_flag(sub, "--wait", given->wait, "wait for another station that is at this service");
+    return [given](const settings &chosen) {
+        given->json = chosen.json;
+        given->directory = chosen.directory;
+        given->no_progress = chosen.no_progress;
+        given->command_line = chosen.command_line;
+        return plan::run_plan(*given);
+    };
+}
+
+static reports::form form_of(const settings &chosen)
+{
+    return chosen.json ? reports::form::json : text::colour_wanted() ? reports::form::coloured : reports::form::text;
+}
+
+static tool_run add_report(CLI::App &sub)
+{
+    const auto folder = std::make_shared<std::string>();
+    sub.add_option("RUN_DIR", *folder, "folder of the run")->required();
+    return [folder](const settings &chosen) { return reports::report_tool(*folder, form_of(chosen)); };
+}
+
+static tool_run add_check(CLI::App &sub)
+{
+    const auto file = std::make_shared<std::string>();
+    sub.add_option("FILE", *file, "journal of a run")->required();
+    return [file](const settings &chosen) { return reports::check_tool(*file, form_of(chosen)); };
+}
+
+static void add_day(CLI::App &sub, const char *name, std::string &chosen, const char *help)
+{
+    sub.add_option_function<std::string>(
+           name,
+           [name, &chosen](const std::string &value) {
+               if (!reports::is_day(value))
+                   throw usage_error(fmt::format("{}: found '{}', allowed: a day such as 2026-11-23", name, value));
+               chosen = value;
+           },
+           help)
+        ->type_name("YYYY-MM-DD");
+}
+
+static tool_run add_history(CLI::App &sub)
+{
+    struct question {
+        std::string folder;
+        reports::history_filter filter;
+        bool runs = false;
+    };
+    const auto asked = std::make_shared<question>();
+    sub.add_option("DIR", asked->folder, "folder of all runs")->required();
+    add_text(sub, "--plan", "NAME", asked->filter.plan, "runs of this plan only");
+    add_text(sub, "--product", "NAME", asked->filter.product, "runs on this product only");
+    add_text(sub, "--station", "NAME", asked->filter.station, "runs at this station only");
+    add_text(sub, "--serial", "TEXT", asked->filter.serial, "runs on the unit with this serial number only");
+    add_day(sub, "--since", asked->filter.since, "runs that began on this day or later, in UTC");
+    add_day(sub, "--until", asked->filter.until, "runs that began on this day or earlier, in UTC");
+    add_flag(sub, "--runs", asked->runs, "list the runs, too");
+    return [asked](const settings &chosen) {
+        const auto &[since, until] = std::tie(asked->filter.since, asked->filter.until);
+        if (!until.empty() && since > until)
+            throw usage_error(
+                fmt::format("--since: found '{}', expected a day up to that of --until, {}", since, until));
+        return reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen));
+    };
+}
+
+std::span<const tool> tools()
+{
+    static const tool table[] = {
+        {"plan", "run a test plan, record and report it", add_plan},
+        {"report", "write the reports of a run anew, show its verdict", add_report},
+        {"check", "check the journal of a run, line by line", add_check},
+        {"history", "show what a folder of runs says", add_history},
+    };
+    return table;
+}
+
+} // namespace station

@@ -1,0 +1,176 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What whoever runs a plan sees while it runs.
+ */
+#include "console.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "common/printable.h"
+#include "common/say.h"
+#include "common/terminal.h"
+#include "common/verdict_words.h"
+#include "common/wrap.h"
+#include "station/reports/findings.h"
+
+namespace plan
+{
+
+std::string duration_text(int64_t seconds)
+{
+    if (seconds < 120)
+        return fmt::format("{} s", seconds);
+    return seconds % 60 == 0 ? fmt::format("{} min", seconds / 60)
+                             : fmt::format("{} min {} s", seconds / 60, seconds % 60);
+}
+
+std::string expectation_text(std::span<const step *const> steps)
+{
+    int64_t total_s = 0;
+    for (const step *asked : steps)
+        total_s += expected_s(*asked);
+    const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
+    const auto unknown =
+        std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
+    return fmt::format("{}, about {}{} expected{}", reports::counted(steps.size(), "step"), duration_text(total_s),
+                       unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
+                       by_hand == 0   ? ""
+                       : by_hand == 1 ? ", 1 waits for the operator"
+                                      : fmt::format(", {} wait for the operator", by_hand));
+}
+
+console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
+                 const console_settings &wanted)
+    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
+      others_("plan", wanted.progress)
+{
+    print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
+}
+
+/* One line, which is broken only where a terminal would break it. */
+void console::print(const std::string &line, size_t indent)
+{
+    const text::terminal screen = text::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
+    std::string shown = text::escaped(text::printable(line));
+    if (screen.there && indent + text::length(shown) > screen.width)
+        shown = text::wrapped(shown, indent + 4, screen.width);
+    clear();
+    std::FILE *stream = aside_ ? stderr : stdout;
+    std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
+    std::fflush(stream);
+}
+
+void console::clear()
+{
+    others_.clear();
+    if (lively_)
+        text::clear_line(STDERR_FILENO);
+}
+
+double console::seconds() const
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+}
+
+std::string console::heading(size_t number) const
+{
+    return fmt::format("step {} of {}  {}", number + 1, steps_.size(), steps_[number]->name);
+}
+
+void console::begin(size_t number, int64_t attempt)
+{
+    number_ = number;
+    attempt_ = attempt;
+    start_ = std::chrono::steady_clock::now();
+}
+
+void console::wait()
+{
+    start_ = std::chrono::steady_clock::now();
+    others_.show("waiting for the service: it is still at work for somebody else");
+}
+
+/* A step's part of the bar: what is not known counts little, but is there. */
+static int64_t weight_of(const step &asked)
+{
+    return std::max<int64_t>(1, expected_s(asked));
+}
+
+/* How much of a bar to fill, never all of it: a step is still running. */
+static int filled_part(std::span<const step *const> steps, size_t running, int64_t elapsed_s, int width)
+{
+    int64_t passed = std::min(elapsed_s, weight_of(*steps[running])), total = 0;
+    for (size_t i = 0; i < steps.size(); i++) {
+        total += weight_of(*steps[i]);
+        passed += i < running ? weight_of(*steps[i]) : 0;
+    }
+    return std::min<int>(static_cast<int>(width * passed / total), width - 1);
+}
+
+void console::show(const std::string &done)
+{
+    others_.clear();
+    if (!lively_)
+        return;
+    const bool narrow = text::terminal_of(STDERR_FILENO).width < 64;
+    const int bar_width = narrow ? 8 : 20;
+    const step &asked = *steps_[number_];
+    const auto elapsed_s = static_cast<int64_t>(seconds());
+    const int filled = filled_part(steps_, number_, elapsed_s, bar_width);
+    const std::string expected =
+        expected_s(asked) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(asked)) : "";
+    text::rewrite_line(
+        STDERR_FILENO,
+        fmt::format("[{:#<{}}{:.<{}}] {}  {} s{}{}", "", filled, "", bar_width - filled,
+                    narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), asked.name) : heading(number_),
+                    elapsed_s, expected, done.empty() ? "" : ", " + done));
+}
+
+/* What failed, as far as a screen has room for it. */
+static std::vector<std::string> failure_lines(std::span<const judged_check> checks)
+{
+    constexpr size_t most = 12;
+    std::vector<std::string> lines;
+    for (const judged_check &made : checks)
+        if (made.judged == station::verdict::fail)
+            lines.push_back(fmt::format("{}  {}: {}", shown(made.about), made.name, made.sentence));
+    if (lines.size() > most + 1) {
+        const size_t more = lines.size() - most;
+        lines.resize(most);
+        lines.push_back(fmt::format("and {} more", more));
+    }
+    return lines;
+}
+
+void console::end(const char *word, const std::string &sentence, std::span<const judged_check> checks)
+{
+    const int64_t most = steps_[number_]->attempts;
+    const bool tells_attempt = attempt_ > 1 || word == std::string_view(common::verdict_word::RETRIED);
+    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word, seconds(),
+                      tells_attempt ? fmt::format("  attempt {} of {}", attempt_, most) : "",
+                      sentence.empty() ? "" : "  " + sentence));
+    for (const std::string &line : failure_lines(checks))
+        print(line, 4);
+}
+
+void console::skip(size_t number)
+{
+    print(heading(number) + "  NOT RUN");
+}
+
+void console::say(const std::string &line)
+{
+    clear();
+    text::say(line);
+}
+
+std::string console::begin_question()
+{
+    clear();
+    return fmt::format("step {} of {}, {}", number_ + 1, steps_.size(), steps_[number_]->name);
+}
+
+} // namespace plan

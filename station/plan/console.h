@@ -1,0 +1,69 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What whoever runs a plan sees while it runs: a line for each step that has ended, with what failed in it, and on a
+ * terminal below them one line that is rewritten.
+ */
+#ifndef PLAN_CONSOLE_H
+#define PLAN_CONSOLE_H
+
+#include <chrono>
+#include <span>
+
+#include "record.h"
+#include "station/requests/notice.h"
+
+namespace plan
+{
+
+/* "26 s", "4 min 12 s" */
+std::string duration_text(int64_t seconds);
+
+/* "13 steps, about 4 min and 1 of unknown length expected, 2 wait for the operator" */
+std::string expectation_text(std::span<const step *const> steps);
+
+/* What is wanted of the console. */
+struct console_settings {
+    bool progress; /* the rewritten line, on stderr when that is a terminal */
+    bool aside;    /* all lines go to stderr, as stdout is for something else */
+};
+
+class console
+{
+  public:
+    /* Shows the plan at once. */
+    console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
+            const console_settings &wanted);
+
+    /* A step begins; its number counts from 0. */
+    void begin(size_t number, int64_t attempt);
+    /* Its time has not begun yet: the service is still at work for somebody else. */
+    void wait();
+    /* done says how far it is, if that is known. */
+    void show(const std::string &done);
+    /* Says how the attempt ended, and which checks failed. To be called when the journal has its end. */
+    void end(const char *word, const std::string &sentence, std::span<const judged_check> checks = {});
+    void skip(size_t number);
+    /* A line on stderr. */
+    void say(const std::string &line);
+
+    /* Makes room for a question; returns what it begins with: "step 3 of 9, leds". */
+    std::string begin_question();
+
+  private:
+    double seconds() const;
+    std::string heading(size_t number) const;
+    void print(const std::string &line, size_t indent = 0);
+    void clear();
+
+    std::span<const step *const> steps_;
+    bool lively_; /* a line on stderr is rewritten */
+    bool aside_;
+    size_t number_ = 0;
+    int64_t attempt_ = 1;
+    std::chrono::steady_clock::time_point start_ = {};
+    station::notice others_; /* who is waited for */
+};
+
+} // namespace plan
+
+#endif

@@ -1,0 +1,121 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Instructions, questions, pauses.
+ */
+#include "manual.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <fmt/format.h>
+
+#include "common/printable.h"
+#include "common/say.h"
+#include "prompt.h"
+#include "station/requests/carry_out.h"
+
+namespace plan
+{
+
+using nlohmann::ordered_json;
+using station::outcome;
+using station::verdict;
+
+/* A whole text as a number; null when it is none. */
+static ordered_json number_of(const std::string &answer)
+{
+    const char *end = answer.data() + answer.size();
+    int64_t whole = 0;
+    double broken = 0;
+    if (const auto read = std::from_chars(answer.data(), end, whole); read.ec == std::errc() && read.ptr == end)
+        return whole;
+    const auto read = std::from_chars(answer.data(), end, broken);
+    return read.ec == std::errc() && read.ptr == end && std::isfinite(broken) ? ordered_json(broken) : ordered_json();
+}
+
+static ordered_json yes_or_no(const std::string &given)
+{
+    std::string answer = given;
+    std::ranges::transform(answer, answer.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return answer == "y" || answer == "yes"  ? ordered_json("yes")
+           : answer == "n" || answer == "no" ? ordered_json("no")
+                                             : ordered_json();
+}
+
+static ordered_json plain_text(const std::string &answer)
+{
+    return answer.empty() || text::printable(answer) != answer ? ordered_json() : ordered_json(answer);
+}
+
+struct answer_form {
+    const char *asked_for; /* behind the question */
+    const char *expected;
+    ordered_json (*read)(const std::string &answer); /* null for what is no answer */
+};
+
+static answer_form form_of(answer_kind kind)
+{
+    switch (kind) {
+    case answer_kind::yes_or_no:
+        return {" [y/n]", "y or n", yes_or_no};
+    case answer_kind::number:
+        return {":", "a number such as 12 or 11.9", number_of};
+    case answer_kind::text:
+        break;
+    }
+    return {":", "a text", plain_text};
+}
+
+static std::string answer_to(const std::string &question)
+{
+    const auto line = ask(question);
+    if (!line)
+        throw station::no_reply(station::exit_code::no_verdict, "no-verdict", "the input ended before the answer");
+    return *line;
+}
+
+static outcome question_outcome(const step &asked, const ordered_json &answer)
+{
+    if (asked.answer != answer_kind::yes_or_no) {
+        const std::string shown = answer.is_string() ? answer.get<std::string>() : answer.dump();
+        const std::string unit = asked.unit.empty() ? "" : " " + asked.unit;
+        return {.judged = verdict::unjudged,
+                .summary = fmt::format("{}: {}{}", asked.wording, shown, unit),
+                .members = {{"value", answer}}};
+    }
+    const bool passed = answer == "yes";
+    const std::string sentence = fmt::format("\"{}\" was answered no; expected yes.", asked.wording);
+    return {.judged = passed ? verdict::pass : verdict::fail,
+            .summary = passed ? fmt::format("\"{}\" was answered yes", asked.wording) : sentence,
+            .members = {{"answer", answer}},
+            .checks = {{"answer", passed ? verdict::pass : verdict::fail, passed ? "" : sentence}}};
+}
+
+static outcome answered(const step &asked, const std::function<std::string()> &heading)
+{
+    const answer_form form = form_of(asked.answer);
+    const std::string unit = asked.unit.empty() ? "" : " in " + asked.unit;
+    for (;;) {
+        const std::string line = answer_to(fmt::format("{}: {}{}{}", heading(), asked.wording, unit, form.asked_for));
+        const ordered_json answer = form.read(line);
+        if (!answer.is_null())
+            return question_outcome(asked, answer);
+        text::say(fmt::format("found '{}', expected {}", text::printable(line), form.expected));
+    }
+}
+
+outcome carry_out_by_hand(const step &asked, const std::function<std::string()> &heading,
+                          const std::function<void()> &tick)
+{
+    if (asked.is == step_kind::question)
+        return answered(asked, heading);
+    if (asked.is == step_kind::pause) {
+        wait(std::chrono::seconds(asked.pause_s), tick);
+        return {.judged = verdict::unjudged, .summary = fmt::format("waited for {} s", asked.pause_s)};
+    }
+    answer_to(fmt::format("{}: {} Then press Enter:", heading(), asked.wording));
+    return {.judged = verdict::unjudged, .summary = "the operator has done it"};
+}
+
+} // namespace plan

@@ -1,0 +1,134 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Reads a plan file: the unit, its panel and the labels of a run.
+ */
+#include <algorithm>
+#include <fmt/format.h>
+#include <regex>
+
+#include "common/printable.h"
+#include "digest.h"
+#include "facmsg_protocol.h"
+#include "plan.h"
+#include "step_file.h"
+
+namespace plan
+{
+
+/* The patterns of plans that give none. */
+static constexpr const char *any_serial = "[A-Za-z0-9._-]{1,64}";
+static constexpr const char *any_text = ".{1,64}";
+static constexpr size_t longest_label = 256; /* std::regex takes stack by the character */
+
+/* Takes time that grows with the text and no faster, whatever the pattern: a library's own mode, without references
+ * back into the text. */
+static std::regex compiled(const std::string &pattern)
+{
+    return std::regex(pattern, std::regex::ECMAScript | std::regex_constants::__polynomial);
+}
+
+bool matches(const label &wanted, const std::string &text)
+{
+    const bool readable = text::printable(text) == text && text.find_first_of("\t\n") == std::string::npos;
+    return readable && text.size() <= longest_label && std::regex_match(text, compiled(wanted.pattern));
+}
+
+std::string expected_text(const label &wanted)
+{
+    if (wanted.pattern == any_serial)
+        return "1 to 64 letters, digits, dots, - and _";
+    return wanted.pattern == any_text ? "1 to 64 characters" : fmt::format("a text that matches {}", wanted.pattern);
+}
+
+bool has_port(const test_plan &plan, uint32_t port)
+{
+    return std::ranges::any_of(
+        plan.panel, [&](const port_group &group) { return std::ranges::find(group.ports, port) != group.ports.end(); });
+}
+
+static std::string needed_text(const text::toml_reader &reader, std::string_view key, std::string_view expected)
+{
+    const auto value = reader.text(key);
+    if (!value)
+        reader.fail(key, fmt::format("found no key {}, expected {}", key, expected));
+    if (value->empty())
+        reader.fail(key, fmt::format("{} is \"\", expected {}", key, expected));
+    return *value;
+}
+
+static void read_label(const text::toml_reader &reader, label &wanted)
+{
+    wanted.pattern = reader.text("pattern").value_or(wanted.pattern);
+    try {
+        compiled(wanted.pattern);
+    } catch (const std::regex_error &) {
+        reader.fail("pattern",
+                    fmt::format("pattern is \"{}\", expected an ECMAScript regular expression without back-references",
+                                wanted.pattern));
+    }
+    wanted.hint = reader.text("hint").value_or("");
+}
+
+static void read_labels(const std::string &file, const text::toml_reader &reader, test_plan &into)
+{
+    reader.for_table("serial", [&](const toml::table &table) {
+        read_label(text::toml_reader(file, table, {"pattern", "hint"}), into.serial);
+    });
+    reader.for_table("operator", [&](const toml::table &table) {
+        const text::toml_reader section(file, table, {"required", "pattern", "hint"});
+        read_label(section, into.operator_name);
+        into.operator_name.required = section.flag("required", true);
+    });
+    reader.for_table("station", [&](const toml::table &table) {
+        const text::toml_reader section(file, table, {"required", "pattern", "default", "hint"});
+        read_label(section, into.station);
+        into.station.required = section.flag("required", false);
+        into.station.preset = section.text("default").value_or("");
+        if (!into.station.preset.empty() && !matches(into.station, into.station.preset))
+            section.fail("default", fmt::format("default is \"{}\", expected {}", into.station.preset,
+                                                expected_text(into.station)));
+    });
+}
+
+static void read_panel(const std::string &file, const toml::table &table, test_plan &into)
+{
+    const text::toml_reader reader(file, table, {"name", "ports"});
+    port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""),
+                     reader.distinct_ports("ports", FACMSG_MAX_PORTS)};
+    if (group.ports.empty())
+        reader.fail("ports", "found no key ports, expected the numbers of the ports");
+    for (const port_group &other : into.panel)
+        for (const uint32_t port : group.ports)
+            if (std::ranges::find(other.ports, port) != other.ports.end())
+                reader.fail("ports", fmt::format("ports names port {}, which is in panel group {}, expected others",
+                                                 port, other.name));
+    into.panel.push_back(std::move(group));
+}
+
+test_plan read_plan(const std::string &path)
+{
+    const std::string bytes = text::read_bytes(path, "a plan file");
+    const toml::table table = text::parse_toml(bytes, path);
+    const text::toml_reader reader(path, table,
+                                   {"name", "version", "product", "panel", "serial", "operator", "station", "step"});
+    test_plan into{.file = path,
+                   .sha256 = sha256_of(bytes),
+                   .name = needed_text(reader, "name", "the plan's name"),
+                   .version = needed_text(reader, "version", "the plan's version"),
+                   .product = needed_text(reader, "product", "the product's name"),
+                   .panel = {},
+                   .serial = {"serial number", "--serial", true, any_serial},
+                   .operator_name = {"operator", "--operator", true, any_text},
+                   .station = {"station", "--station", false, any_text},
+                   .steps = {}};
+    read_labels(path, reader, into);
+    reader.for_each_table("panel", [&](const toml::table &entry) { read_panel(path, entry, into); });
+    if (into.panel.empty())
+        reader.fail("panel", "the unit has no ports, expected [[panel]] tables");
+    reader.for_each_table("step", [&](const toml::table &entry) { read_step(path, entry, "", into); });
+    if (into.steps.empty())
+        reader.fail("step", "the plan has no steps, expected [[step]] tables");
+    return into;
+}
+
+} // namespace plan

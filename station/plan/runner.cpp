@@ -1,0 +1,159 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * Runs the steps of a plan one after the other.
+ */
+#include "runner.h"
+
+#include <fmt/format.h>
+
+#include "manual.h"
+#include "station/journal/verdict.h"
+#include "station/requests/carry_out.h"
+#include "station/requests/interruption.h"
+
+namespace plan
+{
+
+using station::verdict;
+
+runner::runner(const test_plan &plan, std::span<const step *const> steps, const run_settings &settings,
+               journal::writer &journal, console &shown)
+    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(shown)
+{
+}
+
+bool runner::interrupted()
+{
+    if (station::noted_signal() == 0)
+        return false;
+    announce("no further step is run;");
+    over_ = "the run was interrupted";
+    return true;
+}
+
+/* The first time only: what happens next. */
+void runner::announce(const std::string &next)
+{
+    if (announced_)
+        return;
+    announced_ = true;
+    console_.say(
+        fmt::format("interrupted: {} the record is written. Interrupt again to leave at once, without its end.", next));
+}
+
+void runner::skip(size_t number, int64_t attempt)
+{
+    const std::string id = begin_attempt(journal_, *steps_[number], attempt);
+    journal_.log(id, over_);
+    journal_.step_end(id, journal::step_status::skip);
+    console_.skip(number);
+}
+
+/* No reply that can be judged: a fault of the station or the service, never of the unit. */
+void runner::give_up(const std::string &id, const station::no_reply &why)
+{
+    const std::string symptom = why.symptom;
+    const std::string sentence = why.what();
+    if (symptom == "interrupted") {
+        interrupted();
+        journal_.log(id, "no reply was waited for any longer: the run was interrupted");
+        journal_.step_end(id, journal::step_status::skip);
+        return console_.end(word_of(journal::verdict::not_run), sentence);
+    }
+    error_ = true;
+    journal_.error(id, symptom, sentence);
+    journal_.step_end(id, journal::step_status::error);
+    console_.end(station::word_of(verdict::none), sentence);
+    if (symptom != "no-verdict")
+        over_ = "the service did not answer an earlier step";
+}
+
+verdict runner::conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit)
+{
+    const judgement result = judge(plan_, asked, unit);
+    const bool failed = result.judged == verdict::fail;
+    again_ = failed && attempt < asked.attempts && !interrupted();
+    end_attempt(journal_, id, plan_, asked, unit, result, again_);
+    const bool error = result.judged == verdict::none;
+    error_ = error_ || error;
+    judged_ = judged_ || (failed && !again_) || result.judged == verdict::pass;
+    failed_ = failed_ || (failed && !again_);
+    console_.end(again_ ? word_of(journal::verdict::retried) : station::word_of(result.judged),
+                 error || (failed && result.checks.empty()) ? result.summary : "", result.checks);
+    return result.judged;
+}
+
+void runner::show_working(const std::string &id, const step &asked, const std::string &done)
+{
+    if (waiting_)
+        journal_.log(id, "the service has begun the request");
+    waiting_ = false;
+    if (station::noted_signal() != 0)
+        announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));
+    console_.show(done);
+}
+
+void runner::show_waiting(const std::string &id)
+{
+    if (!waiting_)
+        journal_.log(id, "waiting for the service: it is still at work for somebody else");
+    waiting_ = true;
+    console_.wait();
+}
+
+verdict runner::run_attempt(size_t number, int64_t attempt)
+{
+    const step &asked = *steps_[number];
+    const std::string id = begin_attempt(journal_, asked, attempt);
+    console_.begin(number, attempt);
+    again_ = waiting_ = false;
+    const station::patience allowed{settings_.busy_timeout, std::chrono::seconds(asked.timeout_s), settings_.grace};
+    const station::audience shown{[&](const std::string &done) { show_working(id, asked, done); },
+                                  [&] { show_waiting(id); }};
+    std::optional<station::outcome> unit;
+    try {
+        unit = asked.row != nullptr ? station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, shown)
+                                    : carry_out_by_hand(
+                                          asked, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
+    } catch (const station::no_reply &error) {
+        give_up(id, error);
+    } catch (const std::exception &error) {
+        give_up(id, {station::exit_code::no_verdict, "no-verdict", error.what()});
+    }
+    return unit ? conclude(id, asked, attempt, *unit) : verdict::none;
+}
+
+/* Only a failure is tried again: of everything else a second attempt would say no more. */
+void runner::run_step(size_t number)
+{
+    const step &asked = *steps_[number];
+    int64_t attempt = 1;
+    verdict judged = run_attempt(number, attempt);
+    while (again_ && !interrupted())
+        judged = run_attempt(number, ++attempt);
+    if (again_)
+        return skip(number, attempt + 1);
+    const bool wrong = judged == verdict::fail || judged == verdict::none;
+    if (wrong && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
+        over_ = fmt::format("step {} {}, and the run stops there", asked.name,
+                            judged == verdict::fail ? "failed" : "had no verdict");
+}
+
+run_end runner::run()
+{
+    for (size_t number = 0; number < steps_.size(); number++) {
+        if (interrupted() || !over_.empty())
+            skip(number, 1);
+        else
+            run_step(number);
+    }
+    const bool cut_short = interrupted(), partial = steps_.size() < plan_.steps.size();
+    return {cut_short             ? journal::run_status::skip
+            : error_              ? journal::run_status::error
+            : failed_             ? journal::run_status::fail
+            : !judged_ || partial ? journal::run_status::skip /* no reader may take a part for the whole */
+                                  : journal::run_status::pass,
+            cut_short};
+}
+
+} // namespace plan

@@ -1,0 +1,228 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * One [[step]] of a plan file: a request, whose options go through the same rows as those of the command line, or a
+ * group of steps.
+ */
+#include "step_file.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "common/nearest.h"
+#include "facmsg_protocol.h"
+#include "manual_file.h"
+#include "station/requests/carry_out.h"
+#include "step_limits.h"
+
+namespace plan
+{
+
+using station::arity;
+using station::command;
+using station::option;
+
+constexpr int64_t longest_timeout_s = 86400;
+
+/* Requests with a type and a verdict of their own: not raw, not list. */
+static const command &read_request(const text::toml_reader &reader)
+{
+    std::vector<std::string_view> names;
+    for (const command &row : station::commands())
+        if (row.type)
+            names.emplace_back(row.name);
+    const auto asked = reader.text("request");
+    if (asked == "raw" || asked == "list")
+        reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *asked,
+                                           text::joined(names)));
+    const std::string name = *reader.one_of("request", names);
+    return *std::ranges::find_if(station::commands(), [&](const command &row) { return row.name == name; });
+}
+
+std::string read_name(const text::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
+                      const test_plan &into)
+{
+    const std::string own = reader.text("name").value_or(otherwise);
+    if (own.empty() && !reader.has("name"))
+        reader.fail("name", "found no key name, expected a name for the step");
+    if (own.empty() || own.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
+        reader.fail("name", fmt::format("name is \"{}\", expected letters a to z, digits, - and _", own));
+    const std::string name = prefix + own;
+    if (std::ranges::any_of(into.steps, [&](const step &other) { return other.name == name || other.group == name; }))
+        reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", own));
+    return name;
+}
+
+/* The value as the command line would have it; nothing when it is of a wrong type. */
+static std::optional<std::string> option_text(const option &field, const toml::node &node)
+{
+    const bool is_flag = field.values == arity::flag;
+    if (node.is_boolean() && is_flag)
+        return "";
+    if (node.is_string() && !is_flag)
+        return node.as_string()->get();
+    if (!node.is_integer() || is_flag || field.values == arity::any)
+        return std::nullopt;
+    return fmt::format(fmt::runtime(field.hex ? "{:#x}" : "{}"), node.as_integer()->get());
+}
+
+static void set_option(const text::toml_reader &reader, const option &field, const toml::node &node, step &into)
+{
+    const auto value = option_text(field, node);
+    const std::string name = station::member_name(field.name);
+    if (!value)
+        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, text::shown(node),
+                                         field.values == arity::flag  ? "true or false"
+                                         : field.values == arity::any ? "a text"
+                                                                      : "a number or a text"));
+    if (node.is_boolean() && !node.as_boolean()->get())
+        return;
+    if (field.name == std::string_view("--file") && *value == "-")
+        reader.fail_at(node, "file is \"-\", expected a file: a plan reads nothing from the input");
+    try {
+        field.set(into.sent, field, *value);
+    } catch (const station::usage_error &error) {
+        reader.fail_at(node, error.what());
+    }
+    into.options[name] = node.is_boolean() ? "true" : *value;
+}
+
+static void read_options(const std::string &file, const toml::table &table, step &into)
+{
+    std::vector<std::string> names;
+    for (const option &field : into.row->options)
+        names.push_back(station::member_name(field.name));
+    const text::toml_reader reader(file, table, {names.begin(), names.end()});
+    for (size_t i = 0; i < names.size(); i++)
+        if (const toml::node *node = table.get(names[i]))
+            set_option(reader, into.row->options[i], *node, into);
+}
+
+/* What is wrong only when all options are seen together. Returns an outcome with the values that a reply has. */
+static station::outcome check_options(const text::toml_reader &reader, step &into)
+{
+    for (const option &field : into.row->options)
+        if (*field.name != '-' && field.values == arity::one &&
+            !into.options.contains(station::member_name(field.name)))
+            reader.fail("options", fmt::format("{}: expected exactly one value, allowed: {}", field.name,
+                                               station::allowed_values(field)));
+    try {
+        adopt_limits(into);
+        return station::rehearse(*into.row, into.sent);
+    } catch (const station::usage_error &error) {
+        reader.fail("options", error.what());
+    }
+}
+
+static void check_panel(const text::toml_reader &reader, const char *key, const test_plan &into,
+                        const std::vector<uint32_t> &ports)
+{
+    for (const uint32_t port : ports)
+        if (!has_port(into, port))
+            reader.fail(key, fmt::format("{} names port {}, expected ports of the panel", key, port));
+}
+
+/* The names of a reply's ports that it lists by position, as the option gives them; nothing for other requests. */
+static std::optional<std::vector<uint32_t>> named_positions(const step &read)
+{
+    const auto field = std::ranges::find(read.row->options, std::string_view("--ports"), &option::name);
+    if (field == read.row->options.end())
+        return std::nullopt;
+    return station::parse_list(*field, station::own_value(read.sent, field->name).value_or(""));
+}
+
+static void read_covers(const text::toml_reader &reader, const test_plan &into, const station::outcome &seen,
+                        step &read)
+{
+    read.covers = reader.distinct_ports("covers", FACMSG_MAX_PORTS);
+    check_panel(reader, "covers", into, read.covers);
+    const auto named = named_positions(read);
+    check_panel(reader, "options", into, named.value_or(std::vector<uint32_t>{}));
+    if (read.covers.empty())
+        return;
+    if (seen.columns.empty())
+        reader.fail("covers", fmt::format("found covers, expected none: {} judges no ports", read.row->name));
+    if (named && named->empty())
+        reader.fail("covers", "found covers without options.ports, expected both: the reply lists ports by position");
+    if (named && *named != read.covers)
+        reader.fail("covers", "covers and options.ports differ, expected the same ports in both");
+}
+
+/* Half as long again as the request may take, and some seconds for the way; ten minutes when that is not known. */
+static int64_t default_timeout_s(const station::duration &expected)
+{
+    const int longest_s = expected.longest_s > 0 ? expected.longest_s : expected.typical_s;
+    return longest_s > 0 ? longest_s * 3 / 2 + 30 : 600;
+}
+
+static void read_request_step(const std::string &file, const toml::table &table, const std::string &prefix,
+                              test_plan &into)
+{
+    const text::toml_reader reader(
+        file, table, {"name", "request", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s"});
+    const command &row = read_request(reader);
+    std::string usual = row.name;
+    std::ranges::replace(usual, ' ', '-');
+    step read{.name = read_name(reader, usual, prefix, into), .row = &row, .sent = station::empty_request(row)};
+    reader.for_table("options", [&](const toml::table &options) { read_options(file, options, read); });
+    reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
+    const station::outcome seen = check_options(reader, read);
+    check_limits(reader, table, read, seen);
+    read_covers(reader, into, seen, read);
+    read.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
+    read.stop_on_fail = reader.flag("stop_on_fail", false);
+    read.timeout_s = reader.number("timeout_s", {1, longest_timeout_s}).value_or(default_timeout_s(row.expected));
+    into.steps.push_back(std::move(read));
+}
+
+static void read_group(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
+{
+    const text::toml_reader reader(file, table, {"name", "repeat", "step"});
+    if (!prefix.empty())
+        reader.fail("repeat", "found a group in a group, expected a request, an instruction, a question or a pause");
+    const std::string name = read_name(reader, "", "", into);
+    const int64_t rounds = *reader.number("repeat", {1, 100});
+    const size_t before = into.steps.size();
+    for (int64_t round = 1; round <= rounds; round++)
+        reader.for_each_table("step", [&](const toml::table &entry) {
+            read_step(file, entry, fmt::format("{}.{}.", name, round), into);
+            into.steps.back().group = name;
+        });
+    if (into.steps.size() == before)
+        reader.fail("step", "the group has no steps, expected [[step.step]] tables");
+}
+
+/* A step has one of these keys, which says what it is. */
+struct step_form {
+    const char *key;
+    void (*read)(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+};
+constexpr step_form forms[] = {{"request", read_request_step},
+                               {"instruct", read_instruction},
+                               {"ask", read_question},
+                               {"pause_s", read_pause},
+                               {"repeat", read_group}};
+
+void read_step(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
+{
+    std::vector<std::string_view> keys, found;
+    for (const step_form &form : forms) {
+        keys.emplace_back(form.key);
+        if (table.contains(form.key))
+            found.emplace_back(form.key);
+    }
+    if (found.size() == 1)
+        return std::ranges::find(forms, found.front(), &step_form::key)->read(file, table, prefix, into);
+    std::vector<std::string_view> known = keys;
+    if (found.empty()) /* a key that nobody knows may be what was meant */
+        known.insert(known.end(),
+                     {"name", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s", "unit", "step"});
+    else
+        for (const auto &[key, node] : table)
+            known.emplace_back(key.str());
+    text::toml_reader(file, table, known)
+        .fail(found.empty() ? "request" : found.back(),
+              fmt::format("found {}, expected one key of {}", found.empty() ? "none" : text::joined(found),
+                          text::joined(keys)));
+}
+
+} // namespace plan

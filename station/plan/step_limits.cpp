@@ -1,0 +1,121 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The limits of a [[step]].
+ */
+#include "step_limits.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <fmt/format.h>
+
+#include "common/nearest.h"
+#include "values.h"
+
+namespace plan
+{
+
+static nlohmann::json limit_value(const toml::node &node)
+{
+    if (const auto *number = node.as_integer())
+        return number->get();
+    if (const auto *number = node.as_floating_point())
+        return std::isfinite(number->get()) ? nlohmann::json(number->get()) : nlohmann::json();
+    return node.is_string() ? nlohmann::json(node.as_string()->get()) : nlohmann::json();
+}
+
+/* Bytes are shown in small letters. */
+static std::string lower_case(std::string text)
+{
+    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
+{
+    const text::toml_reader reader(file, table, {"min", "max", "equal", "unit"});
+    limit asked{value, {}, {}, {}};
+    asked.unit = reader.text("unit").value_or("");
+    for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
+        if (const toml::node *node = table.get(key)) {
+            *into = limit_value(*node);
+            const bool ordered = into != &asked.equal;
+            if (into->is_null() || (ordered && !into->is_number()))
+                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, text::shown(*node),
+                                             ordered ? "" : " or a text"));
+        }
+    if (!asked.least.is_null() && !asked.most.is_null() && asked.least > asked.most)
+        reader.fail("max", "max is below min, expected no less");
+    if (asked.equal.is_string() && value.ends_with("_hex"))
+        asked.equal = lower_case(asked.equal.get<std::string>());
+    if (asked.least.is_null() && asked.most.is_null() && asked.equal.is_null())
+        reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
+    return asked;
+}
+
+void read_limits(const std::string &file, const toml::table &table, step &into)
+{
+    std::vector<std::string_view> any_key; /* which are right depends on the request */
+    for (const auto &[key, node] : table)
+        any_key.push_back(key.str());
+    const text::toml_reader reader(file, table, any_key);
+    for (const auto &[key, node] : table) {
+        if (!node.is_table())
+            reader.fail_at(node, fmt::format("{} is {}, expected limits such as {{ min = 1, max = 5 }}", key.str(),
+                                             text::shown(node)));
+        into.limits.push_back(read_limit(file, std::string(key.str()), *node.as_table()));
+    }
+}
+
+/* The bound that an option of the station judges; null when it judges another value. */
+template <class Limit> static auto *bound_of(Limit &asked, const station::option &field)
+{
+    const bool same = field.limited != nullptr && asked.value == field.limited;
+    return !same ? nullptr : field.least_value ? &asked.least : &asked.most;
+}
+
+limit left_to_the_plan(const step &of, limit asked)
+{
+    if (of.row == nullptr) /* a question: the plan judges the answer */
+        return asked;
+    for (const station::option &field : of.row->options)
+        if (nlohmann::json *bound = bound_of(asked, field);
+            bound != nullptr && station::own_value(of.sent, field.name) == bound->dump())
+            *bound = nullptr;
+    return asked;
+}
+
+void adopt_limits(step &into)
+{
+    for (const station::option &field : into.row->options)
+        for (const limit &asked : into.limits)
+            if (const nlohmann::json *bound = bound_of(asked, field); bound != nullptr && bound->is_number_integer() &&
+                                                                      *bound >= field.least && *bound <= field.most &&
+                                                                      !station::own_value(into.sent, field.name))
+                field.set(into.sent, field, bound->dump());
+}
+
+void check_limits(const text::toml_reader &reader, const toml::table &step_table, const step &read,
+                  const station::outcome &seen)
+{
+    std::vector<std::pair<std::string, nlohmann::ordered_json>> values = unit_values(seen);
+    for (const station::column &column : seen.columns)
+        values.emplace_back(column.member, 0);
+    std::vector<std::string_view> names(values.size());
+    std::ranges::transform(values, names.begin(), [](const auto &entry) { return std::string_view(entry.first); });
+    for (const limit &asked : read.limits) {
+        const toml::node &node = *step_table["limits"][asked.value].node();
+        const auto known = std::ranges::find(names, asked.value);
+        if (known == names.end())
+            reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, request_name(read),
+                                             text::expected_one_of(asked.value, names)));
+        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
+        const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()
+                                  : asked.equal.is_null() || asked.equal.is_number();
+        if (!fits)
+            reader.fail_at(node, fmt::format("{} is a {}", asked.value,
+                                             is_text ? "text, expected equal = \"…\"" : "number, expected numbers"));
+    }
+}
+
+} // namespace plan

@@ -1,0 +1,43 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * What a run came to, for everyone who asks: the operator, the build server, the spreadsheet, the browser.
+ */
+#ifndef REPORTS_REPORTS_H
+#define REPORTS_REPORTS_H
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "common/exit_code.h"
+#include "station/journal/run_record.h"
+
+namespace reports
+{
+
+/* Writes junit.xml, results.csv and report.html into the run folder. Each is whole on the disk before it gets its
+ * name. Throws std::system_error when one could not be written. */
+void write_reports(const std::filesystem::path &run_dir, const journal::run_record &run);
+
+/* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
+
+/* The same for a run whose report could not be written. */
+std::string verdict_text(const journal::run_record &run, bool colour);
+
+/* The code with which the program ends for a run. */
+common::exit_code exit_code_of(const journal::run_record &run);
+
+/* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps.
+ * The exit code is that of the run unless another is given. */
+std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
+                     std::optional<common::exit_code> code = std::nullopt);
+
+/* The texts of the files. */
+std::string junit_text(const journal::run_record &run);
+std::string csv_text(const journal::run_record &run);
+std::string html_text(const journal::run_record &run);
+
+} // namespace reports
+
+#endif

@@ -1,0 +1,125 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The verdict for the operator: fits 80 columns, and says in words what it says in colour.
+ */
+#include <algorithm>
+#include <fmt/format.h>
+
+#include "banner.h"
+#include "common/printable.h"
+#include "common/say.h"
+#include "common/wrap.h"
+#include "ending.h"
+#include "findings.h"
+#include "reports.h"
+
+namespace reports
+{
+
+using journal::run_result;
+using journal::verdict;
+
+static std::string coloured(run_result result, const std::string &text, bool colour)
+{
+    const char *code = result == run_result::pass ? "1;32" : result == run_result::fail ? "1;31" : "1;33";
+    return colour ? fmt::format("\033[{}m{}\033[0m", code, text) : text;
+}
+
+static std::string joined_if_known(const std::vector<std::pair<const char *, std::string>> &parts)
+{
+    std::string text;
+    for (const auto &[name, value] : parts)
+        if (!value.empty() && value != "-")
+            text += fmt::format("{}{}{}", text.empty() ? "" : ", ", name, value);
+    return text;
+}
+
+static std::string head_text(const journal::run_record &run, bool colour)
+{
+    const std::string word = word_of(run.result);
+    const size_t indent = word.size() + 2;
+    const std::string unit = joined_if_known({{"serial ", run.serial}, {"", run.product}});
+    const std::string done = joined_if_known({{"plan ", run.plan + (run.version.empty() ? "" : " " + run.version)},
+                                              {"", duration_text(seconds_between(run.start, run.end))},
+                                              {"operator ", run.operator_name},
+                                              {"station ", run.station}});
+    std::string text = "\n" + coloured(run.result, banner(word), colour) + "\n" + coloured(run.result, word, colour) +
+                       "  " + text::wrapped(unit.empty() ? "serial unknown" : unit, indent) + "\n";
+    for (const std::string &line : {shortfall_text(run), done})
+        if (!line.empty())
+            text += std::string(indent, ' ') + text::wrapped(line, indent) + "\n";
+    return text;
+}
+
+/* Rows of a heading and a sentence beside it, or below it when the heading is long. */
+struct row {
+    std::string heading, sentence;
+};
+
+static std::string rows_text(const char *title, const std::vector<row> &rows)
+{
+    constexpr size_t most_heading = 22;
+    if (rows.empty())
+        return "";
+    size_t widest = 0;
+    for (const row &one : rows)
+        widest = std::max(widest, text::length(one.heading));
+    const size_t indent = std::min(widest, most_heading) + 4;
+    std::string text = fmt::format("\n{}\n", title);
+    for (const row &one : rows) {
+        const bool below = text::length(one.heading) > most_heading;
+        text += "  " + (below ? text::wrapped(one.heading, 2) + "\n" + std::string(indent, ' ')
+                              : text::padded(one.heading, indent - 2));
+        text += text::wrapped(one.sentence, indent) + "\n";
+    }
+    return text;
+}
+
+static std::vector<row> failure_rows(const journal::run_record &run)
+{
+    std::vector<row> rows;
+    for (const finding &one : failures_of(run))
+        rows.push_back({one.where.name, fmt::format("{}, {}: {}", one.step, one.check, one.sentence)});
+    if (rows.empty() && run.result == run_result::fail)
+        rows.push_back({"unit", unexplained_failure});
+    return rows;
+}
+
+static std::vector<row> fault_rows(const journal::run_record &run)
+{
+    std::vector<row> rows;
+    for (const finding &one : faults_of(run))
+        rows.push_back({one.step.empty() ? "run" : one.step, fmt::format("{}: {}", one.check, one.sentence)});
+    return rows;
+}
+
+/* Of each step the attempts with a verdict that does not show elsewhere. */
+static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)(const journal::attempt &))
+{
+    std::vector<row> rows;
+    for (const journal::attempt &tried : run.attempts)
+        if (tried.is_last && wanted(tried))
+            rows.push_back({tried.step, tried.judged == verdict::pass
+                                            ? fmt::format("passed in attempt {} of {}", tried.number, tried.most)
+                                            : tried.summary});
+    return rows;
+}
+
+std::string verdict_text(const journal::run_record &run, bool colour)
+{
+    const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
+    const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
+    return head_text(run, colour) + rows_text("What failed:", failure_rows(run)) +
+           rows_text("What the station could not do:", fault_rows(run)) +
+           rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry)) +
+           rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run)) +
+           rows_text("Steps that were cut off:", step_rows(run, is_unfinished));
+}
+
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
+{
+    return verdict_text(run, colour) +
+           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
+}
+
+} // namespace reports

@@ -1,0 +1,121 @@
+/* SPDX-License-Identifier: MIT
+ *
+ * The traffic stress tests. A reply tells counts, the low 32 bits of the switch's counters, only of ports that failed.
+ */
+#include <fmt/format.h>
+
+#include "chain.h"
+#include "common/count.h"
+#include "families.h"
+#include "stress_report.h"
+
+namespace station
+{
+
+static const option options[] = {unit_option, ports_option};
+
+const std::span<const option> stress_options{options};
+
+static constexpr code_sentence stages[] = {
+    {FACMSG_STAGE_PASSED, ""},
+    {FACMSG_STAGE_SPEED, "a port refused its speed"},
+    {FACMSG_STAGE_LINK, "the links did not come up and stay up for 8 s"},
+    {FACMSG_STAGE_VLAN_SETUP, "the test's VLANs could not be set up"},
+    {FACMSG_STAGE_TRANSMIT, "the CPU could not send the test's frames"},
+    {FACMSG_STAGE_VLAN_REMOVAL, "the test's VLANs could not be removed"},
+    {FACMSG_STAGE_STATISTICS, "wrong frame counts or FCS errors, in the last of 3 passes"},
+    {FACMSG_STAGE_LOOPBACK, "a port's PHY loopback could not be set"},
+    {FACMSG_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
+};
+
+static const char *const unexplained = "no port is named as the cause";
+static const std::vector<column> counts{{"received", nullptr}, {"transmitted", nullptr}, {"fcs_errors", nullptr}};
+
+constexpr uint32_t counted_stage[] = {FACMSG_STAGE_STATISTICS};
+/* This test counts before it restores the loopback, and a failure there takes the place of one of the counts. */
+constexpr uint32_t counted_stages[] = {FACMSG_STAGE_STATISTICS, FACMSG_STAGE_LOOPBACK_RESTORE};
+
+static const stress_kind flow{"Flow stress test", stages, counted_stage, unexplained, counts};
+static const stress_kind broadcast_flow{"Broadcast flow stress test", stages, counted_stages, unexplained, counts};
+static const stress_kind serpentine{"Serpentine stress test", stages, counted_stage,
+                                    "no port is named as the cause, so the CPU received another number of frames from "
+                                    "the last port than it sent into the first",
+                                    counts};
+
+/* Whether a flag is one; if not, nothing can be said of the port. */
+static bool is_flag(port_outcome &row, const char *name, uint8_t flag)
+{
+    if (flag > 1)
+        add_check(row, name, verdict::none,
+                  fmt::format("A flag is {}, so nothing can be said; expected 0 or 1.", flag));
+    return flag <= 1;
+}
+
+/* Adds the check that a flag of the reply judges. */
+static void judge_flag(port_outcome &row, const char *name, uint8_t flag, const std::string &reason)
+{
+    if (is_flag(row, name, flag))
+        add_check(row, name, flag == 1 ? verdict::fail : verdict::pass, flag == 1 ? reason : "");
+}
+
+static cell counted(uint8_t flag, uint32_t count)
+{
+    return flag == 1 ? cell{count} : cell{nullptr};
+}
+
+/* The entries that both replies have. */
+template <class Reply> static void judge_common(port_outcome &row, const Reply &reply, uint32_t i)
+{
+    judge_flag(row, "link", reply.port_down[i], "No link when the wait for links ended; expected a link.");
+    judge_flag(row, "fcs_errors", reply.port_fcs_err[i], text::counted(reply.fcs[i], "FCS error") + "; expected none.");
+}
+
+/* The speeds that the test chose, by kind of port. */
+static void add_speeds(outcome &unit, const speed_choice &codes)
+{
+    unit.members["speed_codes"] = {
+        {"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}};
+    unit.title += fmt::format(": copper {}", name_of(speed_names, codes.copper));
+    if (codes.ex_copper != 255)
+        unit.title += fmt::format(", extended copper {}", name_of(speed_names, codes.ex_copper));
+    unit.title += fmt::format(", fiber {}", name_of(speed_names, codes.fiber));
+}
+
+outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
+{
+    const auto reply = record_of<ess_flow_reply>(payload);
+    const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
+    outcome unit = judge_stress(sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head,
+                                [&](port_outcome &row, uint32_t i) {
+                                    row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
+                                                 counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
+                                                 counted(reply.port_fcs_err[i], reply.fcs[i])};
+                                    judge_common(row, reply, i);
+                                    judge_flag(row, "counts", reply.port_cnt_err[i],
+                                               fmt::format("Received {} and transmitted {}; expected equal counts.",
+                                                           text::counted(reply.in_pkts[i], "frame"), reply.ex_pkts[i]));
+                                });
+    add_speeds(unit, reply.speed_codes);
+    return unit;
+}
+
+/* A port has to receive and transmit what the one before it received undamaged; the first, what the CPU sent. */
+outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &payload)
+{
+    const auto reply = record_of<serpentine_flow_reply>(payload);
+    const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
+    frame_chain chain(reply.cpu_send_cnt);
+    outcome unit = judge_stress(sent, serpentine, head, [&](port_outcome &row, uint32_t i) {
+        row.cells = {counted(reply.port_in_err[i], reply.in_pkts[i]), counted(reply.port_ex_err[i], reply.ex_pkts[i]),
+                     counted(reply.port_fcs_err[i], reply.fcs[i])};
+        judge_common(row, reply, i);
+        if (is_flag(row, "transmitted", reply.port_ex_err[i]) && is_flag(row, "received", reply.port_in_err[i]))
+            chain.judge(row, {reply.port_ex_err[i] == 1, reply.port_in_err[i] == 1, reply.ex_pkts[i], reply.in_pkts[i],
+                              reply.port_fcs_err[i] == 1 ? reply.fcs[i] : 0});
+    });
+    add_speeds(unit, reply.speed_codes);
+    unit.members["cpu_sent"] = reply.cpu_send_cnt;
+    return unit;
+}
+
+} // namespace station
