@@ -7,9 +7,15 @@
 #include <fmt/format.h>
 
 #include "console.h"
+#include "text/duration.h"
 
 namespace plan
 {
+
+static std::string duration_text(int64_t seconds)
+{
+    return text::duration_text(static_cast<double>(seconds));
+}
 
 static std::string time_text(const step &asked)
 {

@@ -13,6 +13,7 @@
 #include "journal/journal_check.h"
 #include "journal/journal_text.h"
 #include "reports.h"
+#include "text/path_fault.h"
 #include "text/printable.h"
 #include "text/say.h"
 
@@ -87,7 +88,7 @@ try {
     const int code = found.problems.empty() ? passed : invalid;
     print(wanted == form::json ? check_json(name, found, code) : check_text(name, found));
     return code;
-} catch (const std::system_error &why) {
+} catch (const journal::unreadable_file &why) {
     return refuse("check", wanted, why.what());
 }
 
@@ -100,7 +101,8 @@ try {
         print((list_runs ? runs_text(runs) : "") + history_text(runs));
     return runs.listed.empty() ? nothing_run : passed;
 } catch (const std::filesystem::filesystem_error &why) {
-    return refuse("history", wanted, fmt::format("{}: {}", why.path1().string(), why.code().message()));
+    return refuse("history", wanted,
+                  fmt::format("{}: {}", why.path1().string(), text::path_fault(why.code().value(), "directory")));
 }
 
 } // namespace reports
