@@ -12,7 +12,7 @@
 namespace text
 {
 
-/* What to say behind a name that is not among the known ones: ", did you mean X?" or, when none is similar,
+/* What to say after a name that is not among the known ones: ", did you mean X?" or, when none is similar,
  * ", expected one of ...". */
 std::string expected_one_of(std::string_view given, const std::vector<std::string_view> &known);
 

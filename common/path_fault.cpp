@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fmt/format.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -14,13 +15,15 @@ namespace fs = std::filesystem;
 namespace text
 {
 
-static std::string words_of(int error)
+std::string path_fault(int error, const char *kind)
 {
     switch (error) {
     case ENOENT:
-        return "no such file";
+        return fmt::format("no such {}", kind);
     case ENOTDIR:
         return "a part of the path is no directory";
+    case EISDIR:
+        return "is a directory";
     case EACCES:
         return "permission denied";
     default:
@@ -33,7 +36,7 @@ static std::string fault(const std::string &path, int wanted)
     std::error_code unknown;
     if (fs::is_directory(path, unknown))
         return "is a directory";
-    return access(path.c_str(), wanted) == 0 ? "" : words_of(errno);
+    return access(path.c_str(), wanted) == 0 ? "" : path_fault(errno, "file");
 }
 
 std::string read_fault(const std::string &path)
@@ -49,7 +52,7 @@ std::string write_fault(const std::string &path)
     const fs::path folder = fs::absolute(path, unknown).parent_path();
     if (!fs::is_directory(folder, unknown))
         return "no such directory";
-    return access(folder.c_str(), W_OK) == 0 ? "" : words_of(errno);
+    return access(folder.c_str(), W_OK) == 0 ? "" : path_fault(errno, "file");
 }
 
 } // namespace text

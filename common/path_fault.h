@@ -10,6 +10,9 @@
 namespace text
 {
 
+/* Why a path did not do, in words; kind is what it should have been, a file or a directory. */
+std::string path_fault(int error, const char *kind);
+
 /* Why a file cannot be read; empty when it can. */
 std::string read_fault(const std::string &path);
 

@@ -17,7 +17,7 @@ namespace
 constexpr uint8_t FPGA_MAC[] = {0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0A};
 constexpr uint8_t CPU_MAC[] = {0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0B};
 constexpr uint8_t TYPE[] = {0xFF, 0xF9, 0x00, 0x00};
-constexpr uint8_t MARK[] = {0x00, 0xF3, 0xF3}; /* behind the operation */
+constexpr uint8_t MARK[] = {0x00, 0xF3, 0xF3}; /* after the operation */
 
 constexpr size_t TO_AT = 0;
 constexpr size_t FROM_AT = 6;
@@ -63,7 +63,7 @@ bool is_request(std::span<const uint8_t> bytes)
     switch (bytes[OPERATION_AT]) {
     case READ:
         return length == BEFORE_DATA && DATA_AT + data <= LONGEST_ANSWER;
-    case WRITE: /* bytes behind the last whole word count in the length, and are not written */
+    case WRITE: /* bytes after the last whole word count in the length, and are not written */
         return length >= BEFORE_DATA && (length - BEFORE_DATA) / 4 * 4 == data && DATA_AT + data <= bytes.size();
     default:
         return false;

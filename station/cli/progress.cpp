@@ -56,7 +56,7 @@ void progress::working(const std::string &done)
 void progress::waiting()
 {
     begun_ = false;
-    notice_.show("waiting for the service: it is still at work for somebody else");
+    notice_.show(waiting_for_service);
 }
 
 notice &progress::others()

@@ -132,7 +132,7 @@ void stream_checker::check(const text_line &line)
     if (const std::string null = find_null(value, ""); !null.empty())
         add(null + " is null; what is not known is left out");
     if (ended)
-        add("stands behind testRunEnd, which must be the last line");
+        add("stands after testRunEnd, which must be the last line");
     check_envelope(value);
 }
 

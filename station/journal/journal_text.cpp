@@ -8,14 +8,15 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
-#include <system_error>
+
+#include "common/path_fault.h"
 
 namespace journal
 {
 
-static std::system_error unreadable(const std::filesystem::path &file)
+static unreadable_file unreadable(const std::filesystem::path &file)
 {
-    return {errno, std::generic_category(), file.string()};
+    return unreadable_file(file.string() + ": " + text::path_fault(errno, "file"));
 }
 
 std::string read_text(const std::filesystem::path &file)

@@ -6,6 +6,7 @@
 #define JOURNAL_JOURNAL_TEXT_H
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,12 @@ namespace journal
 
 constexpr const char *file_name = "journal.jsonl";
 
-/* All of a file. Throws std::system_error with the path when it cannot be read. */
+/* what() is the path and why. */
+struct unreadable_file : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/* All of a file. Throws unreadable_file. */
 std::string read_text(const std::filesystem::path &file);
 
 struct text_line {

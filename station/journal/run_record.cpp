@@ -10,7 +10,6 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
-#include <system_error>
 
 #include "common/printable.h"
 #include "journal_check.h"
@@ -441,7 +440,7 @@ try {
     journal.finish();
     refuse_damaged_pass(run, text);
     return run;
-} catch (const std::system_error &why) {
+} catch (const unreadable_file &why) {
     throw no_journal(why.what());
 }
 

@@ -9,6 +9,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "common/count.h"
+#include "common/duration.h"
 #include "common/printable.h"
 #include "common/say.h"
 #include "common/terminal.h"
@@ -19,14 +21,6 @@
 namespace plan
 {
 
-std::string duration_text(int64_t seconds)
-{
-    if (seconds < 120)
-        return fmt::format("{} s", seconds);
-    return seconds % 60 == 0 ? fmt::format("{} min", seconds / 60)
-                             : fmt::format("{} min {} s", seconds / 60, seconds % 60);
-}
-
 std::string expectation_text(std::span<const step *const> steps)
 {
     int64_t total_s = 0;
@@ -35,7 +29,8 @@ std::string expectation_text(std::span<const step *const> steps)
     const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
     const auto unknown =
         std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
-    return fmt::format("{}, about {}{} expected{}", reports::counted(steps.size(), "step"), duration_text(total_s),
+    return fmt::format("{}, about {}{} expected{}", text::counted(steps.size(), "step"),
+                       text::duration_text(static_cast<double>(total_s)),
                        unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
                        by_hand == 0   ? ""
                        : by_hand == 1 ? ", 1 waits for the operator"
@@ -90,7 +85,7 @@ void console::begin(size_t number, int64_t attempt)
 void console::wait()
 {
     start_ = std::chrono::steady_clock::now();
-    others_.show("waiting for the service: it is still at work for somebody else");
+    others_.show(station::waiting_for_service);
 }
 
 /* A step's part of the bar: what is not known counts little, but is there. */

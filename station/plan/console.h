@@ -15,9 +15,6 @@
 namespace plan
 {
 
-/* "26 s", "4 min 12 s" */
-std::string duration_text(int64_t seconds);
-
 /* "13 steps, about 4 min and 1 of unknown length expected, 2 wait for the operator" */
 std::string expectation_text(std::span<const step *const> steps);
 

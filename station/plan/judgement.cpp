@@ -146,7 +146,7 @@ static uint32_t find_stranger(const test_plan &plan, const outcome &unit)
     return !names_ports(unit) || stranger == unit.ports.end() ? 0 : stranger->port;
 }
 
-/* The plan's checks, behind which the request's own judgement stands back when it fails anyway. */
+/* The plan's checks; the request's own judgement gives way to them when it fails anyway. */
 static void add_verdict(judgement &result, const std::vector<judged_check> &added, verdict own)
 {
     const auto failed = std::ranges::count(added, verdict::fail, &judged_check::judged);

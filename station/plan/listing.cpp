@@ -6,10 +6,16 @@
 
 #include <fmt/format.h>
 
+#include "common/duration.h"
 #include "console.h"
 
 namespace plan
 {
+
+static std::string duration_text(int64_t seconds)
+{
+    return text::duration_text(static_cast<double>(seconds));
+}
 
 static std::string time_text(const step &asked)
 {

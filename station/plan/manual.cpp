@@ -49,7 +49,7 @@ static ordered_json plain_text(const std::string &answer)
 }
 
 struct answer_form {
-    const char *asked_for; /* behind the question */
+    const char *asked_for; /* after the question */
     const char *expected;
     ordered_json (*read)(const std::string &answer); /* null for what is no answer */
 };

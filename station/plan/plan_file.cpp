@@ -37,7 +37,8 @@ std::string expected_text(const label &wanted)
 {
     if (wanted.pattern == any_serial)
         return "1 to 64 letters, digits, dots, - and _";
-    return wanted.pattern == any_text ? "1 to 64 characters" : fmt::format("a text that matches {}", wanted.pattern);
+    return wanted.pattern == any_text ? "1 to 64 readable characters"
+                                      : fmt::format("a text that matches {}", wanted.pattern);
 }
 
 bool has_port(const test_plan &plan, uint32_t port)

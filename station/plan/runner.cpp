@@ -96,7 +96,7 @@ void runner::show_working(const std::string &id, const step &asked, const std::s
 void runner::show_waiting(const std::string &id)
 {
     if (!waiting_)
-        journal_.log(id, "waiting for the service: it is still at work for somebody else");
+        journal_.log(id, station::waiting_for_service);
     waiting_ = true;
     console_.wait();
 }

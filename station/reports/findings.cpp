@@ -5,8 +5,9 @@
 #include "findings.h"
 
 #include <algorithm>
-#include <cmath>
 #include <fmt/format.h>
+
+#include "common/duration.h"
 
 namespace reports
 {
@@ -82,16 +83,7 @@ std::vector<finding> faults_of(const journal::run_record &run)
 
 std::string duration_text(std::optional<double> seconds)
 {
-    if (!seconds)
-        return "-";
-    if (*seconds < 10)
-        return fmt::format("{:.1f} s", *seconds);
-    const auto whole = static_cast<int64_t>(std::llround(*seconds));
-    if (whole < 60)
-        return fmt::format("{} s", whole);
-    if (whole < 3600)
-        return fmt::format("{} min {} s", whole / 60, whole % 60);
-    return fmt::format("{} h {} min", whole / 3600, whole / 60 % 60);
+    return seconds ? text::duration_text(*seconds) : "-";
 }
 
 std::string time_text(const journal::moment &time)
@@ -128,11 +120,6 @@ std::string limits_text(const std::vector<journal::limit> &limits)
 std::string limits_with_unit(const journal::observation &made)
 {
     return limits_text(made.limits, made.is_number ? made.unit : "");
-}
-
-std::string counted(size_t count, const std::string &noun)
-{
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 } // namespace reports

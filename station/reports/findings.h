@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/count.h"
 #include "station/journal/run_record.h"
 
 namespace reports
@@ -39,8 +40,7 @@ std::string time_text(const journal::moment &time);
 /* "<= 5, > 0": the limits of a measurement; empty when it has none. With the unit of its numbers: "<= 57 V". */
 std::string limits_text(const std::vector<journal::limit> &limits);
 std::string limits_with_unit(const journal::observation &made);
-/* "1 port", "2 ports". */
-std::string counted(size_t count, const std::string &noun);
+using text::counted;
 
 } // namespace reports
 

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "common/path_fault.h"
 #include "common/printable.h"
 #include "common/say.h"
 #include "findings.h"
@@ -89,7 +90,7 @@ try {
     const exit_code code = found.problems.empty() ? exit_code::passed : exit_code::failed;
     print(wanted == form::json ? check_json(name, found, code) : check_text(name, found));
     return code;
-} catch (const std::system_error &why) {
+} catch (const journal::unreadable_file &why) {
     return refuse("check", wanted, why.what());
 }
 
@@ -102,7 +103,8 @@ try {
         print((list_runs ? runs_text(runs) : "") + history_text(runs));
     return runs.listed.empty() ? exit_code::nothing_run : exit_code::passed;
 } catch (const std::filesystem::filesystem_error &why) {
-    return refuse("history", wanted, fmt::format("{}: {}", why.path1().string(), why.code().message()));
+    return refuse("history", wanted,
+                  fmt::format("{}: {}", why.path1().string(), text::path_fault(why.code().value(), "directory")));
 }
 
 } // namespace reports

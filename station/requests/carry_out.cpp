@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <fmt/format.h>
-#include <system_error>
 #include <unistd.h>
 
+#include "common/path_fault.h"
 #include "interruption.h"
 #include "unreachable.h"
 
@@ -19,9 +19,8 @@ namespace station
 void enter_directory(const std::string &directory)
 {
     if (chdir(directory.c_str()) != 0)
-        throw no_reply(
-            exit_code::no_verdict, "unreachable",
-            fmt::format("cannot enter directory '{}': {}", directory, std::generic_category().message(errno)));
+        throw no_reply(exit_code::no_verdict, "unreachable",
+                       fmt::format("cannot enter directory '{}': {}", directory, text::path_fault(errno, "directory")));
 }
 
 static int64_t whole_s(milliseconds time)

@@ -153,8 +153,7 @@ TEST(unreachable, each_reason_has_its_sentence)
     };
     EXPECT_EQ(run({"factory-mode", "--directory", folder.path + "/none"}),
               (finished{3, "",
-                        who + "factory-mode: cannot enter directory '" + folder.path +
-                            "/none': No such file or directory\n"}));
+                        who + "factory-mode: cannot enter directory '" + folder.path + "/none': no such directory\n"}));
     expect("there is no socket " + where + "; is the host running with that working directory?");
     std::ofstream(folder.socket()) << "not a socket";
     expect(where + " is not a socket; is the host running with that working directory?");

@@ -120,7 +120,7 @@ TEST(JournalCheck, WantsBeginningsAndEnds)
     EXPECT_EQ(problems_of(journal_builder().begin("poe").end("SKIP", "NOT_APPLICABLE").text()),
               "5: step \"0\" has not ended\n");
     EXPECT_EQ(problems_of(journal_builder().end("SKIP", "NOT_APPLICABLE").end("SKIP", "NOT_APPLICABLE").text()),
-              "4: stands behind testRunEnd, which must be the last line\n");
+              "4: stands after testRunEnd, which must be the last line\n");
     EXPECT_EQ(problems_of("{\"sequenceNumber\":0,\"timestamp\":\"2026-11-23T08:15:02.114Z\",\"testStepArtifact\":"
                           "{\"testStepId\":\"0\",\"testStepStart\":{\"name\":\"poe\"}}}\n"),
               "1: is no schemaVersion, which must be the first line\n1: a step before testRunStart\n"

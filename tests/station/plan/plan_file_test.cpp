@@ -9,7 +9,7 @@
 
 struct wrong_plan {
     const char *text;
-    const char *expected; /* behind the file's name */
+    const char *expected; /* after the file's name */
 };
 
 static void expect_errors(std::span<const wrong_plan> cases, const std::string &head)

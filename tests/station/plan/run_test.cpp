@@ -197,9 +197,10 @@ TEST(plan_usage, what_is_given_is_checked_before_anything_is_sent)
         {{"--skip", "vop,poe"}, {5, "", "nothing was run: --only and --skip leave no step"}},
         {{"--serial", "SW00012", "--no-input"},
          {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
-        {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, 1 to 64 characters"}},
+        {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, 1 to 64 readable characters"}},
         {{"--serial", "SW0001", "--operator", "J\xff"},
-         {2, "", "--operator: found 'J\xEF\xBF\xBD', which is no readable UTF-8, allowed: 1 to 64 characters"}},
+         {2, "",
+          "--operator: found 'J\xEF\xBF\xBD', which is no readable UTF-8, allowed: 1 to 64 readable characters"}},
         {{"--only", ""}, {2, "", "--only: expected exactly one value"}},
         {{"--grace", "x"}, {2, "", "--grace: found 'x', allowed: 0 to 3600"}},
         {{"--dri-run"}, {2, "", "unknown option '--dri-run', did you mean --dry-run?"}},
@@ -224,7 +225,7 @@ TEST(plan_usage, asks_on_a_terminal_and_takes_no_answer_from_before)
                                           {{"serial number (a text that matches SW[0-9]{4}): ", "SW1\n"},
                                            {"found 'SW1', expected a text that matches SW[0-9]{4}", ""},
                                            {"serial number (a text that matches SW[0-9]{4}): ", " SW0002 \n"},
-                                           {"operator (1 to 64 characters): ", "Jane\n"}},
+                                           {"operator (1 to 64 readable characters): ", "Jane\n"}},
                                           "SW9999\nEve\n");
     EXPECT_EQ(end.code, 0) << end;
     ASSERT_EQ(runs_in(folder).size(), 1u) << end;
