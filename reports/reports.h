@@ -10,6 +10,7 @@
 #include <string>
 
 #include "journal/run_record.h"
+#include "text/wrap.h"
 
 namespace reports
 {
@@ -18,11 +19,12 @@ namespace reports
  * name. Throws std::system_error when one could not be written. */
 void write_reports(const std::filesystem::path &run_dir, const journal::run_record &run);
 
-/* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
+/* The verdict for the operator: what it is, why, and at last where the report is. */
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
+                         size_t columns = text::screen_columns);
 
 /* The same for a run whose report could not be written. */
-std::string verdict_text(const journal::run_record &run, bool colour);
+std::string verdict_text(const journal::run_record &run, bool colour, size_t columns = text::screen_columns);
 
 /* The code with which the program ends for a run: 0 PASS, 1 FAIL, 3 NO VERDICT and INCOMPLETE, 5 NOT JUDGED, 6 PARTIAL,
  * 129, 130, 131 or 143 INTERRUPTED. */

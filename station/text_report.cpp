@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * What the station prints for people: fits 80 columns, and says in words what it says in colour.
+ * What the station prints for people: fits the columns given, and says in words what it says in colour.
  */
 #include <algorithm>
 #include <cstring>
@@ -37,10 +37,10 @@ static std::vector<size_t> widths_of(const outcome &unit)
     return widths;
 }
 
-/* Reasons stand behind the other columns, or below them when little room is left. */
-static std::string port_table(const outcome &unit, bool colour)
+/* Reasons stand after the other columns, or below them when little room is left. */
+static std::string port_table(const outcome &unit, bool colour, size_t columns)
 {
-    constexpr size_t last_reason_column = 32;
+    const size_t last_reason_column = columns * 2 / 5;
     const std::vector<size_t> widths = widths_of(unit);
     const size_t first_width = std::strlen(unit.row_name);
     std::string text = fmt::format("{}  verdict   ", unit.row_name);
@@ -60,34 +60,44 @@ static std::string port_table(const outcome &unit, bool colour)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
         const size_t indent = below ? first_width + 2 : reason_column;
         if (!port.reason.empty())
-            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent);
+            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent, columns);
         text += "\n";
     }
     return text;
 }
 
-std::string text_report(const outcome &unit, bool colour)
+std::string text_report(const outcome &unit, bool colour, size_t columns)
 {
     std::string text;
     if (!unit.ports.empty())
-        text += unit.title + "\n\n" + port_table(unit, colour) + "\n";
+        text += text::wrapped(unit.title, 0, columns) + "\n\n" + port_table(unit, colour, columns) + "\n";
     text += unit.text;
     if (unit.judged != verdict::none)
         text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
-                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2));
+                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2, columns));
     return text;
 }
 
-static std::string list_text()
+static std::string list_row(const char *name, const std::string &type, const std::string &size, const char *help,
+                            size_t columns)
 {
-    std::string text = "subcommand      type  reply bytes  what it does\n";
+    constexpr size_t help_column = 35;
+    if (columns < 2 * help_column)
+        return fmt::format("{}\n    {}\n", name, text::wrapped(help, 4, columns));
+    return fmt::format("{:<14}  {:>4}  {:>11}  {}\n", name, type, size, text::wrapped(help, help_column, columns));
+}
+
+/* A narrow screen has room for names and help only. */
+static std::string list_text(size_t columns)
+{
+    std::string text = list_row("subcommand", "type", "reply bytes", "what it does", columns);
     for (const command &row : commands()) {
         const std::string type = row.type ? std::to_string(*row.type) : row.decode ? "any" : "-";
         const std::string size = row.type ? std::to_string(row.payload_size) : row.decode ? "as sent" : "-";
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, text::wrapped(row.help, 35));
+        text += list_row(row.name, type, size, row.help, columns);
     }
     for (const tool &row : tools())
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", text::wrapped(row.help, 35));
+        text += list_row(row.name, "-", "-", row.help, columns);
     return text;
 }
 
@@ -107,9 +117,9 @@ static std::string list_json()
     return nlohmann::ordered_json{{"subcommands", rows}}.dump(2) + "\n";
 }
 
-std::string list_report(bool json)
+std::string list_report(bool json, size_t columns)
 {
-    return json ? list_json() : list_text();
+    return json ? list_json() : list_text(columns);
 }
 
 } // namespace station
