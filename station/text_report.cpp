@@ -37,6 +37,25 @@ static std::vector<size_t> widths_of(const outcome &unit)
     return widths;
 }
 
+/* Each port with its values below it, where a table has no room. */
+static std::string port_list(const outcome &unit, bool colour, size_t columns)
+{
+    const size_t indent = std::strlen(unit.row_name) + 2;
+    std::string text;
+    for (const port_outcome &port : unit.ports) {
+        text += fmt::format("{} {}  {}\n", unit.row_name, port.port, verdict_word(port.judged, 0, colour));
+        std::string values;
+        for (size_t i = 0; i < unit.columns.size(); i++)
+            if (unit.columns[i].heading != nullptr)
+                values +=
+                    fmt::format("{}{} {}", values.empty() ? "" : ", ", unit.columns[i].heading, port.cells[i].shown);
+        for (const std::string &line : {values, port.reason})
+            if (!line.empty())
+                text += std::string(indent, ' ') + text::wrapped(line, indent, columns) + "\n";
+    }
+    return text;
+}
+
 /* Reasons stand after the other columns, or below them when little room is left. */
 static std::string port_table(const outcome &unit, bool colour, size_t columns)
 {
@@ -50,8 +69,10 @@ static std::string port_table(const outcome &unit, bool colour, size_t columns)
             text += fmt::format("  {:>{}}", unit.columns[i].heading, widths[i]);
             reason_column += 2 + widths[i];
         }
+    if (reason_column > columns)
+        return port_list(unit, colour, columns);
     const bool below = reason_column > last_reason_column;
-    text += "  reason\n";
+    text += reason_column + std::strlen("  reason") > columns ? "\n" : "  reason\n";
     for (const port_outcome &port : unit.ports) {
         const bool alone = reason_column == first_width + 14 && port.reason.empty();
         text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, alone ? 0 : 10, colour));
