@@ -10,7 +10,9 @@
 
 #include <fmt/format.h>
 
+#include "printable.h"
 #include "terminal.h"
+#include "wrap.h"
 
 namespace text
 {
@@ -35,7 +37,10 @@ std::string escaped(std::string_view text)
 
 void say(std::string_view line)
 {
-    std::fputs((escaped(line) + "\n").c_str(), stderr);
+    const terminal screen = terminal_of(STDERR_FILENO);
+    const std::string shown = escaped(line);
+    const bool fits = !screen.there || length(shown) <= screen.width;
+    std::fputs(((fits ? shown : folded(shown, 0, 4, screen.width)) + "\n").c_str(), stderr);
 }
 
 bool colour_wanted()

@@ -5,30 +5,43 @@
 #include "wrap.h"
 
 #include <algorithm>
-#include <sstream>
+#include <unistd.h>
 
 #include "printable.h"
+#include "terminal.h"
 
 namespace text
 {
 
-std::string wrapped(const std::string &text, size_t indent, size_t columns)
+std::string folded(const std::string &text, size_t column, size_t indent, size_t columns)
 {
+    constexpr const char *blanks = " \t\n";
     std::string lines;
-    size_t column = indent;
-    std::istringstream words(text);
-    for (std::string word; words >> word; column += length(word)) {
-        const bool first = lines.empty();
-        if (!first && column + 1 + length(word) > columns) {
+    for (size_t at = text.find_first_not_of(blanks), gap = 0; at != std::string::npos;) {
+        const size_t end = std::min(text.find_first_of(blanks, at), text.size());
+        const std::string word = text.substr(at, end - at);
+        if (!lines.empty() && column + gap + length(word) > columns) {
             lines += "\n" + std::string(indent, ' ');
             column = indent;
-        } else if (!first) {
-            lines += " ";
-            column++;
+            gap = 0;
         }
-        lines += word;
+        lines += std::string(gap, ' ') + word;
+        column += gap + length(word);
+        at = text.find_first_not_of(blanks, end);
+        gap = at - end;
     }
     return lines;
+}
+
+std::string wrapped(const std::string &text, size_t indent, size_t columns)
+{
+    return folded(text, indent, indent, columns);
+}
+
+size_t stdout_columns()
+{
+    constexpr size_t most = 100; /* longer lines are hard to read */
+    return std::min(most, terminal_of(STDOUT_FILENO).width);
 }
 
 std::string padded(const std::string &text, size_t width)

@@ -125,6 +125,15 @@ static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand 
     } catch (const CLI::CallForVersion &version) {
         call.help = fmt::format("{}\n", version.what());
         return;
+    } catch (const CLI::RequiredError &error) { /* what was given comes before what was not */
+        if (app.count("--version") > 0) {
+            call.help = app.version() + "\n";
+            return;
+        }
+        for (const std::string &found : app.remaining(true))
+            if (found.starts_with("-") && found != "--")
+                throw usage_error(explain_extra(found, app, given));
+        throw usage_error(explain_error(error.what(), given));
     } catch (const CLI::ParseError &error) {
         throw usage_error(explain_error(error.what(), given));
     }

@@ -14,14 +14,14 @@ namespace station
 
 /* A table with a row per port, then the verdict and the summary. Without a verdict there is only the table, if any: the
  * sentence is for stderr. */
-std::string text_report(const outcome &unit, bool colour);
+std::string text_report(const outcome &unit, bool colour, size_t columns);
 
 /* One JSON object. */
 std::string json_report(const command &row, const request &sent, const outcome &unit);
 /* One JSON object for a run that got no reply; row may be null. */
 std::string json_error(const command *row, exit_code code, const std::string &sentence);
 
-std::string list_report(bool json);
+std::string list_report(bool json, size_t columns);
 
 } // namespace station
 

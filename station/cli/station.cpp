@@ -13,8 +13,10 @@
 #include "command_line.h"
 #include "common/say.h"
 #include "common/toml_reader.h"
+#include "common/wrap.h"
 #include "progress.h"
 #include "report.h"
+#include "service_lock.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
 #include "station/requests/service_lock.h"
@@ -66,9 +68,12 @@ static void confirm(const invocation &call)
         return;
     if (!isatty(STDIN_FILENO))
         throw usage_error(fmt::format("--yes: needed for {} when nobody can be asked", call.row->name));
+    watch_signals(signal_policy::leave);
     std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
     std::string answer;
-    std::getline(std::cin, answer);
+    const open_line asked;
+    if (!std::getline(std::cin, answer))
+        std::fputs("\n", stderr);
     if (answer != "y" && answer != "yes")
         throw no_reply(exit_code::no_verdict, "no-verdict", "not confirmed; nothing was sent");
 }
@@ -76,13 +81,14 @@ static void confirm(const invocation &call)
 static exit_code run(const invocation &call)
 {
     if (call.row->decode == nullptr && call.row->transfer == nullptr) {
-        print(list_report(call.chosen.json));
+        print(list_report(call.chosen.json, text::stdout_columns()));
         return exit_code::passed;
     }
     confirm(call);
     enter_directory(call.chosen.directory);
     const outcome unit = carry_out(call);
-    print(call.chosen.json ? json_report(*call.row, call.sent, unit) : text_report(unit, text::colour_wanted()));
+    print(call.chosen.json ? json_report(*call.row, call.sent, unit)
+                           : text_report(unit, text::colour_wanted(), text::stdout_columns()));
     if (unit.judged == verdict::none)
         say_error(call.row->name, unit.summary);
     return exit_code_of(unit.judged);

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * What the station prints for people: fits 80 columns, and says in words what it says in colour.
+ * What the station prints for people: fits the columns given, and says in words what it says in colour.
  */
 #include <algorithm>
 #include <cstring>
@@ -37,10 +37,29 @@ static std::vector<size_t> widths_of(const outcome &unit)
     return widths;
 }
 
-/* Reasons stand behind the other columns, or below them when little room is left. */
-static std::string port_table(const outcome &unit, bool colour)
+/* Each port with its values below it, where a table has no room. */
+static std::string port_list(const outcome &unit, bool colour, size_t columns)
 {
-    constexpr size_t last_reason_column = 32;
+    const size_t indent = std::strlen(unit.row_name) + 2;
+    std::string text;
+    for (const port_outcome &port : unit.ports) {
+        text += fmt::format("{} {}  {}\n", unit.row_name, port.port, verdict_word(port.judged, 0, colour));
+        std::string values;
+        for (size_t i = 0; i < unit.columns.size(); i++)
+            if (unit.columns[i].heading != nullptr)
+                values +=
+                    fmt::format("{}{} {}", values.empty() ? "" : ", ", unit.columns[i].heading, port.cells[i].shown);
+        for (const std::string &line : {values, port.reason})
+            if (!line.empty())
+                text += std::string(indent, ' ') + text::wrapped(line, indent, columns) + "\n";
+    }
+    return text;
+}
+
+/* Reasons stand after the other columns, or below them when little room is left. */
+static std::string port_table(const outcome &unit, bool colour, size_t columns)
+{
+    const size_t last_reason_column = columns * 2 / 5;
     const std::vector<size_t> widths = widths_of(unit);
     const size_t first_width = std::strlen(unit.row_name);
     std::string text = fmt::format("{}  verdict   ", unit.row_name);
@@ -50,8 +69,10 @@ static std::string port_table(const outcome &unit, bool colour)
             text += fmt::format("  {:>{}}", unit.columns[i].heading, widths[i]);
             reason_column += 2 + widths[i];
         }
+    if (reason_column > columns)
+        return port_list(unit, colour, columns);
     const bool below = reason_column > last_reason_column;
-    text += "  reason\n";
+    text += reason_column + std::strlen("  reason") > columns ? "\n" : "  reason\n";
     for (const port_outcome &port : unit.ports) {
         const bool alone = reason_column == first_width + 14 && port.reason.empty();
         text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, alone ? 0 : 10, colour));
@@ -60,34 +81,44 @@ static std::string port_table(const outcome &unit, bool colour)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
         const size_t indent = below ? first_width + 2 : reason_column;
         if (!port.reason.empty())
-            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent);
+            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent, columns);
         text += "\n";
     }
     return text;
 }
 
-std::string text_report(const outcome &unit, bool colour)
+std::string text_report(const outcome &unit, bool colour, size_t columns)
 {
     std::string text;
     if (!unit.ports.empty())
-        text += unit.title + "\n\n" + port_table(unit, colour) + "\n";
+        text += text::wrapped(unit.title, 0, columns) + "\n\n" + port_table(unit, colour, columns) + "\n";
     text += unit.text;
     if (unit.judged != verdict::none)
         text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
-                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2));
+                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2, columns));
     return text;
 }
 
-static std::string list_text()
+static std::string list_row(const char *name, const std::string &type, const std::string &size, const char *help,
+                            size_t columns)
 {
-    std::string text = "subcommand      type  reply bytes  what it does\n";
+    constexpr size_t help_column = 35;
+    if (columns < 2 * help_column)
+        return fmt::format("{}\n    {}\n", name, text::wrapped(help, 4, columns));
+    return fmt::format("{:<14}  {:>4}  {:>11}  {}\n", name, type, size, text::wrapped(help, help_column, columns));
+}
+
+/* A narrow screen has room for names and help only. */
+static std::string list_text(size_t columns)
+{
+    std::string text = list_row("subcommand", "type", "reply bytes", "what it does", columns);
     for (const command &row : commands()) {
         const std::string type = row.type ? std::to_string(*row.type) : row.decode ? "any" : "-";
         const std::string size = row.type ? std::to_string(row.payload_size) : row.decode ? "as sent" : "-";
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, type, size, text::wrapped(row.help, 35));
+        text += list_row(row.name, type, size, row.help, columns);
     }
     for (const tool &row : tools())
-        text += fmt::format("{:<14}  {:>4}  {:>11}  {}\n", row.name, "-", "-", text::wrapped(row.help, 35));
+        text += list_row(row.name, "-", "-", row.help, columns);
     return text;
 }
 
@@ -107,9 +138,9 @@ static std::string list_json()
     return nlohmann::ordered_json{{"subcommands", rows}}.dump(2) + "\n";
 }
 
-std::string list_report(bool json)
+std::string list_report(bool json, size_t columns)
 {
-    return json ? list_json() : list_text();
+    return json ? list_json() : list_text(columns);
 }
 
 } // namespace station

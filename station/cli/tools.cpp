@@ -28,15 +28,28 @@ static void add_text(CLI::App &sub, const char *name, const char *kind, std::str
     sub.add_option(name, chosen, help)->type_name(kind);
 }
 
+static void add_seconds(CLI::App &sub, const option &field, int64_t &chosen)
+{
+    sub.add_option_function<std::string>(
+           field.name, [&](const std::string &value) { chosen = parse_value(field, value); }, field.help)
+        ->type_name("S");
+}
+
+/* Who tests what, and where that is kept. */
+static void add_labels(CLI::App &sub, plan::order &given)
+{
+    add_text(sub, "--serial", "TEXT", given.of.serial, "serial number of the unit; asked for if not given");
+    add_text(sub, "--operator", "TEXT", given.of.operator_name, "who runs the plan; asked for if not given");
+    add_text(sub, "--station", "TEXT", given.of.station, "name of the test station; as the plan says, or the host's");
+    add_text(sub, "--results", "DIR", given.results, "folder that gets a folder for each run");
+    sub.get_option("--results")->capture_default_str();
+}
+
 static tool_run add_plan(CLI::App &sub)
 {
     const auto given = std::make_shared<plan::order>();
     sub.add_option("FILE", given->file, "the plan")->required();
-    add_text(sub, "--serial", "TEXT", given->of.serial, "serial number of the unit; asked for if not given");
-    add_text(sub, "--operator", "TEXT", given->of.operator_name, "who runs the plan; asked for if not given");
-    add_text(sub, "--station", "TEXT", given->of.station, "name of the test station; as the plan says, or the host's");
-    add_text(sub, "--results", "DIR", given->results, "folder that gets a folder for each run");
-    sub.get_option("--results")->capture_default_str();
+    add_labels(sub, *given);
     add_text(sub, "--only", "A,B", given->only, "run these steps only");
     add_text(sub, "--skip", "A,B", given->skip, "do not run these steps");
     for (const char *name : {"--results", "--only", "--skip"})
@@ -44,14 +57,8 @@ static tool_run add_plan(CLI::App &sub)
     add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
     add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps after one that fails");
     add_flag(sub, "--no-input", given->no_input, "ask for nothing");
-    sub.add_option_function<std::string>(
-           grace.name, [given](const std::string &value) { given->grace_s = parse_value(grace, value); }, grace.help)
-        ->type_name("S");
-    sub.add_option_function<std::string>(
-           busy_timeout_option.name,
-           [given](const std::string &value) { given->busy_timeout_s = parse_value(busy_timeout_option, value); },
-           busy_timeout_option.help)
-        ->type_name("S");
+    add_seconds(sub, grace, given->grace_s);
+    add_seconds(sub, busy_timeout_option, given->busy_timeout_s);
     add_flag(sub, "--wait", given->wait, "wait for another station that is at this service");
     return [given](const settings &chosen) {
         given->json = chosen.json;

@@ -51,7 +51,7 @@ void console::print(const std::string &line, size_t indent)
     const text::terminal screen = text::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
     std::string shown = text::escaped(text::printable(line));
     if (screen.there && indent + text::length(shown) > screen.width)
-        shown = text::wrapped(shown, indent + 4, screen.width);
+        shown = text::folded(shown, indent, indent + 4, screen.width);
     clear();
     std::FILE *stream = aside_ ? stderr : stdout;
     std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);

@@ -73,7 +73,10 @@ std::optional<std::string> ask(const std::string &question)
     tcflush(STDIN_FILENO, TCIFLUSH);
     std::fputs((shown + " ").c_str(), stderr);
     std::fflush(stderr);
+    const station::open_line asked;
     const auto line = read_line();
+    if (!line)
+        std::fputs("\n", stderr);
     return line ? std::optional(trimmed(*line)) : std::nullopt;
 }
 

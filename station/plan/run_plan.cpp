@@ -138,7 +138,7 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
         return exit_code::not_saved;
     }
     print(given.json ? reports::run_json(record, run_dir)
-                     : reports::verdict_text(record, run_dir, text::colour_wanted()));
+                     : reports::verdict_text(record, run_dir, text::colour_wanted(), text::stdout_columns()));
     return reports::exit_code_of(record);
 }
 

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/wrap.h"
 #include "station/journal/verdict.h"
 
 namespace reports
@@ -76,8 +77,8 @@ struct history {
  * cannot be listed. */
 history read_history(const std::filesystem::path &dir, const history_filter &filter = {});
 
-/* For people, in 80 columns; and one JSON object. */
-std::string history_text(const history &runs);
+/* For people, and one JSON object. */
+std::string history_text(const history &runs, size_t columns = text::screen_columns);
 std::string runs_text(const history &runs); /* a line a run */
 std::string history_json(const history &runs);
 

@@ -74,7 +74,7 @@ static std::string rarer_text(size_t all, size_t shown, const char *noun)
     return all > shown ? fmt::format("{:13}and {}\n", "", counted(all - shown, noun)) : "";
 }
 
-static std::string reasons_text(const history &runs)
+static std::string reasons_text(const history &runs, size_t columns)
 {
     if (runs.reasons.empty())
         return "";
@@ -82,13 +82,13 @@ static std::string reasons_text(const history &runs)
     for (size_t i = 0; i < runs.reasons.size() && i < most_reasons; i++) {
         const failure_reason &reason = runs.reasons[i];
         text += fmt::format("{:>5}  {:>4}  {}\n{:13}{}\n", reason.count.units, reason.count.runs,
-                            text::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13), "",
-                            text::wrapped("such as " + reason.example, 13));
+                            text::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13, columns), "",
+                            text::wrapped("such as " + reason.example, 13, columns));
     }
     return text + rarer_text(runs.reasons.size(), most_reasons, "rarer reason");
 }
 
-static std::string ports_text(const history &runs)
+static std::string ports_text(const history &runs, size_t columns)
 {
     if (runs.ports.empty())
         return "";
@@ -98,8 +98,8 @@ static std::string ports_text(const history &runs)
         std::string checks;
         for (const auto &[check, count] : port.checks)
             checks += fmt::format("{}{} {}", checks.empty() ? ": " : ", ", check, count.runs);
-        text +=
-            fmt::format("{:>5}  {:>4}  {}\n", port.count.units, port.count.runs, text::wrapped(port.name + checks, 13));
+        text += fmt::format("{:>5}  {:>4}  {}\n", port.count.units, port.count.runs,
+                            text::wrapped(port.name + checks, 13, columns));
     }
     return text + rarer_text(runs.ports.size(), most_ports, "other port");
 }
@@ -125,14 +125,14 @@ static std::string skipped_text(const history &runs)
     return fmt::format("\n{} not a run: {}\n", counted(runs.skipped.size(), "folder"), names);
 }
 
-std::string history_text(const history &runs)
+std::string history_text(const history &runs, size_t columns)
 {
     if (runs.listed.empty())
         return "No runs\n" + skipped_text(runs);
     return fmt::format("{} of {}: {}\n\n", counted(runs.listed.size(), "run"), counted(runs.units, "unit"),
                        results_text(runs)) +
-           yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs) + ports_text(runs) +
-           skipped_text(runs);
+           yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs, columns) +
+           ports_text(runs, columns) + skipped_text(runs);
 }
 
 static ordered_json yield_json(size_t passed, size_t judged)

@@ -53,10 +53,11 @@ try {
     try {
         write_reports(run_dir, run);
     } catch (const std::system_error &why) {
-        print(wanted == form::json ? run_json(run, run_dir, exit_code::not_saved) : verdict_text(run, coloured));
+        print(wanted == form::json ? run_json(run, run_dir, exit_code::not_saved)
+                                   : verdict_text(run, coloured, text::stdout_columns()));
         return fail("report", exit_code::not_saved, why.what());
     }
-    print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured));
+    print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured, text::stdout_columns()));
     return exit_code_of(run);
 } catch (const journal::no_journal &why) {
     return refuse("report", wanted, why.what());
@@ -100,7 +101,7 @@ try {
     if (wanted == form::json)
         print(history_json(runs));
     else
-        print((list_runs ? runs_text(runs) : "") + history_text(runs));
+        print((list_runs ? runs_text(runs) : "") + history_text(runs, text::stdout_columns()));
     return runs.listed.empty() ? exit_code::nothing_run : exit_code::passed;
 } catch (const std::filesystem::filesystem_error &why) {
     return refuse("history", wanted,

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "common/exit_code.h"
+#include "common/wrap.h"
 #include "station/journal/run_record.h"
 
 namespace reports
@@ -19,11 +20,12 @@ namespace reports
  * name. Throws std::system_error when one could not be written. */
 void write_reports(const std::filesystem::path &run_dir, const journal::run_record &run);
 
-/* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
+/* The verdict for the operator: what it is, why, and at last where the report is. */
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
+                         size_t columns = text::screen_columns);
 
 /* The same for a run whose report could not be written. */
-std::string verdict_text(const journal::run_record &run, bool colour);
+std::string verdict_text(const journal::run_record &run, bool colour, size_t columns = text::screen_columns);
 
 /* The code with which the program ends for a run. */
 common::exit_code exit_code_of(const journal::run_record &run);

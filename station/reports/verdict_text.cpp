@@ -1,9 +1,10 @@
 /* SPDX-License-Identifier: MIT
  *
- * The verdict for the operator: fits 80 columns, and says in words what it says in colour.
+ * The verdict for the operator: fits the columns given, and says in words what it says in colour.
  */
 #include <algorithm>
 #include <fmt/format.h>
+#include <sstream>
 
 #include "banner.h"
 #include "common/printable.h"
@@ -34,7 +35,18 @@ static std::string joined_if_known(const std::vector<std::pair<const char *, std
     return text;
 }
 
-static std::string head_text(const journal::run_record &run, bool colour)
+/* Nothing when it does not fit. */
+static std::string fitting_banner(const std::string &word, size_t columns)
+{
+    const std::string text = banner(word);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        if (line.size() > columns)
+            return "";
+    return text;
+}
+
+static std::string head_text(const journal::run_record &run, bool colour, size_t columns)
 {
     const std::string word = word_of(run.result);
     const size_t indent = word.size() + 2;
@@ -43,11 +55,13 @@ static std::string head_text(const journal::run_record &run, bool colour)
                                               {"", duration_text(seconds_between(run.start, run.end))},
                                               {"operator ", run.operator_name},
                                               {"station ", run.station}});
-    std::string text = "\n" + coloured(run.result, banner(word), colour) + "\n" + coloured(run.result, word, colour) +
-                       "  " + text::wrapped(unit.empty() ? "serial unknown" : unit, indent) + "\n";
+    const std::string large = fitting_banner(word, columns);
+    std::string text = "\n" + (large.empty() ? "" : coloured(run.result, large, colour) + "\n") +
+                       coloured(run.result, word, colour) + "  " +
+                       text::wrapped(unit.empty() ? "serial unknown" : unit, indent, columns) + "\n";
     for (const std::string &line : {shortfall_text(run), done})
         if (!line.empty())
-            text += std::string(indent, ' ') + text::wrapped(line, indent) + "\n";
+            text += std::string(indent, ' ') + text::wrapped(line, indent, columns) + "\n";
     return text;
 }
 
@@ -56,9 +70,9 @@ struct row {
     std::string heading, sentence;
 };
 
-static std::string rows_text(const char *title, const std::vector<row> &rows)
+static std::string rows_text(const char *title, const std::vector<row> &rows, size_t columns)
 {
-    constexpr size_t most_heading = 22;
+    const size_t most_heading = std::min<size_t>(22, columns / 4);
     if (rows.empty())
         return "";
     size_t widest = 0;
@@ -68,9 +82,9 @@ static std::string rows_text(const char *title, const std::vector<row> &rows)
     std::string text = fmt::format("\n{}\n", title);
     for (const row &one : rows) {
         const bool below = text::length(one.heading) > most_heading;
-        text += "  " + (below ? text::wrapped(one.heading, 2) + "\n" + std::string(indent, ' ')
+        text += "  " + (below ? text::wrapped(one.heading, 2, columns) + "\n" + std::string(indent, ' ')
                               : text::padded(one.heading, indent - 2));
-        text += text::wrapped(one.sentence, indent) + "\n";
+        text += text::wrapped(one.sentence, indent, columns) + "\n";
     }
     return text;
 }
@@ -105,20 +119,21 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
     return rows;
 }
 
-std::string verdict_text(const journal::run_record &run, bool colour)
+std::string verdict_text(const journal::run_record &run, bool colour, size_t columns)
 {
     const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
     const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
-    return head_text(run, colour) + rows_text("What failed:", failure_rows(run)) +
-           rows_text("What the station could not do:", fault_rows(run)) +
-           rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry)) +
-           rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run)) +
-           rows_text("Steps that were cut off:", step_rows(run, is_unfinished));
+    return head_text(run, colour, columns) + rows_text("What failed:", failure_rows(run), columns) +
+           rows_text("What the station could not do:", fault_rows(run), columns) +
+           rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry), columns) +
+           rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run), columns) +
+           rows_text("Steps that were cut off:", step_rows(run, is_unfinished), columns);
 }
 
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
+                         size_t columns)
 {
-    return verdict_text(run, colour) +
+    return verdict_text(run, colour, columns) +
            "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
 }
 

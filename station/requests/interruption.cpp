@@ -20,14 +20,22 @@ static constexpr std::chrono::milliseconds one_interruption{500};
 
 static std::atomic<bool> leave_at_once = true;
 static std::atomic<int> noted = 0;
+static std::atomic<bool> line_is_open = false;
 static std::atomic<clock::rep> noted_time = 0;
+
+[[noreturn]] static void leave(int number)
+{
+    if (line_is_open && write(STDERR_FILENO, "\n", 1) < 0)
+        _exit(128 + number); /* nobody reads it any longer */
+    _exit(128 + number);
+}
 
 static void take_signals(sigset_t taken, pthread_t woken)
 {
     for (int number = 0; sigwait(&taken, &number) == 0;) {
         const auto now = clock::now();
         if (leave_at_once || (noted != 0 && now >= noted_at() + one_interruption))
-            _exit(128 + number);
+            leave(number);
         if (noted != 0)
             continue;
         noted_time = now.time_since_epoch().count();
@@ -60,6 +68,16 @@ void watch_signals(signal_policy policy)
     pthread_sigmask(SIG_BLOCK, &taken, nullptr);
     sigdelset(&taken, wake_up);
     std::thread(take_signals, taken, pthread_self()).detach();
+}
+
+open_line::open_line()
+{
+    line_is_open = true;
+}
+
+open_line::~open_line()
+{
+    line_is_open = false;
 }
 
 int noted_signal()

@@ -26,6 +26,17 @@ constexpr int wake_up = SIGUSR1;
  * that waits for replies. */
 void watch_signals(signal_policy policy);
 
+/* While it exists the cursor stands in a line that is not ended, after a question: a signal that ends the program ends
+ * the line first. */
+class open_line
+{
+  public:
+    open_line();
+    ~open_line();
+    open_line(const open_line &) = delete;
+    open_line &operator=(const open_line &) = delete;
+};
+
 /* The signal that was noted, 0 for none; and when that was. */
 int noted_signal();
 std::chrono::steady_clock::time_point noted_at();

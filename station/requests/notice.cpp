@@ -27,16 +27,15 @@ void notice::show(const std::string &sentence)
 {
     const auto now = std::chrono::steady_clock::now();
     if (sentence != shown_) {
+        clear();
         shown_ = sentence;
         since_ = now;
-        if (!lively_)
-            say(sentence);
+        say(sentence);
     }
     if (lively_)
         text::rewrite_line(STDERR_FILENO,
-                           fmt::format("{}: {} s, {}", speaker_,
-                                       std::chrono::duration_cast<std::chrono::seconds>(now - since_).count(),
-                                       sentence));
+                           fmt::format("{}: waiting, {} s", speaker_,
+                                       std::chrono::duration_cast<std::chrono::seconds>(now - since_).count()));
 }
 
 void notice::clear()

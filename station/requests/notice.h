@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * What a subcommand says on stderr while it waits for others: on a terminal that can do so in a line that is rewritten,
- * elsewhere once.
+ * What a subcommand says on stderr while it waits for others: each sentence once, and on a
+ * terminal that can do so below it a line that is rewritten.
  */
 #ifndef STATION_NOTICE_H
 #define STATION_NOTICE_H

@@ -249,6 +249,7 @@ TEST(usage, errors_name_the_option_the_value_and_what_is_allowed)
         {{"--jason"}, "unknown option '--jason', did you mean --json?"},
         {{"--verdict"},
          "unknown option '--verdict', expected one of --help, --directory, --json, --no-progress, --version"},
+        {{"plan", "--dri-run"}, "plan: unknown option '--dri-run', did you mean --dry-run?"},
         {{"plan", "/none.toml"}, "plan: /none.toml: no such file, expected a plan file"},
         {{"broadcast", "--fcs-limit", "-1"}, "broadcast: --fcs-limit: found '-1', allowed: 0 to 4294967295"},
         {{"flow", "--ports", "3,1"},

@@ -146,9 +146,11 @@ TEST(Verdict, SaysWhatFailedAndWhere)
             EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in" << text;
         EXPECT_TRUE(text.ends_with("\nReport: results/run/report.html\n"));
         EXPECT_EQ(text.find('\033'), std::string::npos);
-        std::istringstream lines(text);
-        for (std::string line; std::getline(lines, line);)
-            EXPECT_LE(line.size(), 80U) << line;
+        for (const size_t columns : {80U, 40U}) {
+            std::istringstream lines(reports::verdict_text(record_of(run.journal), "results/run", false, columns));
+            for (std::string line; std::getline(lines, line);)
+                EXPECT_LE(line.size(), columns) << line;
+        }
     }
     EXPECT_EQ(verdict_of(passing_run()).find("failed"), std::string::npos);
     EXPECT_EQ(verdict_of(passing_run()).find("plan\n"), std::string::npos);
