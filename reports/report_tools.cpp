@@ -13,6 +13,7 @@
 #include "journal/journal_check.h"
 #include "journal/journal_text.h"
 #include "reports.h"
+#include "text/error_json.h"
 #include "text/printable.h"
 #include "text/say.h"
 
@@ -39,7 +40,7 @@ static int fail(const char *tool, int code, const std::string &sentence)
 static int refuse(const char *tool, form wanted, const std::string &sentence)
 {
     if (wanted == form::json)
-        print(ordered_json{{"exit_code", unreadable}, {"error", text::printable(sentence)}}.dump(2) + "\n");
+        print(text::error_json(unreadable, sentence));
     return fail(tool, unreadable, sentence);
 }
 
@@ -50,7 +51,7 @@ try {
     try {
         write_reports(run_dir, run);
     } catch (const std::system_error &why) {
-        print(wanted == form::json ? run_json(run, run_dir, not_saved) : verdict_text(run, coloured));
+        print(wanted == form::json ? run_json(run, run_dir, why.what()) : unsaved_text(run_dir));
         return fail("report", not_saved, why.what());
     }
     print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured));

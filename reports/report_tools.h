@@ -16,7 +16,7 @@ namespace reports
 enum class form { text, coloured, json };
 
 /* Writes the reports of a run again and prints its verdict. Returns the exit code of the run; 2 no journal there, 4 a
- * report could not be written; the verdict is printed none the less. */
+ * report could not be written, which is said in place of the verdict; programs are told both. */
 int report_tool(const std::filesystem::path &run_dir, form wanted);
 
 /* Prints what is wrong with a journal, a line each. 0 valid, 1 not valid, 2 it cannot be read. */

@@ -21,17 +21,17 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
 /* The verdict in 80 columns for the operator: what it is, why, and at last where the report is. */
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour);
 
-/* The same for a run whose report could not be written. */
-std::string verdict_text(const journal::run_record &run, bool colour);
+/* In its place for a run whose reports could not be written: how to have them written later. */
+std::string unsaved_text(const std::filesystem::path &run_dir);
 
 /* The code with which the program ends for a run: 0 PASS, 1 FAIL, 3 NO VERDICT and INCOMPLETE, 5 NOT JUDGED, 6 PARTIAL,
  * 129, 130, 131 or 143 INTERRUPTED. */
 int exit_code_of(const journal::run_record &run);
 
 /* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps.
- * The exit code is that of the run unless another is given. */
+ * When the reports could not be written, exit_code is 4 and error says why. */
 std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
-                     std::optional<int> exit_code = std::nullopt);
+                     const std::optional<std::string> &not_saved = std::nullopt);
 
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);

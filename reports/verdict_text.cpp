@@ -105,7 +105,7 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
     return rows;
 }
 
-std::string verdict_text(const journal::run_record &run, bool colour)
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
 {
     const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
     const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
@@ -113,13 +113,15 @@ std::string verdict_text(const journal::run_record &run, bool colour)
            rows_text("What the station could not do:", fault_rows(run)) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry)) +
            rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run)) +
-           rows_text("Steps that were cut off:", step_rows(run, is_unfinished));
+           rows_text("Steps that were cut off:", step_rows(run, is_unfinished)) +
+           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
 }
 
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour)
+std::string unsaved_text(const std::filesystem::path &run_dir)
 {
-    return verdict_text(run, colour) +
-           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
+    return fmt::format("RESULTS NOT SAVED  the journal of the run is kept, its reports are not; once there is room for "
+                       "them:\n  facmsg-station report '{}'\n",
+                       text::escaped(text::printable(run_dir.string())));
 }
 
 } // namespace reports

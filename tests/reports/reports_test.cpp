@@ -213,6 +213,9 @@ TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
     journal_builder unjudged("A", 4);
     unjudged.begin("vop").judge(1, "vop", "unknown").judge(1, "limit", "pass").judge(2, "vop", "unknown");
     unjudged.whole("pass", "").end("COMPLETE", "PASS");
+    journal_builder unnamed("A", 4);
+    unnamed.begin("poe").judge(1, "link", "pass").whole("pass", "");
+    unnamed.begin("broadcast").whole("fail", "No link.").end("COMPLETE", "FAIL");
     struct {
         journal_builder journal;
         size_t port;
@@ -232,6 +235,8 @@ TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
         {unfinished_retry, 3, "–: Missing: poe (NOT RUN)."},
         {unjudged, 1, "PASS: Passed all that the plan asks of it."},
         {unjudged, 2, "–: No step judges it."},
+        {unnamed, 1, "PASSED SO FAR: Passed poe. Missing: broadcast (FAIL as a whole)."},
+        {unnamed, 2, "–: Missing: broadcast (FAIL as a whole)."},
     };
     for (const auto &[journal, port, expected] : ports) {
         const auto found = reports::ports_of(record_of(journal)).at(port - 1);
