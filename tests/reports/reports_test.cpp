@@ -297,8 +297,14 @@ TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
     testing::internal::CaptureStdout();
     EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), 4);
     const std::string shown = testing::internal::GetCapturedStdout();
-    EXPECT_NE(shown.find("\nINCOMPLETE  serial SW28-0045"), std::string::npos) << shown;
-    EXPECT_EQ(shown.find("Report:"), std::string::npos) << shown; /* what is there may be of another time */
+    EXPECT_EQ(shown.find("RESULTS NOT SAVED  "), 0U) << shown; /* in place of the verdict */
+    EXPECT_EQ(shown.find("INCOMPLETE"), std::string::npos) << shown;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::json), 4);
+    const auto told = nlohmann::json::parse(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(told["verdict"], "INCOMPLETE");
+    EXPECT_EQ(told["exit_code"], 4);
+    EXPECT_EQ(told["error"].get<std::string>().find("cannot write "), 0U) << told;
     EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
 }
 
