@@ -4,6 +4,8 @@
  */
 #include "report.h"
 
+#include "common/error_json.h"
+
 namespace station
 {
 
@@ -54,13 +56,9 @@ std::string json_report(const command &row, const request &sent, const outcome &
 
 std::string json_error(const command *row, exit_code code, const std::string &sentence)
 {
-    ordered_json report;
-    if (row != nullptr)
-        report["request"] = {{"name", row->name}};
-    report["verdict"] = word_of(verdict::none);
-    report["exit_code"] = static_cast<int>(code);
-    report["error"] = sentence;
-    return report.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    const ordered_json request =
+        row == nullptr ? ordered_json::object() : ordered_json{{"request", {{"name", row->name}}}};
+    return text::error_json(code, sentence, word_of(verdict::none), request);
 }
 
 } // namespace station

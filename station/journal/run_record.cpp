@@ -336,21 +336,24 @@ void reader::end(attempt &step, const json &content)
 
 bool reader::is_chosen(const std::string &step) const
 {
-    return (only.empty() || std::ranges::find(only, step) != only.end()) &&
-           std::ranges::find(skipped, step) == skipped.end();
+    const auto among = [&](const std::vector<std::string> &names) {
+        return std::ranges::any_of(names, [&](const std::string &name) { return is_meant(name, step); });
+    };
+    return (only.empty() || among(only)) && !among(skipped);
 }
 
 /* A run ends with SKIP when it was interrupted, when what passed is a part of the plan, and when nothing was judged.
- * Journals that do not say that they were interrupted tell it by steps that were chosen and not run, or that passed for
- * nothing. */
+ * Every journal with a digest of the plan says that it was interrupted; earlier ones tell it by steps that were chosen
+ * and not run. A whole plan whose steps passed would have ended with a pass. */
 run_result reader::result_of_skip() const
 {
     const auto has_last = [&](const auto &wanted) {
         return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && wanted(step); });
     };
     const bool passed = has_last([](const attempt &step) { return step.judged == verdict::pass; });
-    const bool cut_short =
-        has_last([&](const attempt &step) { return step.judged == verdict::not_run && is_chosen(step.step); });
+    const bool cut_short = run.plan_sha256.empty() && has_last([&](const attempt &step) {
+                               return step.judged == verdict::not_run && is_chosen(step.step);
+                           });
     if (interrupted || cut_short || (passed && !run.partial))
         return run_result::interrupted;
     return passed ? run_result::partial : run_result::unjudged;
@@ -442,6 +445,11 @@ try {
     return run;
 } catch (const unreadable_file &why) {
     throw no_journal(why.what());
+}
+
+bool is_meant(const std::string &name, const std::string &step)
+{
+    return step == name || step.starts_with(name + ".");
 }
 
 std::optional<double> seconds_between(const moment &start, const moment &end)

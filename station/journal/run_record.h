@@ -91,6 +91,9 @@ struct run_record {
  * that is not valid is no verdict. Throws no_journal. */
 run_record read_run(const std::filesystem::path &run_dir);
 
+/* Whether a name that the operator chose or left out means a step: its own, its group's or its round's. */
+bool is_meant(const std::string &name, const std::string &step);
+
 /* The time between, never negative although clocks are set; nothing when either is unknown. */
 std::optional<double> seconds_between(const moment &start, const moment &end);
 

@@ -92,6 +92,14 @@ static judged_check check_limit(const limit &asked, const json &value, verdict s
     return made;
 }
 
+/* One fact is one failure: what a check of the request has failed already, the plan need not fail again. */
+static bool has_failed_by(const port_outcome &row, std::string_view column)
+{
+    return std::ranges::any_of(row.checks, [&](const station::check &made) {
+        return made.judged == verdict::fail && column == (made.column != nullptr ? made.column : made.name);
+    });
+}
+
 static void check_limit(const test_plan &plan, const limit &asked, const outcome &unit,
                         std::vector<judged_check> &checks)
 {
@@ -104,8 +112,12 @@ static void check_limit(const test_plan &plan, const limit &asked, const outcome
         return;
     }
     const auto index = static_cast<size_t>(column - unit.columns.begin());
-    for (const port_outcome &row : unit.ports)
-        checks.push_back(check_limit(asked, row.cells[index].value, row.judged, subject_of(plan, unit, row)));
+    for (const port_outcome &row : unit.ports) {
+        const journal::subject about = subject_of(plan, unit, row);
+        checks.push_back(has_failed_by(row, asked.value)
+                             ? judged_check{check_name(asked), verdict::untested, "", about}
+                             : check_limit(asked, row.cells[index].value, row.judged, about));
+    }
 }
 
 /* Whether there is a limit on a value of every port: it judges what nothing else does. */

@@ -71,7 +71,7 @@ static std::string answer_to(const std::string &question)
 {
     const auto line = ask(question);
     if (!line)
-        throw station::no_reply(station::exit_code::no_verdict, "no-verdict", "the input ended before the answer");
+        throw station::no_reply(station::exit_code::no_verdict, "input-ended", "the input ended before the answer");
     return *line;
 }
 

@@ -33,10 +33,10 @@ std::string trimmed(const std::string &text)
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-static void leave_if_interrupted()
+static void leave_if_interrupted(const char *sentence)
 {
     if (station::noted_signal() != 0)
-        throw station::no_reply(station::noted_code(), "interrupted", "interrupted");
+        throw station::no_reply(station::noted_code(), "interrupted", sentence);
 }
 
 /* Until a letter can be read, or the end. */
@@ -46,7 +46,7 @@ static void wait_for_input()
     while (poll(&input, 1, glance_ms) <= 0) {
         if (station::noted_signal() != 0)
             std::fputs("\n", stderr); /* the question stands alone on its line */
-        leave_if_interrupted();
+        leave_if_interrupted("the question was not answered: the run was interrupted");
     }
 }
 
@@ -85,7 +85,7 @@ void wait(std::chrono::seconds time, const std::function<void()> &tick)
     const auto end = std::chrono::steady_clock::now() + time;
     for (auto now = end - time; now < end; now = std::chrono::steady_clock::now()) {
         tick();
-        leave_if_interrupted();
+        leave_if_interrupted("the pause was cut short: the run was interrupted");
         const auto left_ms = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
         poll(nullptr, 0, static_cast<int>(std::min<int64_t>(glance_ms, left_ms)));
     }

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <sstream>
 
+#include "common/error_json.h"
 #include "common/nearest.h"
 #include "common/say.h"
 #include "identity.h"
@@ -35,12 +36,6 @@ static void print(const std::string &text)
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/* Whether a name that was given means the step: its own, its group's or its round's. */
-static bool is_meant(const std::string &name, const step &asked)
-{
-    return asked.name == name || asked.name.starts_with(name + ".");
-}
-
 /* The names of --only or --skip, all of them of the plan. */
 static std::vector<std::string> step_names(const test_plan &plan, const char *option, const std::string &list)
 {
@@ -51,7 +46,7 @@ static std::vector<std::string> step_names(const test_plan &plan, const char *op
         for (const step &asked : plan.steps)
             if (asked.group.empty() || known.empty() || known.back() != asked.group)
                 known.emplace_back(asked.group.empty() ? asked.name : asked.group);
-        if (std::ranges::none_of(plan.steps, [&](const step &asked) { return is_meant(name, asked); }))
+        if (std::ranges::none_of(plan.steps, [&](const step &asked) { return journal::is_meant(name, asked.name); }))
             throw station::usage_error(
                 fmt::format("{}: unknown step '{}'{}", option, name, text::expected_one_of(name, known)));
         names.push_back(name);
@@ -65,7 +60,7 @@ static std::vector<const step *> select(const test_plan &plan, const order &give
     const std::vector<std::string> skipped = step_names(plan, "--skip", given.skip);
     std::vector<const step *> selected;
     const auto among = [](const std::vector<std::string> &names, const step &asked) {
-        return std::ranges::any_of(names, [&](const std::string &name) { return is_meant(name, asked); });
+        return std::ranges::any_of(names, [&](const std::string &name) { return journal::is_meant(name, asked.name); });
     };
     for (const step &asked : plan.steps)
         if ((only.empty() || among(only, asked)) && !among(skipped, asked))
@@ -73,12 +68,13 @@ static std::vector<const step *> select(const test_plan &plan, const order &give
     return selected;
 }
 
-/* What cannot be told by the journal of the run. */
-static void print_problem(const order &given, exit_code code, const std::string &text)
+/* What cannot be told by the journal of the run: why, on stderr and to programs. */
+static exit_code fail(const order &given, exit_code code, const std::string &why, const char *word)
 {
-    const nlohmann::ordered_json object{{"exit_code", static_cast<int>(code)}, {"error", text}};
-    print(given.json ? object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n"
-                     : text + "\n");
+    text::say(fmt::format("facmsg-station: plan: {}", why));
+    if (given.json)
+        print(text::error_json(code, why, word));
+    return code;
 }
 
 /* By only and skip a reader knows a run of a part of the plan; a choice of all its steps is none. */
@@ -131,10 +127,7 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
         reports::write_reports(run_dir, record);
     } catch (const std::system_error &error) {
         text::say(fmt::format("facmsg-station: plan: {}", error.what()));
-        print_problem(given, exit_code::not_saved,
-                      fmt::format("RESULTS NOT SAVED  the journal of the run is complete, its reports are not; once "
-                                  "there is room for them:\n  facmsg-station report '{}'",
-                                  run_dir.string()));
+        print(given.json ? reports::run_json(record, run_dir, error.what()) : reports::unsaved_text(run_dir));
         return exit_code::not_saved;
     }
     print(given.json ? reports::run_json(record, run_dir)
@@ -161,7 +154,13 @@ static void check_operator(steps_view steps, const order &given)
 
 static void check_results(const std::filesystem::path &results)
 {
-    if (std::filesystem::exists(results) && !std::filesystem::is_directory(results))
+    std::error_code unknown;
+    const auto there = std::filesystem::status(results, unknown);
+    if (unknown == std::errc::permission_denied)
+        throw station::usage_error(fmt::format(
+            "--results: '{}' cannot be entered: permission denied, allowed: a directory, or where one can be made",
+            results.string()));
+    if (std::filesystem::exists(there) && !std::filesystem::is_directory(there))
         throw station::usage_error(fmt::format(
             "--results: '{}' is no directory, allowed: a directory, or where one can be made", results.string()));
 }
@@ -194,10 +193,9 @@ static exit_code run_steps(const test_plan &plan, steps_view steps, const order 
     } catch (const station::no_reply &) {
         throw;
     } catch (const std::exception &error) {
-        text::say(fmt::format("facmsg-station: plan: {}", error.what()));
-        print_problem(given, exit_code::not_saved,
-                      "RESULTS NOT SAVED  nothing can be said about this unit: run the plan again");
-        return exit_code::not_saved;
+        if (!given.json)
+            print("RESULTS NOT SAVED  nothing can be said about this unit: run the plan again\n");
+        return fail(given, exit_code::not_saved, error.what(), word_of(station::verdict::none));
     }
 }
 
@@ -205,13 +203,9 @@ exit_code run_plan(const order &given)
 {
     const test_plan plan = read_plan(given.file);
     const std::vector<const step *> steps = select(plan, given);
-    if (steps.empty()) {
-        const char *sentence = "nothing was run: --only and --skip leave no step";
-        text::say(fmt::format("facmsg-station: plan: {}", sentence));
-        if (given.json)
-            print_problem(given, exit_code::nothing_run, sentence);
-        return exit_code::nothing_run;
-    }
+    if (steps.empty())
+        return fail(given, exit_code::nothing_run, "nothing was run: --only and --skip leave no step",
+                    word_of(station::verdict::unjudged));
     if (given.dry_run) {
         print(given.json ? list_steps_json(plan, steps) : list_steps(plan, steps));
         return exit_code::passed;

@@ -56,7 +56,7 @@ void runner::give_up(const std::string &id, const station::no_reply &why)
     const std::string sentence = why.what();
     if (symptom == "interrupted") {
         interrupted();
-        journal_.log(id, "no reply was waited for any longer: the run was interrupted");
+        journal_.log(id, sentence);
         journal_.step_end(id, journal::step_status::skip);
         return console_.end(word_of(journal::verdict::not_run), sentence);
     }
@@ -64,7 +64,9 @@ void runner::give_up(const std::string &id, const station::no_reply &why)
     journal_.error(id, symptom, sentence);
     journal_.step_end(id, journal::step_status::error);
     console_.end(station::word_of(verdict::none), sentence);
-    if (symptom != "no-verdict")
+    if (symptom == "input-ended")
+        over_ = "the input ended, so nobody answers any longer";
+    else if (symptom != "no-verdict")
         over_ = "the service did not answer an earlier step";
 }
 

@@ -8,6 +8,8 @@
 #include <cctype>
 #include <cmath>
 #include <fmt/format.h>
+#include <limits>
+#include <optional>
 
 #include "common/nearest.h"
 #include "values.h"
@@ -74,25 +76,48 @@ template <class Limit> static auto *bound_of(Limit &asked, const station::option
     return !same ? nullptr : field.least_value ? &asked.least : &asked.most;
 }
 
+/* A bound as the value of an option, which counts in whole numbers; nothing when the option takes no such number. */
+static std::optional<std::string> option_value(const station::option &field, const nlohmann::json &bound)
+{
+    if (!bound.is_number())
+        return std::nullopt;
+    const auto exact = bound.get<double>();
+    const double whole = field.least_value ? std::ceil(exact) : std::floor(exact);
+    if (whole < static_cast<double>(field.least) || whole > static_cast<double>(field.most))
+        return std::nullopt;
+    return std::to_string(static_cast<int64_t>(whole));
+}
+
 limit left_to_the_plan(const step &of, limit asked)
 {
     if (of.row == nullptr) /* a question: the plan judges the answer */
         return asked;
     for (const station::option &field : of.row->options)
         if (nlohmann::json *bound = bound_of(asked, field);
-            bound != nullptr && station::own_value(of.sent, field.name) == bound->dump())
+            bound != nullptr && !bound->is_null() &&
+            station::own_value(of.sent, field.name) == option_value(field, *bound))
             *bound = nullptr;
     return asked;
+}
+
+/* Lets every value pass, for the plan to judge. */
+static void open_limit(const station::option &field, step &into)
+{
+    into.sent.own.insert_or_assign(field.name, std::to_string(std::numeric_limits<int64_t>::max()));
 }
 
 void adopt_limits(step &into)
 {
     for (const station::option &field : into.row->options)
-        for (const limit &asked : into.limits)
-            if (const nlohmann::json *bound = bound_of(asked, field); bound != nullptr && bound->is_number_integer() &&
-                                                                      *bound >= field.least && *bound <= field.most &&
-                                                                      !station::own_value(into.sent, field.name))
-                field.set(into.sent, field, bound->dump());
+        for (const limit &asked : into.limits) {
+            const nlohmann::json *bound = bound_of(asked, field);
+            if (bound == nullptr || station::own_value(into.sent, field.name))
+                continue;
+            if (const auto adopted = option_value(field, *bound))
+                field.set(into.sent, field, *adopted);
+            else if (field.judges_unasked)
+                open_limit(field, into);
+        }
 }
 
 void check_limits(const text::toml_reader &reader, const toml::table &step_table, const step &read,

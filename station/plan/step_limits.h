@@ -14,7 +14,8 @@ namespace plan
 /* Adds the limits in the table to the step. All throw text::file_error. */
 void read_limits(const std::string &file, const toml::table &table, step &into);
 
-/* A limit on a value that the station itself judges by an option becomes this option's value. */
+/* A limit on a value that the station itself judges by an option becomes this option's value. The station's own default
+ * judges nothing that the plan limits. */
 void adopt_limits(step &into);
 
 /* A limit of the step without the bounds that the station judges by its options: one fact is to fail once. */

@@ -72,6 +72,7 @@ static data missing_data(const missing_ports &one)
     return object({{"step", one.missing.step},
                    {"style", style_of(one.missing.why)},
                    {"word", word_of(one.missing.why)},
+                   {"detail", one.missing.detail},
                    {"ports", one.ports}});
 }
 

@@ -57,6 +57,15 @@ static data column_data(const table_column &column)
                    {"has_limits", !column.limits.empty()}});
 }
 
+/* What is told of the whole unit. Beside a step that failed no check stands as passed. */
+static std::vector<const observation *> unit_line(const journal::attempt &tried, const step_table &table)
+{
+    std::vector<const observation *> shown = table.unit;
+    if (tried.judged == verdict::fail)
+        std::erase_if(shown, [](const observation *made) { return made->judged == verdict::pass; });
+    return shown;
+}
+
 /* "coverage PASS", "running_version 3 (>= 1)". */
 static data unit_data(const observation *made)
 {
@@ -98,6 +107,7 @@ static data notes_of(const journal::attempt &tried)
 data step_data(const journal::attempt &tried)
 {
     const step_table table = table_of(tried);
+    const std::vector<const observation *> unit = unit_line(tried, table);
     return object(
         {{"step", tried.step},
          {"request", tried.request},
@@ -110,8 +120,8 @@ data step_data(const journal::attempt &tried)
          {"summary", summary_of(tried)},
          {"meta", meta_of(tried)},
          {"notes", notes_of(tried)},
-         {"has_unit", !table.unit.empty()},
-         {"unit", list(table.unit, unit_data)},
+         {"has_unit", !unit.empty()},
+         {"unit", list(unit, unit_data)},
          {"has_rows", !table.rows.empty()},
          {"columns", list(table.columns, column_data)},
          {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});

@@ -60,6 +60,16 @@ static bool has_reply(const attempt &tried)
            tried.judged != verdict::incomplete;
 }
 
+/* Of an attempt that failed without naming a port of the panel: where; null for other attempts. */
+static const char *unnamed_failure(const attempt &tried, const said_of_ports &said)
+{
+    if (tried.judged != verdict::fail || !said.empty() || !tried.covers.empty() || !tried.judges_ports)
+        return nullptr;
+    const bool at_position = std::ranges::any_of(
+        tried.checks, [](const observation &made) { return made.judged == verdict::fail && made.where.id != "unit"; });
+    return at_position ? "at a position that nobody can name" : "as a whole";
+}
+
 /* What a port owes to the steps so far. */
 struct port_account {
     port_finding found;
@@ -72,7 +82,7 @@ static std::string sentence_on(const attempt &tried, const observation &made)
 }
 
 /* said is null when the attempt says nothing of the port. */
-static void add(port_account &port, const attempt &tried, size_t order, const observation *said)
+static void add_said(port_account &port, const attempt &tried, size_t order, const observation *said)
 {
     const verdict judged = said == nullptr ? verdict::none : said->judged;
     const bool worse =
@@ -92,11 +102,25 @@ static void add(port_account &port, const attempt &tried, size_t order, const ob
         port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.judged, order});
 }
 
+static void add(std::vector<port_account> &accounts, const attempt &tried, size_t order)
+{
+    const said_of_ports said = said_in(tried);
+    const char *unnamed = tried.is_last ? unnamed_failure(tried, said) : nullptr;
+    for (port_account &port : accounts) {
+        const auto known = said.find(port.found.port.id);
+        if (unnamed != nullptr)
+            port.found.missing.push_back({tried.step, tried.judged, order, unnamed});
+        else
+            add_said(port, tried, order, known == said.end() ? nullptr : known->second);
+    }
+}
+
 static std::string missing_text(const std::vector<missing_step> &missing)
 {
     std::string text;
     for (const missing_step &one : missing)
-        text += fmt::format("{}{} ({})", text.empty() ? "Missing: " : ", ", one.step, word_of(one.why));
+        text += fmt::format("{}{} ({}{}{})", text.empty() ? "Missing: " : ", ", one.step, word_of(one.why),
+                            *one.detail == '\0' ? "" : " ", one.detail);
     return text.empty() ? "" : text + ".";
 }
 
@@ -133,14 +157,8 @@ std::vector<port_finding> ports_of(const journal::run_record &run)
     std::vector<port_account> accounts;
     for (const journal::place &port : run.ports)
         accounts.push_back({{port}});
-    for (size_t order = 0; order < run.attempts.size(); order++) {
-        const attempt &tried = run.attempts[order];
-        const said_of_ports said = said_in(tried);
-        for (port_account &port : accounts) {
-            const auto known = said.find(port.found.port.id);
-            add(port, tried, order, known == said.end() ? nullptr : known->second);
-        }
-    }
+    for (size_t order = 0; order < run.attempts.size(); order++)
+        add(accounts, run.attempts[order], order);
     std::vector<port_finding> ports;
     for (port_account &port : accounts) {
         if (run.result == journal::run_result::incomplete)

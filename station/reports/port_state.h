@@ -3,7 +3,8 @@
  * What is known of each port of the front panel, held against what the plan asks of it.
  *
  * A step asks for the ports that it covers. One without such a list asks for those that its reply names; and while it
- * has no reply, for every port, unless the journal says that its request judges none.
+ * has no reply, for every port, unless the journal says that its request judges none. So does one that fails and names
+ * no port: nobody knows which it means.
  */
 #ifndef REPORTS_PORT_STATE_H
 #define REPORTS_PORT_STATE_H
@@ -30,8 +31,9 @@ const char *word_of(port_state state);
 /* A step of which a port lacks the judgement. */
 struct missing_step {
     std::string step;
-    journal::verdict why; /* what the step came to there: not tested, not run, no verdict, incomplete */
-    size_t order;         /* of the steps */
+    journal::verdict why;    /* what the step came to there: not tested, not run, no verdict, incomplete, fail */
+    size_t order;            /* of the steps */
+    const char *detail = ""; /* of a failure of which nobody knows the ports */
 };
 
 struct port_finding {

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "common/error_json.h"
 #include "common/path_fault.h"
 #include "common/printable.h"
 #include "common/say.h"
@@ -39,10 +40,7 @@ static exit_code fail(const char *tool, exit_code code, const std::string &sente
 static exit_code refuse(const char *tool, form wanted, const std::string &sentence)
 {
     if (wanted == form::json)
-        print(
-            ordered_json{{"exit_code", static_cast<int>(exit_code::usage)}, {"error", text::printable(sentence)}}.dump(
-                2) +
-            "\n");
+        print(text::error_json(exit_code::usage, sentence));
     return fail(tool, exit_code::usage, sentence);
 }
 
@@ -53,8 +51,7 @@ try {
     try {
         write_reports(run_dir, run);
     } catch (const std::system_error &why) {
-        print(wanted == form::json ? run_json(run, run_dir, exit_code::not_saved)
-                                   : verdict_text(run, coloured, text::stdout_columns()));
+        print(wanted == form::json ? run_json(run, run_dir, why.what()) : unsaved_text(run_dir));
         return fail("report", exit_code::not_saved, why.what());
     }
     print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured, text::stdout_columns()));

@@ -17,7 +17,8 @@ namespace reports
 enum class form { text, coloured, json };
 
 /* Writes the reports of a run again and prints its verdict. Returns the exit code of the run; usage when there is no
- * journal, not_saved when a report could not be written; the verdict is printed none the less. */
+ * journal, not_saved when a report could not be written, which is said in place of the verdict; programs are told both.
+ */
 common::exit_code report_tool(const std::filesystem::path &run_dir, form wanted);
 
 /* Prints what is wrong with a journal, a line each. passed when it is valid, failed when not, usage when it

@@ -24,16 +24,16 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
                          size_t columns = text::screen_columns);
 
-/* The same for a run whose report could not be written. */
-std::string verdict_text(const journal::run_record &run, bool colour, size_t columns = text::screen_columns);
+/* In its place for a run whose reports could not be written: how to have them written later. */
+std::string unsaved_text(const std::filesystem::path &run_dir);
 
 /* The code with which the program ends for a run. */
 common::exit_code exit_code_of(const journal::run_record &run);
 
 /* One JSON object on the run: verdict, exit_code, summary, run_dir, its labels, whole_plan, failures, faults, steps.
- * The exit code is that of the run unless another is given. */
+ * When the reports could not be written, exit_code is 4 and error says why. */
 std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
-                     std::optional<common::exit_code> code = std::nullopt);
+                     const std::optional<std::string> &not_saved = std::nullopt);
 
 /* The texts of the files. */
 std::string junit_text(const journal::run_record &run);

@@ -39,10 +39,10 @@ static ordered_json step_json(const journal::attempt &tried)
 }
 
 std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
-                     std::optional<common::exit_code> code)
+                     const std::optional<std::string> &not_saved)
 {
     ordered_json object{{"verdict", word_of(run.result)},
-                        {"exit_code", static_cast<int>(code.value_or(exit_code_of(run)))},
+                        {"exit_code", static_cast<int>(not_saved ? common::exit_code::not_saved : exit_code_of(run))},
                         {"summary", headline(run)},
                         {"run_dir", text::printable(run_dir.string())},
                         {"serial", run.serial},
@@ -59,6 +59,8 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
                         {"failures", ordered_json::array()},
                         {"faults", ordered_json::array()},
                         {"steps", ordered_json::array()}};
+    if (not_saved)
+        object["error"] = text::printable(*not_saved);
     for (const finding &one : failures_of(run))
         object["failures"].push_back(failure_json(one));
     for (const finding &one : faults_of(run))

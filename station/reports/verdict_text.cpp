@@ -119,7 +119,8 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
     return rows;
 }
 
-std::string verdict_text(const journal::run_record &run, bool colour, size_t columns)
+std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
+                         size_t columns)
 {
     const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
     const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
@@ -127,14 +128,15 @@ std::string verdict_text(const journal::run_record &run, bool colour, size_t col
            rows_text("What the station could not do:", fault_rows(run), columns) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry), columns) +
            rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run), columns) +
-           rows_text("Steps that were cut off:", step_rows(run, is_unfinished), columns);
+           rows_text("Steps that were cut off:", step_rows(run, is_unfinished), columns) +
+           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
 }
 
-std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
-                         size_t columns)
+std::string unsaved_text(const std::filesystem::path &run_dir)
 {
-    return verdict_text(run, colour, columns) +
-           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
+    return fmt::format("RESULTS NOT SAVED  the journal of the run is kept, its reports are not; once there is room for "
+                       "them:\n  facmsg-station report '{}'\n",
+                       text::escaped(text::printable(run_dir.string())));
 }
 
 } // namespace reports

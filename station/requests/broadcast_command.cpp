@@ -17,7 +17,8 @@ static const option options[] = {
     {.name = "--fcs-limit",
      .help = "FCS errors that a port may have, 0 if not given",
      .set = set_own_number,
-     .limited = "fcs_errors"},
+     .limited = "fcs_errors",
+     .judges_unasked = true},
 };
 
 constinit const std::span<const option> broadcast_options{options};
@@ -55,7 +56,7 @@ static port_outcome judge_port(const broadcast_test_record &reply, uint32_t i, u
     const bool unreadable = code == FACMSG_PORT_FCS_UNREADABLE;
     if (unreadable)
         add_check(port, "link", verdict::pass);
-    judge_code(port, unreadable ? counted : "link", codes, code);
+    judge_code(port, unreadable ? counted : "link", codes, code, "code");
     port.failed_here = fails_unseen(code, reply);
     if (code != FACMSG_PORT_OK) {
         if (!unreadable)

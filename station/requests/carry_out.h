@@ -13,8 +13,8 @@ namespace station
 /* The request ends without a reply that can be judged; what() says why. */
 struct no_reply : std::runtime_error {
     exit_code code;
-    const char *symptom; /* one word: "unreachable", "host-ended", "busy", "timeout", "interrupted", or "no-verdict"
-                            after an answer */
+    const char *symptom; /* one word: "unreachable", "host-ended", "busy", "timeout", "interrupted", "input-ended" for
+                            a question, or "no-verdict" after an answer */
     no_reply(exit_code why, const char *word, const std::string &sentence)
         : std::runtime_error(sentence), code(why), symptom(word)
     {

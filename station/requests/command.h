@@ -74,6 +74,7 @@ struct option {
     const char *not_beside = nullptr; /* an option that leaves no sense to this one */
     const char *limited = nullptr;    /* the column of the reply whose greatest value this is, or ... */
     bool least_value = false;         /* ... whose least */
+    bool judges_unasked = false;      /* when it is not given there is a limit none the less */
 };
 
 /* How long a request takes, in seconds. */

@@ -42,7 +42,8 @@ struct column {
 struct check {
     const char *name;
     verdict judged;
-    std::string sentence = {}; /* what was measured and what was expected; empty for a pass */
+    std::string sentence = {};    /* what was measured and what was expected; empty for a pass */
+    const char *column = nullptr; /* that it looks at; null: the one of its own name, if there is one */
 };
 
 struct port_outcome {

@@ -111,7 +111,7 @@ static port_outcome judge_port(uint32_t word, const ending &end)
     const uint32_t code = FACMSG_RESULT_CODE(word);
     port_outcome port{.port = FACMSG_RESULT_PORT(word), .cells = {{code}}};
     if (std::ranges::find(end.untested, code) == end.untested.end())
-        judge_code(port, "packet", end.codes, code);
+        judge_code(port, "packet", end.codes, code, "code");
     else
         add_check(port, "packet", verdict::untested,
                   fmt::format(fmt::runtime(std::ranges::find(end.codes, code, &code_sentence::code)->sentence),

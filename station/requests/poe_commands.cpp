@@ -50,10 +50,10 @@ static constexpr code_sentence power_off_codes[] = {
 
 static const char *const not_checked = "-";
 
-static void judge_cell(port_outcome &port, const char *name, code_table codes, uint32_t code)
+static void judge_cell(port_outcome &port, const char *name, code_table codes, uint32_t code, const char *column)
 {
     port.cells.push_back({code, code == 0 ? "ok" : "FAIL"});
-    judge_code(port, name, codes, code);
+    judge_code(port, name, codes, code, column);
 }
 
 /* Without a list of classes every one that could be read is good. */
@@ -67,22 +67,23 @@ static void judge_class(port_outcome &port, uint32_t pd_class, const std::string
         fail_here(port, "class", fmt::format("Class {} of the powered device; expected {}.", pd_class, allowed));
     else
         add_check(port, "class", verdict::pass);
+    port.checks.back().column = "pd_class";
 }
 
 /* Class and overload are only looked at in a good power state. */
 static port_outcome judge_entry(const poe_test_reply &reply, uint32_t k, uint32_t number, const std::string &classes)
 {
     port_outcome port{number};
-    judge_cell(port, "state", state_codes, reply.state_code[k]);
+    judge_cell(port, "state", state_codes, reply.state_code[k], "state_code");
     if (reply.state_code[k] != 0) {
         port.cells.insert(port.cells.end(), 2, {nullptr, not_checked});
         list_untested(port, "class");
         list_untested(port, "overload");
     } else {
         judge_class(port, reply.pd_class[k], classes);
-        judge_cell(port, "overload", overload_codes, reply.overload_code[k]);
+        judge_cell(port, "overload", overload_codes, reply.overload_code[k], "overload_code");
     }
-    judge_cell(port, "power_off", power_off_codes, reply.power_off_code[k]);
+    judge_cell(port, "power_off", power_off_codes, reply.power_off_code[k], "power_off_code");
     return port;
 }
 

@@ -51,7 +51,7 @@ void list_untested(port_outcome &port, const char *name)
     port.checks.push_back({name, verdict::untested});
 }
 
-void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word)
+void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word, const char *column)
 {
     const uint32_t upper = word >> 16;
     const auto row = std::ranges::find(known, word & 0xFFFF, &code_sentence::code);
@@ -64,6 +64,7 @@ void judge_code(port_outcome &port, const char *name, code_table known, uint32_t
         add_check(port, name, verdict::fail, fmt::format(fmt::runtime(row->sentence), upper));
     else
         add_check(port, name, verdict::pass);
+    port.checks.back().column = column;
 }
 
 std::string find_obstacle(code_table results, uint32_t result)

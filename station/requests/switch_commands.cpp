@@ -47,7 +47,8 @@ static outcome read_reply(const switch_test_record &reply, const std::string &ti
     unit.summary = find_wrong_port(ports_of_words(reply.port_results, reply.port_count));
     for (const uint32_t word : std::span(reply.port_results, unit.summary.empty() ? reply.port_count : 0)) {
         const uint32_t code = FACMSG_RESULT_CODE(word);
-        judge_code(unit.ports.emplace_back(port_outcome{FACMSG_RESULT_PORT(word), {{code}}}), "switch", codes, code);
+        judge_code(unit.ports.emplace_back(port_outcome{FACMSG_RESULT_PORT(word), {{code}}}), "switch", codes, code,
+                   "code");
     }
     return unit;
 }

@@ -75,7 +75,7 @@ outcome decode_vop(const request &sent, const std::vector<uint8_t> &payload)
     for (uint32_t k = 0; k < reply.port_count; k++) {
         port_outcome &port =
             unit.ports.emplace_back(port_outcome{ports[k], {{reply.vop_status[k]}, {reply.vop_value[k]}}});
-        judge_code(port, "vop", vop_codes, reply.vop_status[k]);
+        judge_code(port, "vop", vop_codes, reply.vop_status[k], "vop_status");
         if (limits.given())
             judge_value(port, reply.vop_value[k], limits);
     }

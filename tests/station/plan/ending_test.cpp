@@ -152,8 +152,8 @@ TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
                 close(connection);
                 EXPECT_EQ(only_story(folder.path),
                           std::string(answered ? "factory-mode#1 COMPLETE\n"
-                                               : "factory-mode#1 no reply was waited for any longer: the run was "
-                                                 "interrupted SKIP\n") +
+                                               : "factory-mode#1 interrupted; the service goes on with the request "
+                                                 "it has begun SKIP\n") +
                               "poe#1 the run was interrupted SKIP\nThe run was interrupted by SIG" +
                               sigabbrev_np(number) + ". SKIP NOT_APPLICABLE");
                 for (const char *report : {"/junit.xml", "/results.csv", "/report.html"})

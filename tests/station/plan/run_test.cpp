@@ -152,6 +152,16 @@ TEST(plan_run, limits_coverage_and_selection)
          {"--skip", "factory-mode"},
          "poe-version#1 COMPLETE\nfactory-mode#1 the run was told to leave the step out SKIP\nSKIP NOT_APPLICABLE",
          6},
+        {"[[step]]\nname = \"round\"\nrepeat = 2\n[[step.step]]\nrequest = \"poe-version\"\n[[step]]\nrequest = "
+         "\"factory-mode\"",
+         {"--skip", "round"},
+         "factory-mode#1 COMPLETE\nround.1.poe-version#1 the run was told to leave the step out SKIP\n"
+         "round.2.poe-version#1 the run was told to leave the step out SKIP\nSKIP NOT_APPLICABLE",
+         6},
+        {"[[step]]\nrequest = \"poe\"\noptions = { classes = \"1\" }\nlimits = { pd_class = { equal = 1 } }",
+         {},
+         "poe#1 class-fail:port09 pd_class_limit-not-tested:port09 class-fail:port10",
+         1},
         {"[[step]]\nrequest = \"poe-version\"", {"--only", "poe-version"}, "poe-version#1 COMPLETE\nCOMPLETE PASS", 0},
         {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
          {"--stop-on-fail"},
@@ -172,6 +182,23 @@ TEST(plan_run, limits_coverage_and_selection)
         const board_run done(told.steps, told.options);
         EXPECT_EQ(done.story.substr(0, std::strlen(told.story)), told.story) << done.end;
         EXPECT_EQ(done.end.code, told.code) << told.steps << done.end;
+    }
+}
+
+/* The limit of the station's own, no error at all, judges only what the plan does not. */
+TEST(plan_run, one_count_fails_once_and_by_the_plan)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"{ max = 1e9 }", ""},
+        {"{ max = 0.5 }", " fcs_errors-fail:port15"},
+        {"{ equal = 0 }", " fcs_errors_limit-fail:port15"},
+    };
+    for (const auto &[limit, found] : cases) {
+        const board_run done(std::string("[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = ") + limit + " }",
+                             {}, "[[faults]]\nkind = \"fcs_errors\"\nevery = 1000\nports = 15\n");
+        EXPECT_EQ(done.story,
+                  std::string("broadcast#1") + found +
+                      (*found == '\0' ? " COMPLETE\nCOMPLETE PASS" : " step-fail:unit COMPLETE\nCOMPLETE FAIL"));
     }
 }
 
@@ -330,9 +357,10 @@ TEST(plan_by_hand, nobody_there_is_told_before_anything_is_sent)
 
 TEST(plan_by_hand, an_interruption_ends_a_question_and_a_pause_with_their_record)
 {
-    const std::pair<const char *, const char *> cases[] = {{"ask = \"Green?\"", "Green? [y/n] "},
-                                                           {"pause_s = 3600", " of about 3600 s"}};
-    for (const auto &[what, shown] : cases) {
+    const std::tuple<const char *, const char *, const char *> cases[] = {
+        {"ask = \"Green?\"", "Green? [y/n] ", "the question was not answered"},
+        {"pause_s = 3600", " of about 3600 s", "the pause was cut short"}};
+    for (const auto &[what, shown, told] : cases) {
         const temporary_folder folder;
         const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
         grantpt(terminal);
@@ -349,9 +377,21 @@ TEST(plan_by_hand, an_interruption_ends_a_question_and_a_pause_with_their_record
         }
         EXPECT_EQ(wait_for(pid), 143) << seen;
         close(terminal);
-        EXPECT_EQ(only_story(folder.path), "a#1 no reply was waited for any longer: the run was interrupted SKIP\n"
-                                           "The run was interrupted by SIGTERM. SKIP NOT_APPLICABLE");
+        EXPECT_EQ(only_story(folder.path), std::string("a#1 ") + told +
+                                               ": the run was interrupted SKIP\n"
+                                               "The run was interrupted by SIGTERM. SKIP NOT_APPLICABLE");
     }
+}
+
+TEST(plan_by_hand, the_end_of_the_input_ends_the_run)
+{
+    const temporary_folder folder;
+    const std::string plan =
+        plan_with("[[step]]\nname = \"a\"\nask = \"Green?\"\n[[step]]\nname = \"b\"\nask = \"Red?\"");
+    const finished end = talk_on_terminal(plan_line(folder.path, plan, who), {{"Green? [y/n] ", "\x04"}}, "");
+    EXPECT_EQ(end.code, 3) << end;
+    EXPECT_EQ(only_story(folder.path), "a#1 input-ended ERROR\nb#1 the input ended, so nobody answers any longer SKIP\n"
+                                       "ERROR NOT_APPLICABLE");
 }
 
 TEST(plan_json, is_one_object)

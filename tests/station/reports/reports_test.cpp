@@ -217,6 +217,9 @@ TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
     journal_builder unjudged("A", 4);
     unjudged.begin("vop").judge(1, "vop", "unknown").judge(1, "limit", "pass").judge(2, "vop", "unknown");
     unjudged.whole("pass", "").end("COMPLETE", "PASS");
+    journal_builder unnamed("A", 4);
+    unnamed.begin("poe").judge(1, "link", "pass").whole("pass", "");
+    unnamed.begin("broadcast").whole("fail", "No link.").end("COMPLETE", "FAIL");
     struct {
         journal_builder journal;
         size_t port;
@@ -236,6 +239,8 @@ TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
         {unfinished_retry, 3, "–: Missing: poe (NOT RUN)."},
         {unjudged, 1, "PASS: Passed all that the plan asks of it."},
         {unjudged, 2, "–: No step judges it."},
+        {unnamed, 1, "PASSED SO FAR: Passed poe. Missing: broadcast (FAIL as a whole)."},
+        {unnamed, 2, "–: Missing: broadcast (FAIL as a whole)."},
     };
     for (const auto &[journal, port, expected] : ports) {
         const auto found = reports::ports_of(record_of(journal)).at(port - 1);
@@ -297,8 +302,14 @@ TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
     testing::internal::CaptureStdout();
     EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), exit_code::not_saved);
     const std::string shown = testing::internal::GetCapturedStdout();
-    EXPECT_NE(shown.find("\nINCOMPLETE  serial SW28-0045"), std::string::npos) << shown;
-    EXPECT_EQ(shown.find("Report:"), std::string::npos) << shown; /* what is there may be of another time */
+    EXPECT_EQ(shown.find("RESULTS NOT SAVED  "), 0U) << shown; /* in place of the verdict */
+    EXPECT_EQ(shown.find("INCOMPLETE"), std::string::npos) << shown;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::json), 4);
+    const auto told = nlohmann::json::parse(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(told["verdict"], "INCOMPLETE");
+    EXPECT_EQ(told["exit_code"], 4);
+    EXPECT_EQ(told["error"].get<std::string>().find("cannot write "), 0U) << told;
     EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
 }
 
