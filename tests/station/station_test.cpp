@@ -40,8 +40,8 @@ static const std::map<int, std::string> faulty_rows{
     {13, "  FAIL           1  No link at the last check; expected a link. No frame was\n"
          "                        sent."},
     {20, "  FAIL           3  The count of frames that came back was not 500 after the\n"
-         "                        wait, or could not be read; expected exactly 500.\n"
-         "                        With a cable, the fault may be at its other end."}};
+         "                        wait, or could not be read; expected exactly 500. With a\n"
+         "                        cable, the fault may be at its other end."}};
 
 TEST(packet, healthy_board_passes)
 {
