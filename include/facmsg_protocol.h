@@ -79,7 +79,8 @@ enum facmsg_port_code {
     FACMSG_PORT_OK = 0,              /* passed; in a packet test that stopped early (2, 6): not tested */
     FACMSG_PORT_NO_LINK = 1,         /* no link; the port was skipped */
     FACMSG_PORT_TRANSMIT = 2,        /* a frame could not be sent; shows only when the last port with link could not
-                                      * send, which ends the test uncounted: elsewhere such a port ends as 3 */
+                                      * send, which ends the test uncounted: else the port ends as 3 to which its
+                                      * frames would come back, itself or the other end of its cable */
     FACMSG_PORT_RECEIVE_COUNT = 3,   /* wrong receive count, or no phy id to read it by; never beside 2 */
     FACMSG_PORT_MEDIUM = 4,          /* the medium could not be read or switched */
     FACMSG_PORT_SET_STATUS = 6,      /* the speed, medium or duplex was refused; type 1: or the status is unreadable */

@@ -133,6 +133,10 @@ static void check_coverage(const step &asked, const outcome &unit, std::vector<j
     const auto fail = [&](journal::subject about, const char *sentence) {
         checks.push_back({"coverage", verdict::fail, sentence, std::move(about)});
     };
+    /* What a failure left without a verdict, and says so, is not a failure of its own. */
+    const auto is_left_by_a_failure = [&](const port_outcome &row) {
+        return unit.judged == verdict::fail && !row.reason.empty();
+    };
     const size_t before = checks.size();
     if (!names_ports(unit))
         return fail(whole_unit(), "The reply lists ports by position; expected as many as the plan names.");
@@ -140,7 +144,7 @@ static void check_coverage(const step &asked, const outcome &unit, std::vector<j
         const auto row = std::ranges::find(unit.ports, port, &port_outcome::port);
         if (row == unit.ports.end())
             fail(front_port(port), "The reply does not name this port; expected a verdict on it.");
-        else if (row->judged == verdict::unjudged && !limits_ports(asked, unit))
+        else if (row->judged == verdict::unjudged && !limits_ports(asked, unit) && !is_left_by_a_failure(*row))
             fail(front_port(port), "Nothing judges this port; expected a verdict on it.");
     }
     for (const port_outcome &row : unit.ports)

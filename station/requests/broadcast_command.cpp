@@ -76,10 +76,14 @@ static port_outcome judge_port(const broadcast_test_record &reply, uint32_t i, u
 static std::string explain_no_link(const broadcast_test_record &reply)
 {
     const std::span words(reply.port_results, reply.port_count);
-    const auto unreadable = std::ranges::count(words, uint32_t{FACMSG_PORT_NOT_STARTED});
-    return fmt::format("{}, none of which reports a link{}; expected a link on all; no frame was sent",
-                       text::counted(words.size(), "port"),
-                       unreadable > 0 ? fmt::format(" (the status of {} could not be read)", unreadable) : "");
+    const auto count = [&](uint32_t code) { return std::ranges::count(words, code); };
+    std::string odd;
+    if (const auto others = count(FACMSG_PORT_OK); others > 0)
+        odd += fmt::format(" ({} another link value than 0)", others);
+    if (const auto unreadable = count(FACMSG_PORT_NOT_STARTED); unreadable > 0)
+        odd += fmt::format(" (the status of {} could not be read)", unreadable);
+    return fmt::format("{}, none of which reports link 1{}; expected a link on all; no frame was sent",
+                       text::counted(words.size(), "port"), odd);
 }
 
 outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payload)

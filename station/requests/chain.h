@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
  * The serpentine chain: each port hands on what it received undamaged, so a wrong counter spoils the expectation of the
- * port after it. Who is at fault shows from the counts of both.
+ * port after it. Who is at fault shows from the counts of the ports before and after.
  */
 #ifndef STATION_CHAIN_H
 #define STATION_CHAIN_H
@@ -14,24 +14,35 @@ namespace station
 /* What one port counted. A count that the service found as expected has no flag, and no value of its own. */
 struct chain_link {
     bool wrong_transmitted, wrong_received;
-    uint32_t transmitted, received, damaged;
+    int64_t transmitted, received, damaged;
+
+    bool counted_alike(int64_t count) const
+    {
+        return transmitted == count && received == count;
+    }
 };
 
 class frame_chain
 {
   public:
-    explicit frame_chain(uint32_t sent) : expected_(sent), least_(sent), most_(sent) {}
+    frame_chain(uint32_t sent, std::vector<chain_link> links);
 
     /* Adds the checks "transmitted" and "received" of the next port. */
-    void judge(port_outcome &row, chain_link link);
+    void judge(port_outcome &row);
 
   private:
-    uint32_t expected_;    /* by the service, from the counts of the port before */
-    int64_t least_, most_; /* what may really have come to this port, where those counts are in doubt */
+    std::vector<chain_link> links_; /* each with the values of both counts */
+    size_t next_ = 0;
+    int64_t expected_;     /* by the service, from the counts of the port before */
+    int64_t trusted_;      /* what the last port handed on whose counts are beyond doubt */
+    int64_t least_, most_; /* what may really have come to this port */
 
     void judge_by_expectation(port_outcome &row, const chain_link &link);
     void judge_in_doubt(port_outcome &row, const chain_link &link);
-    void trust(int64_t least, int64_t most);
+    bool is_trusted_again(size_t port) const;
+    bool rises_after(size_t port) const;
+    void trust(int64_t count);
+    void doubt(const chain_link &link);
 };
 
 } // namespace station

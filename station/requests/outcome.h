@@ -21,10 +21,10 @@ using common::exit_code;
 /* Of several verdicts on one port the later in this list counts. */
 enum class verdict {
     pass,
+    unjudged, /* measured, but nothing judges it */
     untested, /* the test ended before it got to this port */
     fail,
-    none,    /* nothing can be said about the unit or port */
-    unjudged /* a reply arrived that the station does not judge */
+    none /* nothing can be said about the unit or port */
 };
 
 /* A word about a port beside its verdict. */

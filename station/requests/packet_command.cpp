@@ -58,7 +58,7 @@ static constexpr code_sentence counted_codes[] = {
     {FACMSG_PORT_OK, ""},
     {FACMSG_PORT_NO_LINK, "No link at the last check; expected a link. No frame was sent."},
     {FACMSG_PORT_RECEIVE_COUNT, "The count of frames that came back was not 500 after the wait, or could not be read; "
-                                "expected exactly 500."},
+                                "expected exactly 500. With a cable, the fault may be at its other end."},
 };
 
 /* When the last port with link could not send, which ends the test before anything is counted; {} is that port. */
@@ -95,13 +95,11 @@ static std::string settings_of(const packet_test_record &asked)
 
 static ending ending_of(std::span<const uint32_t> words)
 {
-    const auto ends_with = [&](uint32_t code) {
-        return std::ranges::find(words.rbegin(), words.rend(), code,
-                                 [](uint32_t word) { return FACMSG_RESULT_CODE(word); });
-    };
-    if (ends_with(FACMSG_PORT_SET_STATUS) != words.rend())
+    if (std::ranges::any_of(words, [](uint32_t word) { return FACMSG_RESULT_CODE(word) == FACMSG_PORT_SET_STATUS; }))
         return {refused_codes, {FACMSG_PORT_OK, FACMSG_PORT_NO_LINK, FACMSG_PORT_NOT_STARTED}};
-    if (const auto last = ends_with(FACMSG_PORT_TRANSMIT); last != words.rend())
+    const auto last = std::ranges::find_if(
+        words.rbegin(), words.rend(), [](uint32_t word) { return FACMSG_RESULT_CODE(word) != FACMSG_PORT_NO_LINK; });
+    if (last != words.rend() && FACMSG_RESULT_CODE(*last) == FACMSG_PORT_TRANSMIT)
         return {stopped_codes, {FACMSG_PORT_OK}, FACMSG_RESULT_PORT(*last)};
     return {counted_codes};
 }

@@ -116,9 +116,10 @@ std::vector<uint32_t> ports_of_bytes(const uint8_t *bytes, uint32_t count)
 static std::string summary_of(const std::vector<port_outcome> &ports)
 {
     const auto count = [&](verdict judged) { return std::ranges::count(ports, judged, &port_outcome::judged); };
-    const auto untested = count(verdict::untested);
-    return fmt::format("{} {}: {} passed, {} failed{}", text::counted(ports.size(), "port"),
+    const auto untested = count(verdict::untested), unjudged = count(verdict::unjudged);
+    return fmt::format("{} {}: {} passed, {} failed{}{}", text::counted(ports.size(), "port"),
                        untested ? "selected" : "tested", count(verdict::pass), count(verdict::fail),
+                       unjudged ? fmt::format(", {} not judged", unjudged) : "",
                        untested ? fmt::format(", {} not tested", untested) : "");
 }
 

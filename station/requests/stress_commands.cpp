@@ -2,6 +2,7 @@
  *
  * The traffic stress tests. A reply tells counts, the low 32 bits of the switch's counters, only of ports that failed.
  */
+#include <algorithm>
 #include <fmt/format.h>
 
 #include "chain.h"
@@ -99,19 +100,27 @@ outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
     return unit;
 }
 
+static std::vector<chain_link> links_of(const serpentine_flow_reply &reply)
+{
+    std::vector<chain_link> links;
+    for (uint32_t i = 0; i < std::min<uint32_t>(reply.port_count, FACMSG_MAX_PORTS); i++)
+        links.push_back({reply.port_ex_err[i] == 1, reply.port_in_err[i] == 1, reply.ex_pkts[i], reply.in_pkts[i],
+                         reply.port_fcs_err[i] == 1 ? reply.fcs[i] : 0});
+    return links;
+}
+
 /* A port has to receive and transmit what the one before it received undamaged; the first, what the CPU sent. */
 outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &payload)
 {
     const auto reply = record_of<serpentine_flow_reply>(payload);
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
-    frame_chain chain(reply.cpu_send_cnt);
+    frame_chain chain(reply.cpu_send_cnt, links_of(reply));
     outcome unit = judge_stress(sent, serpentine, head, [&](port_outcome &row, uint32_t i) {
         row.cells = {counted(reply.port_in_err[i], reply.in_pkts[i]), counted(reply.port_ex_err[i], reply.ex_pkts[i]),
                      counted(reply.port_fcs_err[i], reply.fcs[i])};
         judge_common(row, reply, i);
         if (is_flag(row, "transmitted", reply.port_ex_err[i]) && is_flag(row, "received", reply.port_in_err[i]))
-            chain.judge(row, {reply.port_ex_err[i] == 1, reply.port_in_err[i] == 1, reply.ex_pkts[i], reply.in_pkts[i],
-                              reply.port_fcs_err[i] == 1 ? reply.fcs[i] : 0});
+            chain.judge(row);
     });
     add_speeds(unit, reply.speed_codes);
     unit.members["cpu_sent"] = reply.cpu_send_cnt;

@@ -152,8 +152,8 @@ TEST(requests, poe_replies_that_no_board_sends)
 TEST(requests, other_replies_that_no_board_sends)
 {
     expect<broadcast_test_record>(
-        {"broadcast"}, [](auto &r) { r.result = 1, r.port_count = 2; }, 1,
-        "2 ports, none of which reports a link; expected");
+        {"broadcast"}, [](auto &r) { r.result = 1, r.port_count = 2, r.port_results[1] = 1; }, 1,
+        "2 ports, none of which reports link 1 (1 another link value than 0);");
     expect<broadcast_test_record>(
         {"broadcast"}, [](auto &r) { r.port_count = 1, r.port_results[0] = 1 << 16 | 7; }, 1, "7           -");
     expect<broadcast_test_record>(
@@ -173,6 +173,10 @@ TEST(requests, other_replies_that_no_board_sends)
         "position 2: A flag is 7");
     expect<serpentine_flow_reply>(
         {"serpentine"}, [](auto &r) { r.port_count = 1, r.fail_stage = 9; }, 1, "so the CPU received another");
+    expect<serpentine_flow_reply>(
+        {"serpentine"},
+        [](auto &r) { r.port_count = r.port_ex_err[0] = 1, r.fail_stage = 9, r.cpu_send_cnt = r.ex_pkts[0] = 20000; },
+        3, "position 1: The reply marks the count of 20000 frames as wrong");
     expect<prbs_test_reply>(
         {"prbs"}, [](auto &r) { r.port_count = 1, r.fail_stage = 7; }, 1, "stage 7: a port's PHY loopback could not");
     expect<fpga_record>(
@@ -206,18 +210,21 @@ static responder chain_reply(const std::vector<counters> &ports)
     });
 }
 
-/* The ports' verdicts: Pass, Fail, Not tested. */
+/* The ports' verdicts: Pass, Fail, Not judged. */
 TEST(requests, serpentine_blames_the_port_that_is_at_fault)
 {
     constexpr uint32_t all = 20000, some = 19990;
     const std::pair<std::vector<counters>, std::string> cases[] = {
         {{{all, all}, {all, all}}, "PP"}, /* only the CPU got too few */
         /* counters that stand still */
-        {{{all, 0}, {all, all}, {all, all}}, "FNP"},
+        {{{all, 0}, {all, all}, {all, all}}, "FPP"},
         {{{all, all}, {all, all}, {all, 0}}, "PPF"},
         {{{all, all}, {0, all}, {all, all}}, "PFP"},
-        {{{all, all}, {0, 0}, {all, all}, {all, all}}, "PFNP"},
-        {{{all, 0}, {all, 0}, {all, all}}, "FFN"},
+        {{{all, all}, {0, 0}, {all, all}, {all, all}}, "PFPP"},
+        {{{all, all}, {0, 0}, {0, 0}, {all, all}}, "PFFP"},
+        {{{all, all}, {0, 0}, {0, 0}, {some, some}, {some, some}}, "PFNNP"},
+        {{{all, all}, {some, some}, {some, some}, {0, 0}, {0, 0}, {some, some}}, "PFPFFP"},
+        {{{all, 0}, {all, 0}, {all, all}}, "FFP"},
         {{{all, 0}, {0, all}, {all, all}}, "FFP"},
         {{{all, 0, 3}, {all, all}, {all, all}}, "FNP"},
         /* frames lost, or doubled, at a port and between two */

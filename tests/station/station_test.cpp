@@ -22,7 +22,8 @@
 static const std::string who = "facmsg-station: ";
 static const std::string no_link = "No link at the last check; expected a link. No frame was sent.";
 static const std::string wrong_count =
-    "The count of frames that came back was not 500 after the wait, or could not be read; expected exactly 500.";
+    "The count of frames that came back was not 500 after the wait, or could not be read; expected exactly 500. With a "
+    "cable, the fault may be at its other end.";
 
 /* The table for 28 ports that all passed but for the rows given. */
 static std::string table(const std::string &settings, const std::map<int, std::string> &rows, const std::string &end)
@@ -39,7 +40,8 @@ static const std::map<int, std::string> faulty_rows{
     {13, "  FAIL           1  No link at the last check; expected a link. No frame was\n"
          "                        sent."},
     {20, "  FAIL           3  The count of frames that came back was not 500 after the\n"
-         "                        wait, or could not be read; expected exactly 500."}};
+         "                        wait, or could not be read; expected exactly 500. With a\n"
+         "                        cable, the fault may be at its other end."}};
 
 TEST(packet, healthy_board_passes)
 {
@@ -325,6 +327,7 @@ TEST(packet, codes_mean_what_the_end_of_the_test_makes_of_them)
         {{7}, 3, "", "the test could not start, so nothing is known of 1 port (code 7 at each)"},
         {{0, 7}, 3, "PASS, NO VERDICT", "port 2: Code 7" + nonsense},
         {{3, 2}, 3, "NO VERDICT, FAIL", "port 1: Code 3" + nonsense},
+        {{2, 0}, 3, "NO VERDICT, PASS", "port 1: Code 2" + nonsense},
     };
     for (const auto &[codes, exit_code, verdicts, said] : cases) {
         const fake_service service(packet_reply([&](packet_test_record &reply) {
