@@ -39,7 +39,7 @@ std::vector<std::string> boards_in(const std::string &folder)
 
 static std::filesystem::path base_path(const text::toml_reader &reader, const std::string &base, const chain &files)
 {
-    const auto beside = std::filesystem::path(files.paths.back()).parent_path() / base;
+    auto beside = std::filesystem::path(files.paths.back()).parent_path() / base;
     if (std::filesystem::is_regular_file(beside))
         return beside;
     const auto names = boards_in(files.boards_dir);

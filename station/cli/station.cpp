@@ -16,7 +16,6 @@
 #include "common/wrap.h"
 #include "progress.h"
 #include "report.h"
-#include "service_lock.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
 #include "station/requests/service_lock.h"

@@ -46,7 +46,7 @@ std::string read_name(const text::toml_reader &reader, const std::string &otherw
         reader.fail("name", "found no key name, expected a name for the step");
     if (own.empty() || own.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
         reader.fail("name", fmt::format("name is \"{}\", expected letters a to z, digits, - and _", own));
-    const std::string name = prefix + own;
+    std::string name = prefix + own;
     if (std::ranges::any_of(into.steps, [&](const step &other) { return other.name == name || other.group == name; }))
         reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", own));
     return name;

@@ -199,6 +199,7 @@ std::vector<missing_ports> missing_in(const std::vector<port_finding> &ports)
         }
     std::ranges::stable_sort(found, {}, [](const auto &entry) { return entry.first.order; });
     std::vector<missing_ports> listed;
+    listed.reserve(found.size());
     for (const auto &[missing, numbers] : found)
         listed.push_back({missing, numbers.size() == ports.size() ? "all ports"
                                    : numbers.size() == 1          ? "port " + ranges_text(numbers)

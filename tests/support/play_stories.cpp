@@ -271,7 +271,8 @@ std::vector<story> read_stories(const char *path)
 int main(int count, char **arguments)
 {
     testing::InitGoogleTest(&count, arguments);
-    const auto &stories = *new auto(read_stories(arguments[count - 1])); /* never cleared away: children end often */
+    static const auto &stories =
+        *new auto(read_stories(arguments[count - 1])); /* never cleared away: children end often */
     for (const auto &told : stories)
         testing::RegisterTest("story", told.name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
                               [&told]() -> testing::Test * { return new story_test(told); });

@@ -305,7 +305,7 @@ TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
     EXPECT_EQ(shown.find("RESULTS NOT SAVED  "), 0U) << shown; /* in place of the verdict */
     EXPECT_EQ(shown.find("INCOMPLETE"), std::string::npos) << shown;
     testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::json), 4);
+    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::json), exit_code::not_saved);
     const auto told = nlohmann::json::parse(testing::internal::GetCapturedStdout());
     EXPECT_EQ(told["verdict"], "INCOMPLETE");
     EXPECT_EQ(told["exit_code"], 4);
