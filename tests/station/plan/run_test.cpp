@@ -160,7 +160,8 @@ TEST(plan_run, limits_coverage_and_selection)
          6},
         {"[[step]]\nrequest = \"poe\"\noptions = { classes = \"1\" }\nlimits = { pd_class = { equal = 1 } }",
          {},
-         "poe#1 class-fail:port09 pd_class_limit-not-tested:port09 class-fail:port10",
+         "poe#1 class-fail:port09 class-fail:port10 class-fail:port11 class-fail:port12 class-fail:port13 "
+         "class-fail:port14 class-fail:port15 class-fail:port16 pd_class_limit-not-tested:port09",
          1},
         {"[[step]]\nrequest = \"poe-version\"", {"--only", "poe-version"}, "poe-version#1 COMPLETE\nCOMPLETE PASS", 0},
         {"[[step]]\nrequest = \"poe\"\ncovers = \"9-17\"\n[[step]]\nrequest = \"factory-mode\"",
@@ -195,7 +196,7 @@ TEST(plan_run, one_count_fails_once_and_by_the_plan)
     };
     for (const auto &[limit, found] : cases) {
         const board_run done(std::string("[[step]]\nrequest = \"broadcast\"\nlimits = { fcs_errors = ") + limit + " }",
-                             {}, "[[faults]]\nkind = \"fcs_errors\"\nevery = 1000\nports = 15\n");
+                             {}, "[[faults]]\nkind = \"fcs_errors\"\nevery = 1\nports = 15\n");
         EXPECT_EQ(done.story,
                   std::string("broadcast#1") + found +
                       (*found == '\0' ? " COMPLETE\nCOMPLETE PASS" : " step-fail:unit COMPLETE\nCOMPLETE FAIL"));
