@@ -197,7 +197,7 @@ TEST(plan_end, one_station_at_a_time)
 {
     const temporary_folder folder;
     const listener service(folder);
-    const words line = plan_line(folder.path, two_steps, who);
+    const words line = plan_line(folder.path, with_timeout(two_steps, "600"), who); /* longer than this lasts */
     const running first(line);
     const int connection = take_request(service);
     const std::string holder = "process " + std::to_string(first.pid) + ": plan test 1, serial number SW0001, since ";
