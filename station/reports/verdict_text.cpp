@@ -38,7 +38,7 @@ static std::string joined_if_known(const std::vector<std::pair<const char *, std
 /* Nothing when it does not fit. */
 static std::string fitting_banner(const std::string &word, size_t columns)
 {
-    const std::string text = banner(word);
+    std::string text = banner(word);
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);)
         if (line.size() > columns)

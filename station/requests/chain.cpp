@@ -100,17 +100,16 @@ bool frame_chain::rises_after(size_t port) const
 void frame_chain::judge_in_doubt(port_outcome &row, const chain_link &link)
 {
     const int64_t count = link.received;
+    const bool stands_alone = count != trusted_ && is_trusted_again(next_);
+    const bool agrees = count == trusted_ || (!stands_alone && count == expected_ && !rises_after(next_));
     if (link.transmitted != count) {
         fail_once(row, fmt::format("Transmitted {} and received {}; expected equal counts.",
                                    text::counted(static_cast<uint64_t>(link.transmitted), "frame"), count));
-    } else if (count == trusted_) {
+    } else if (agrees) {
         add_both(row, verdict::pass);
         return trust(count);
-    } else if (is_trusted_again(next_)) {
+    } else if (stands_alone) {
         fail_once(row, fmt::format("{}; expected {} as at ports before and after.", both_counts(count), trusted_));
-    } else if (count == expected_ && !rises_after(next_)) {
-        add_both(row, verdict::pass);
-        return trust(count);
     } else if (count >= least_ && count <= most_) {
         add_both(row, verdict::unjudged,
                  both_counts(count) + "; cannot be judged by the port before, which is in doubt.");
