@@ -7,11 +7,12 @@
 #include "ending.h"
 #include "findings.h"
 #include "page_data.h"
-#include "report_template.h"
 #include "reports.h"
 
 namespace reports
 {
+
+extern const char *const report_template; /* the text of report.mustache */
 
 static data finding_data(const finding &one)
 {
