@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "sample_runs.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -16,8 +17,9 @@
 namespace
 {
 
+using common::place;
+using common::verdict;
 using journal::run_status;
-using journal::subject;
 using nlohmann::ordered_json;
 
 constexpr std::chrono::sys_time<std::chrono::milliseconds> first_run{std::chrono::milliseconds(1795421702114)};
@@ -35,16 +37,16 @@ std::string port_id(int port)
     return fmt::format("port{:02}", port);
 }
 
-std::vector<subject> places_in(const std::string &where)
+std::vector<place> places_in(const std::string &where)
 {
     if (where.starts_with("position:"))
         return {{"", "position " + where.substr(9)}};
-    std::vector<subject> places;
+    std::vector<place> places;
     const std::regex range("(\\d+)(-(\\d+))?");
     for (std::sregex_iterator part(where.begin(), where.end(), range), end; part != end; ++part)
         for (int port = std::stoi(part->str(1)); port <= std::stoi(part->str((*part)[3].matched ? 3 : 1)); ++port)
             places.push_back({port_id(port)});
-    return places.empty() ? std::vector<subject>{{where}} : places;
+    return places.empty() ? std::vector<place>{{where}} : places;
 }
 
 struct story_teller {
@@ -118,27 +120,32 @@ struct story_teller {
         id = journal.step_start(name, content);
     }
 
-    void measure(const std::string &where, const std::string &name, std::istream &words)
+    void measure(const std::string &places, const std::string &name, std::istream &words)
     {
-        std::string value, unit;
-        ordered_json validators;
-        words >> value;
+        std::string text, unit;
+        std::vector<common::limit> limits;
+        words >> text;
         for (std::string word; words >> word;)
             if (int64_t most = 0; word == "<=" && words >> most)
-                validators.push_back({{"name", "max"}, {"type", "LESS_THAN_OR_EQUAL"}, {"value", most}});
+                limits.push_back({"LESS_THAN_OR_EQUAL", most, "max"});
             else
                 unit = word;
-        for (const subject &place : places_in(where))
-            journal.measurement(id, name, ordered_json::parse(value), place, validators, unit);
+        const auto value = common::value::of(nlohmann::json::parse(text));
+        for (const place &where : places_in(places))
+            journal.measurement(id, {.name = name, .where = where, .value = value, .unit = unit, .limits = limits});
     }
 
-    void judge(const std::string &where, const std::string &verdict, const std::string &sentence)
+    void judge(const std::string &places, const std::string &name, const std::string &sentence)
     {
-        const auto type = verdict.ends_with("-pass")   ? journal::finding::pass
-                          : verdict.ends_with("-fail") ? journal::finding::fail
-                                                       : journal::finding::unknown;
-        for (const subject &place : places_in(where))
-            journal.diagnosis(id, verdict, type, sentence, place);
+        static const std::pair<std::string_view, verdict> endings[] = {{"-fail-retried", verdict::retried},
+                                                                       {"-not-tested", verdict::not_tested},
+                                                                       {"-unknown", verdict::unjudged},
+                                                                       {"-pass", verdict::pass},
+                                                                       {"-fail", verdict::fail}};
+        const auto &[ending, verdict] =
+            *std::ranges::find_if(endings, [&](const auto &one) { return name.ends_with(one.first); });
+        for (const place &where : places_in(places))
+            journal.diagnosis(id, {name.substr(0, name.size() - ending.size()), verdict, sentence, where});
     }
 
     void end_step(const std::string &word, const std::string &next, const std::string &sentence)
