@@ -30,6 +30,9 @@ struct not_saved : std::runtime_error {
  * is taken. Never takes a folder that exists. Throws not_saved. */
 std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name);
 
+/* The log of a step that had to wait has this when the wait is over: its time counts from here. */
+constexpr const char *service_began = "the service has begun the request";
+
 enum class step_status { complete, error, skip };
 enum class run_status { pass, fail, error, skip }; /* error and skip have no result; skip: see run_error */
 

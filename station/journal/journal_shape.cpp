@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "common/nearest.h"
-#include "timestamp.h"
+#include "journal_text.h"
 
 namespace journal
 {

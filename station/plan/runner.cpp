@@ -87,7 +87,7 @@ verdict runner::conclude(const std::string &id, const step &asked, int64_t attem
 void runner::show_working(const std::string &id, const step &asked, const std::string &done)
 {
     if (waiting_)
-        journal_.log(id, "the service has begun the request");
+        journal_.log(id, journal::service_began);
     waiting_ = false;
     if (station::noted_signal() != 0)
         announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));

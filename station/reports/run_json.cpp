@@ -34,7 +34,7 @@ static ordered_json step_json(const journal::attempt &tried)
             {"request", tried.request},
             {"verdict", word_of(tried.verdict)},
             {"attempts", tried.number},
-            {"seconds", seconds_between(tried.start, tried.end).value_or(0)},
+            {"seconds", time_of(tried).value_or(0)},
             {"summary", tried.summary}};
 }
 
