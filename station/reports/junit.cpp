@@ -9,7 +9,6 @@
 #include <set>
 #include <span>
 
-#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 

@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include "common/printable.h"
-#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 
