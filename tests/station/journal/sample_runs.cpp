@@ -257,3 +257,16 @@ std::vector<sample> read_samples(const std::filesystem::path &file)
             (samples.back().views.empty() ? samples.back().story : samples.back().views.back().second) += line + "\n";
     return samples;
 }
+
+std::vector<std::vector<std::string>> read_rows(const std::filesystem::path &file)
+{
+    static const std::regex between(" => "), line_end("\\\\n");
+    std::vector<std::vector<std::string>> rows;
+    std::ifstream lines(file);
+    for (std::string line; std::getline(lines, line);)
+        if (!line.starts_with('#')) {
+            line = std::regex_replace(line, line_end, "\n");
+            rows.push_back({std::sregex_token_iterator(line.begin(), line.end(), between, -1), {}});
+        }
+    return rows;
+}

@@ -52,4 +52,7 @@ struct sample {
 };
 std::vector<sample> read_samples(const std::filesystem::path &file);
 
+/* Rows of texts with " => " between them; lines with # are comments, \\n is a line end. */
+std::vector<std::vector<std::string>> read_rows(const std::filesystem::path &file);
+
 #endif

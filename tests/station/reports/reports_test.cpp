@@ -173,45 +173,13 @@ TEST(reports, say_of_a_run_what_they_have_to)
 
 TEST(reports, say_how_a_run_ended)
 {
-    const std::pair<const char *, const char *> runs[] = {
-        {"end PASS", "0 PASS: no step was run"},
-        {"step poe | over pass | end PASS", "0 PASS: every step passed"},
-        {"step poe 1/2 | over fail-retried | step poe 2/2 | over pass | end PASS",
-         "0 PASS: after steps were tried again"},
-        {"step poe | over pass | step trace | over unknown | step vop | left x | end PASS",
-         "0 PASS: 1 of 3 steps passed, 1 NOT RUN, 1 NOT JUDGED"},
-        {"step poe | 1 link-fail | 2 link-fail | over fail | end FAIL", "1 FAIL: 2 failed checks"},
-        {"skip=vop | step poe | 1 link-fail | over fail | step vop | left x | end FAIL",
-         "1 FAIL: 1 failed check; of 2 steps only 1 was run: this is not the whole plan"},
-        {"step poe | error busy x | end ERROR", "3 NO VERDICT: no verdict on the unit"},
-        {"skip=vop | step poe | over pass | step vop | over fail | end SKIP",
-         "3 NO VERDICT: no verdict on the unit; steps were left out: this is not the whole plan"},
-        {"step poe", "3 INCOMPLETE: the run was cut off; no pass"},
-        {"step poe | over unknown | end SKIP", "5 NOT JUDGED: nothing was judged"},
-        {"only=poe,vop | step poe | over unknown | step packet | left x | end SKIP",
-         "5 NOT JUDGED: nothing was judged; of 2 steps only 1 was run: this is not the whole plan"},
-        {"only=poe | step poe | over pass | step poe.1.a | over pass | end SKIP",
-         "6 PARTIAL: steps were left out: this is not the whole plan"},
-        {"skip=vop | step a | over pass | step b | over pass | step vop | left x | end PASS", /* of an earlier version
-                                                                                               */
-         "6 PARTIAL: of 3 steps only 2 were run: this is not the whole plan"},
-        {"fault interrupted by SIGHUP. | end SKIP", "129 INTERRUPTED: interrupted by SIGHUP"},
-        {"step poe | over pass | end SKIP", "130 INTERRUPTED: interrupted"},
-        {"plan_sha256= | only=poe,vop | step poe | over pass | step vop.1.a | left x | end SKIP",
-         "130 INTERRUPTED: interrupted; of 2 steps only 1 was run: this is not the whole plan"},
-        {"step poe | 1 link-fail | over fail | step vop | left x | fault interrupted by SIGQUIT. | end SKIP",
-         "131 INTERRUPTED: 1 failed check; interrupted by SIGQUIT; of 2 steps only 1 was run: this is not the whole "
-         "plan"},
-        {"step vop | left x | fault interrupted by SIGTERM. | end SKIP",
-         "143 INTERRUPTED: interrupted by SIGTERM; of 1 step only none was run: this is not the whole plan"},
-    };
-    for (const auto &[story, expected] : runs) {
-        const run_record run = record_of(story);
+    for (const auto &row : read_rows(ENDINGS)) {
+        const run_record run = record_of(row.at(0));
         const auto object = nlohmann::json::parse(reports::run_json(run, run_dir));
         EXPECT_EQ(
             fmt::format("{} {}: {}", object["exit_code"].dump(), word_of(run.result), std::string(object["summary"])),
-            expected)
-            << story;
+            row.at(1))
+            << row[0];
     }
 }
 
@@ -226,34 +194,9 @@ TEST(reports, say_the_verdict_large_where_it_fits)
 
 TEST(port_state, says_what_is_known_and_what_is_missing)
 {
-    struct {
-        const char *story;
-        size_t port;
-        const char *expected;
-    } const ports[] = {
-        {"step poe 1/2 covers=4 | 1 link-fail-retried No link. | 2 link-pass | over fail-retried | step poe 2/2 "
-         "covers=4 | "
-         "left x | end SKIP",
-         1, "RETRIED: poe, link: No link. Missing: poe (NOT RUN)."},
-        {"step poe covers=2 | 1-2 link-pass | over pass | step vop covers=1 | 1 vop-unknown | over unknown | end PASS",
-         1,
-         "PASSED SO FAR: Passed poe. Missing: vop (NOT TESTED)."}, /* NOT JUDGED is no pass of a port that is covered */
-        {"step poe | 1 link-pass | over pass | step vop | 1 vop-unknown | over unknown | end PASS", 1,
-         "PASS: Passed all that the plan asks of it."},
-        {"step poe | 1 link-pass | over pass | step broadcast | over fail No link. | end FAIL", 1,
-         "PASSED SO FAR: Passed poe. Missing: broadcast (FAIL as a whole)."},
-        {"step poe | 1 link-pass | over pass | step prbs | position:2 lock-fail | over fail | end FAIL", 2,
-         "–: Missing: prbs (FAIL at a position that nobody can name)."},
-        {"step poe | 1 link-pass | over pass | step broadcast alone | over fail No link. | end FAIL", 1,
-         "PASS: Passed all that the plan asks of it."},
-        {"step poe | 1 link-fail-retried a | 1 power-fail b | over fail | step vop | 1 vop-fail c | over fail | end "
-         "FAIL",
-         1, "FAIL: poe, power: b"},
-        {"step poe | 1 link-pass | 1 power-not-tested | over pass | end PASS", 1, "–: Missing: poe (NOT TESTED)."},
-    };
-    for (const auto &[story, port, expected] : ports) {
-        const auto state = reports::ports_of(record_of(story)).at(port - 1);
-        EXPECT_EQ(fmt::format("{}: {}", word_of(state.state), state.sentence), expected) << story;
+    for (const auto &row : read_rows(PORT_STATES)) {
+        const auto port = reports::ports_of(record_of(row.at(0))).at(std::stoul(row.at(1)) - 1);
+        EXPECT_EQ(fmt::format("{}: {}", word_of(port.state), port.sentence), row.at(2)) << row[0];
     }
 }
 
