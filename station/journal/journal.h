@@ -40,7 +40,8 @@ enum class run_status { pass, fail, error, skip }; /* error and skip have no res
 using clock_source = std::function<std::chrono::sys_time<std::chrono::milliseconds>()>;
 std::chrono::sys_time<std::chrono::milliseconds> system_time();
 
-/* The journal of one run. Every function throws not_saved, and nothing is written after the first failure. */
+/* The journal of one run. Texts are UTF-8; what is not is replaced. For one thread at a time. Every function throws
+ * not_saved, and nothing is written after the first failure. */
 class writer
 {
   public:

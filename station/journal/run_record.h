@@ -68,8 +68,9 @@ struct run_record {
     std::vector<fault> errors = {}; /* outside of any step, but for the interruption */
 };
 
-/* Reads the journal in the run folder. A last line without its line end is ignored. A pass of a journal
- * that is not valid is no verdict. Throws no_journal. */
+/* Reads the journal in the run folder; from any thread, also while it is written: what is there then is an incomplete
+ * run. A last line without its line end is ignored. A pass of a journal that is not valid is no verdict. Throws
+ * no_journal. */
 run_record read_run(const std::filesystem::path &run_dir);
 
 /* Whether a name that the operator chose or left out means a step: its own, its group's or its round's. */

@@ -30,8 +30,7 @@ diagnosis_ending ending_of(common::verdict verdict);
  * A pair that means nothing is no verdict, never a pass. */
 common::run_result read_result(std::string_view status, std::string_view result);
 
-/* What counts of two checks of one thing: the worse, but that one which only measures judges nothing takes no pass from
- * another. */
+/* What counts of two checks of one thing: the worse; but a check that nothing judges takes no pass from another. */
 common::verdict prevailing(common::verdict a, common::verdict b);
 
 } // namespace journal

@@ -1,6 +1,8 @@
 /* SPDX-License-Identifier: MIT
  *
- * What a run came to, for everyone who asks: the operator, the build server, the spreadsheet, the browser.
+ * What a run came to, for everyone who asks: the operator, the build server, the spreadsheet, the browser. All texts
+ * are UTF-8, made from the record alone, and the same on every call, from any thread. columns are those of the
+ * terminal, from 1; at 40 and more no line is longer.
  */
 #ifndef REPORTS_REPORTS_H
 #define REPORTS_REPORTS_H
