@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "board_sections.h"
-#include "common/nearest.h"
+#include "common/words.h"
 #include "sim/driver/driver_table.h"
 
 namespace sim

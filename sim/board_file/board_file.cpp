@@ -11,7 +11,7 @@
 #include <fmt/format.h>
 
 #include "board_sections.h"
-#include "common/nearest.h"
+#include "common/words.h"
 #include "sim/model/ability.h"
 
 namespace sim

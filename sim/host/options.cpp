@@ -13,10 +13,11 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "common/nearest.h"
-#include "common/say.h"
+#include "common/program.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "common/toml_reader.h"
-#include "common/version.h"
+#include "common/words.h"
 #include "sim/board_file/board_file.h"
 #include "sim/driver/driver_table.h"
 

@@ -9,7 +9,8 @@
 
 #include <fmt/format.h>
 
-#include "common/say.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "common/toml_reader.h"
 #include "facmsg.h"
 #include "flow_run.h"

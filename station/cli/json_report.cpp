@@ -4,7 +4,7 @@
  */
 #include "report.h"
 
-#include "common/error_json.h"
+#include "common/program.h"
 
 namespace station
 {

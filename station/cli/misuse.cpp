@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "common/nearest.h"
+#include "common/words.h"
 
 namespace station
 {

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "timestamp.h"
 
 namespace journal

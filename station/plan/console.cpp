@@ -9,13 +9,10 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/count.h"
-#include "common/duration.h"
-#include "common/printable.h"
-#include "common/say.h"
 #include "common/terminal.h"
+#include "common/text.h"
 #include "common/verdict_words.h"
-#include "common/wrap.h"
+#include "common/words.h"
 #include "station/reports/findings.h"
 
 namespace plan

@@ -10,8 +10,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/printable.h"
-#include "common/say.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "prompt.h"
 
 namespace plan

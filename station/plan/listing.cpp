@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "common/duration.h"
+#include "common/words.h"
 #include "console.h"
 
 namespace plan

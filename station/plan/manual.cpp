@@ -10,8 +10,8 @@
 #include <cmath>
 #include <fmt/format.h>
 
-#include "common/printable.h"
-#include "common/say.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "prompt.h"
 #include "station/requests/carry_out.h"
 

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 #include <regex>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "digest.h"
 #include "facmsg_protocol.h"
 #include "plan.h"

@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 #include <random>
 
-#include "common/version.h"
+#include "common/program.h"
 #include "facmsg.h"
 #include "station/requests/carry_out.h"
 #include "values.h"

@@ -11,9 +11,9 @@
 #include <fmt/format.h>
 #include <sstream>
 
-#include "common/error_json.h"
-#include "common/nearest.h"
-#include "common/say.h"
+#include "common/program.h"
+#include "common/terminal.h"
+#include "common/words.h"
 #include "identity.h"
 #include "listing.h"
 #include "prompt.h"

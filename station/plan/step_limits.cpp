@@ -11,7 +11,7 @@
 #include <limits>
 #include <optional>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "values.h"
 
 namespace plan

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "common/toml_reader.h"
+#include "common/file.h"
 #include "sim/board_file/board_file.h"
 #include "sim/model/ability.h"
 
