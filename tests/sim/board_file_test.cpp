@@ -147,7 +147,7 @@ TEST(board_file, loads_every_shipped_board)
         const auto board = load_board(entry.path().string());
         EXPECT_EQ(board.name, entry.path().stem());
         EXPECT_FALSE(board.ports.empty()) << entry.path();
-        ++boards;
+        boards++;
     }
     EXPECT_GE(boards, 10);
 }

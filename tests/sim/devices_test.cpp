@@ -83,15 +83,15 @@ TEST(prbs, locks_on_a_sequence_and_counts_its_errors)
         board fiber(parse_board("cables = \"1,2\"\n[[ports]]\nports = \"1,2\"\nfiber_speeds = [\"10G\"]\n" +
                                     fault("prbs_errors", 1, "per_second = 3"),
                                 "b.toml"));
-        runner switch_runner(fiber, 0, ignore);
-        drive(switch_runner, false);
+        live_board live(fiber, 0, ignore);
+        drive(live, false);
         const auto drv = driver_table();
         uint32_t status = 0;
         if (c.looped)
             drv.port_phy_loopback(0, c.looped, 0);
         for (const auto number : c.started)
             drv.begin_end_prbs(0, number, 1, &status);
-        switch_runner.wait(10000 * MS);
+        live.wait(10000 * MS);
         EXPECT_EQ(drv.get_clear_prbs_status(0, 1, &status), 0);
         EXPECT_EQ(status, c.expected_at_1) << c.name;
         drv.get_clear_prbs_status(0, 1, &status);
@@ -102,8 +102,8 @@ TEST(prbs, locks_on_a_sequence_and_counts_its_errors)
 TEST(driver, tells_kinds_of_ports_apart)
 {
     board mixed(load_board(SHIPPED_BOARDS "/mixed.toml"));
-    runner switch_runner(mixed, 0, ignore);
-    drive(switch_runner, false);
+    live_board live(mixed, 0, ignore);
+    drive(live, false);
     const auto drv = driver_table();
     for (const auto &[number, expected] : {std::pair(1u, 10u), {5u, 1u}, {9u, 2u}}) {
         uint32_t type = 0;

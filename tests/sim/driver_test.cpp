@@ -34,17 +34,17 @@ static std::vector<uint32_t> round_at(double pace)
     g_delivered.clear();
     test_bench bench;
     bench.pass_ms(300);
-    runner switch_runner(*bench.board, pace, deliver);
-    drive(switch_runner, false);
+    live_board live(*bench.board, pace, deliver);
+    drive(live, false);
     const auto table = driver_table();
-    for (uint8_t number = 0; number < 60; ++number) {
+    for (uint8_t number = 0; number < 60; number++) {
         const pack_info info = {0, 1, 0x101u + number % 3};
         uint8_t frame[64] = {0, 0, 0, 0, 0, 1};
         frame[63] = number;
         EXPECT_EQ(table.send_packet(&info, frame, sizeof frame), 0);
-        switch_runner.wait(5 * MS);
+        live.wait(5 * MS);
     }
-    switch_runner.wait(100 * MS);
+    live.wait(100 * MS);
     for (int i = 0; i < 1000 && delivered() < 60; ++i) /* handing over may lag behind the wall clock */
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     const std::lock_guard guard(g_mutex);
@@ -55,7 +55,7 @@ TEST(driver, delivers_the_same_at_every_pace)
 {
     std::vector<uint32_t> expected;
     const uint32_t far_end[] = {0x102, 0x101, 0x103};
-    for (uint32_t number = 0; number < 60; ++number)
+    for (uint32_t number = 0; number < 60; number++)
         expected.push_back(far_end[number % 3] << 16 | number);
     EXPECT_EQ(round_at(0), expected);
     EXPECT_EQ(round_at(2), expected);
@@ -64,8 +64,8 @@ TEST(driver, delivers_the_same_at_every_pace)
 TEST(driver, sending_takes_board_time)
 {
     test_bench bench;
-    runner switch_runner(*bench.board, 0, deliver);
-    drive(switch_runner, false);
+    live_board live(*bench.board, 0, deliver);
+    drive(live, false);
     const pack_info known = {0, 1, 0x101};
     const pack_info unknown = {0, 1, 1};
     const uint8_t frame[64] = {};
@@ -79,8 +79,8 @@ TEST(driver, sending_takes_board_time)
 TEST(driver, hands_the_hosts_words_back)
 {
     test_bench bench;
-    runner switch_runner(*bench.board, 0, deliver);
-    drive(switch_runner, false);
+    live_board live(*bench.board, 0, deliver);
+    drive(live, false);
     const auto table = driver_table();
     port_status_row status = {7, 1, 2, 0, 1, 8};
     ASSERT_EQ(table.set_status(0, 1, &status), 0);
@@ -96,8 +96,8 @@ TEST(driver, fails_the_calls_that_the_board_says)
     test_bench bench("[[faults]]\nkind = \"failing_call\"\nslot = \"get_status\"\nports = 2\nfrom_call = 2\ncalls = 2\n"
                      "result = -7\n[[faults]]\nkind = \"failing_call\"\nslot = \"set_factory_mode\"\n" +
                      std::string("[[faults]]\nkind = \"failing_call\"\nslot = \"send_packet\"\nports = 3\n"));
-    runner switch_runner(*bench.board, 0, deliver);
-    drive(switch_runner, false);
+    live_board live(*bench.board, 0, deliver);
+    drive(live, false);
     const auto table = driver_table();
     port_status_row status;
     for (const int expected : {0, -7, -7, 0, 0}) {

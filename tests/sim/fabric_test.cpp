@@ -16,9 +16,9 @@ constexpr mac_address CHAIN_MAC = {0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 struct looped_bench {
     explicit looped_bench(const std::string &faults = "")
         : board(parse_board("boot_ms = 0\n[[ports]]\nports = \"1-4\"\ncopper_speeds = [\"1G\"]\n" + faults, "b.toml")),
-          switch_runner(board, 0, ignore)
+          live(board, 0, ignore)
     {
-        drive(switch_runner, false);
+        drive(live, false);
         drv = driver_table();
         for (const uint32_t number : {1, 2, 3, 4})
             EXPECT_EQ(drv.port_phy_loopback(0, number, 0), 0);
@@ -47,7 +47,7 @@ struct looped_bench {
     }
 
     sim::board board;
-    runner switch_runner;
+    live_board live;
     vexa_diag_drv drv;
 };
 
@@ -113,10 +113,10 @@ TEST(fabric, carries_a_chain_through_every_port_once)
         }
         bench.drv.vlan_static_mac(0, 3, CHAIN_MAC.data(), 103, 1);
         bench.drv.port_vlan_pair(0, 1, 1, 0, 1, 1, 1);
-        for (int i = 0; i < 100; ++i)
+        for (int i = 0; i < 100; i++)
             bench.send(1, CHAIN_MAC);
         bench.pass_ms(100);
-        for (uint32_t i = 0; i < 3; ++i) {
+        for (uint32_t i = 0; i < 3; i++) {
             const auto &counted = bench.count(i + 1);
             EXPECT_EQ(counted.in_pkts, c.expected[i].in_pkts) << c.faults << i + 1;
             EXPECT_EQ(counted.ex_pkts, c.expected[i].ex_pkts) << c.faults << i + 1;
@@ -137,7 +137,7 @@ TEST(fabric, gives_the_broadcast_burst_to_every_receiver_and_ends_it)
     bench.send(1, 10, BROADCAST);
     bench.pass_ms(1000);
     const uint64_t expected_in[] = {10, 20, 10, 0}; /* port 2 gets the burst and the copy that port 1 sends */
-    for (uint32_t number = 1; number <= 4; ++number)
+    for (uint32_t number = 1; number <= 4; number++)
         EXPECT_EQ(bench.port(number).counters.in_pkts, expected_in[number - 1]) << number;
 }
 
@@ -148,7 +148,7 @@ TEST(link, of_a_looped_phy_ignores_the_cable)
         bench.board->loop_phy(bench.port(number), true);
     bench.pass_ms(300);
     const bool expected[] = {true, false, false, true};
-    for (uint32_t number = 1; number <= 4; ++number)
+    for (uint32_t number = 1; number <= 4; number++)
         EXPECT_EQ(bench.port(number).link, expected[number - 1]) << number;
     bench.board->loop_phy(bench.port(1), false);
     bench.board->loop_phy(bench.port(4), false);
@@ -161,7 +161,7 @@ TEST(link, of_a_looped_phy_ignores_the_cable)
 TEST(egress, loses_what_its_queue_cannot_take_and_lets_the_cpu_wait)
 {
     looped_bench bench;
-    for (int i = 0; i < 600; ++i)
+    for (int i = 0; i < 600; i++)
         bench.send(1, CHAIN_MAC);
     const auto before = bench.board.clock.now();
     const pack_info info = {0, 0, 0x101};

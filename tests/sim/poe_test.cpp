@@ -19,8 +19,8 @@ using namespace sim;
 struct poe_bench {
     explicit poe_bench(const std::string &text) : board(parse_board(text, SHIPPED_BOARDS "/bench.toml"))
     {
-        drive(time, false);
-        use_board_time(time);
+        drive(live, false);
+        use_board_time(live);
         facmsg_vexa_diag_drv = driver_table();
     }
     template <class Reply> Reply ask(uint32_t type)
@@ -39,7 +39,7 @@ struct poe_bench {
         return reply;
     }
     sim::board board;
-    runner time{board, 0, nullptr};
+    live_board live{board, 0, nullptr};
 };
 
 using verdict = std::array<uint32_t, 4>; /* codes of state, class, overload and power-off */
@@ -79,7 +79,7 @@ TEST(poe, a_fault_shows_on_its_port_alone_and_all_outputs_are_left_on)
         EXPECT_EQ(bench.board.clock.now() - start, c.seconds * 1000000);
         EXPECT_EQ(reply.result, c.result);
         ASSERT_EQ(reply.port_count, c.type == 13 ? 16u : 8u);
-        for (uint32_t k = 0; k < reply.port_count; ++k) {
+        for (uint32_t k = 0; k < reply.port_count; k++) {
             const uint32_t number = reply.ports[k];
             const bool hpoe = number <= 8;
             EXPECT_EQ(
@@ -107,7 +107,7 @@ TEST(poe, an_output_that_goes_on_again_searches_anew)
     for (const auto expected : {poe_state::SEARCHING, poe_state::SEARCHING, poe_state::POWERED}) {
         output.enable(expected == poe_state::POWERED); /* the last time it stays on */
         output.enable(true);
-        bench.time.wait(1000000);
+        bench.live.wait(1000000);
         EXPECT_EQ(output.state(), expected);
     }
 }
@@ -118,7 +118,7 @@ TEST(poe, vop_is_measured_at_outputs_that_are_off)
         "base = \"poe-stays-on.toml\"\n[[faults]]\nkind = \"poe_low_supply\"\nports = 2\nsupply_mv = 43000");
     const auto reply = bench.ask<vop_test_reply>(17);
     EXPECT_EQ(reply.port_count, 16u);
-    for (uint32_t k = 0; k < 16; ++k) {
+    for (uint32_t k = 0; k < 16; k++) {
         EXPECT_EQ(reply.vop_status[k], k == 11 ? 1u : 0u);
         EXPECT_EQ(reply.vop_value[k], k == 11 ? 0u : k == 1 ? 43000u : 54000u);
         EXPECT_NE(bench.board.poe.find(k + 1)->state(), poe_state::OFF);
@@ -136,6 +136,6 @@ TEST(poe, an_upgrade_takes_its_time_and_restarts_the_outputs)
     EXPECT_EQ(bench.ask<poe_mcu_upgrade_reply>(15).result, 0u);
     EXPECT_EQ(bench.board.clock.now() - start, 45000000u);
     EXPECT_EQ(bench.ask<poe_mcu_ver_reply>(16).cur_ver, 9u);
-    bench.time.wait(1500000);
+    bench.live.wait(1500000);
     EXPECT_EQ(bench.board.poe.find(9)->state(), poe_state::POWERED);
 }

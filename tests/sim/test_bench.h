@@ -54,7 +54,7 @@ struct test_bench {
     {
         std::vector<uint8_t> bytes(128);
         std::copy(to.begin(), to.end(), bytes.begin());
-        for (size_t i = 0; i < frames; ++i)
+        for (size_t i = 0; i < frames; i++)
             board->transmit(port(number), bytes);
     }
 
@@ -63,7 +63,7 @@ struct test_bench {
     {
         std::map<uint32_t, size_t> counts;
         for (const auto &f : board->cpu.take_frames())
-            ++counts[f.info.phy_id];
+            counts[f.info.phy_id]++;
         return counts;
     }
 

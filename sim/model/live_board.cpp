@@ -1,23 +1,20 @@
-/* SPDX-License-Identifier: MIT
- *
- * Runs a board for several threads: guards it, lets its time pass, and hands the CPU's frames over.
- */
-#include "runner.h"
+/* SPDX-License-Identifier: MIT */
+#include "live_board.h"
 
 namespace sim
 {
 
-runner::runner(sim::board &board, double pace, receiver deliver)
-    : board_(board), pace_(pace), deliver_(deliver), board_start_(board.clock.now())
+live_board::live_board(board &driven, double pace, receiver deliver)
+    : board_(driven), pace_(pace), deliver_(deliver), board_start_(driven.clock.now())
 {
     if (pace_ > 0)
-        follower_ = std::thread(&runner::follow_wall_clock, this);
+        follower_ = std::thread(&live_board::follow_wall_clock, this);
 }
 
-runner::~runner()
+live_board::~live_board()
 {
     {
-        const std::lock_guard guard(mutex_);
+        const common::mutex_guard guard(mutex_);
         ending_ = true;
     }
     changed_.notify_one();
@@ -25,14 +22,14 @@ runner::~runner()
         follower_.join();
 }
 
-runner::wall_clock::duration runner::wall_time(time_us duration) const
+live_board::wall_clock::duration live_board::wall_time(time_us duration) const
 {
     using microseconds = std::chrono::duration<double, std::micro>;
     return std::chrono::duration_cast<wall_clock::duration>(microseconds(static_cast<double>(duration) / pace_));
 }
 
 /* Brings the board up to the wall clock. */
-void runner::catch_up()
+void live_board::catch_up()
 {
     if (pace_ <= 0)
         return;
@@ -40,16 +37,17 @@ void runner::catch_up()
     board_.clock.run_until(board_start_ + static_cast<time_us>(passed.count() * pace_));
 }
 
-void runner::hand_over(std::unique_lock<std::mutex> &lock)
+/* Lets go of the board meanwhile. */
+void live_board::hand_over()
 {
     const auto frames = board_.cpu.take_frames();
-    lock.unlock();
-    for (const auto &f : frames)
-        deliver_(&f.info, f.bytes.data(), static_cast<uint32_t>(f.bytes.size()));
-    lock.lock();
+    mutex_.unlock();
+    for (const auto &frame : frames)
+        deliver_(&frame.info, frame.bytes.data(), static_cast<uint32_t>(frame.bytes.size()));
+    mutex_.lock();
 }
 
-void runner::wait(time_us duration)
+void live_board::wait(time_us duration)
 {
     if (pace_ > 0)
         std::this_thread::sleep_for(wall_time(duration));
@@ -57,27 +55,27 @@ void runner::wait(time_us duration)
         pass(duration);
 }
 
-void runner::pass(time_us duration)
+void live_board::pass(time_us duration)
 {
-    std::unique_lock lock(mutex_);
+    const common::mutex_guard guard(mutex_);
     const auto end = board_.clock.now() + duration;
     while (board_.clock.step(end)) {
         if (board_.cpu.has_frames())
-            hand_over(lock);
+            hand_over();
     }
 }
 
-void runner::follow_wall_clock()
+void live_board::follow_wall_clock()
 {
-    std::unique_lock lock(mutex_);
+    const common::mutex_guard guard(mutex_);
     while (!ending_) {
         catch_up();
         if (board_.cpu.has_frames())
-            hand_over(lock);
+            hand_over();
         else if (const auto next = board_.clock.next())
-            changed_.wait_until(lock, wall_start_ + wall_time(*next - board_start_));
+            changed_.wait_until(mutex_, wall_start_ + wall_time(*next - board_start_));
         else
-            changed_.wait(lock);
+            changed_.wait(mutex_);
     }
 }
 
