@@ -13,7 +13,7 @@ export WIRESHARK_CONFIG_DIR=$folder # nobody's own preferences
 
 refused() { # MESSAGE [OPTION]...
     local status=0
-    "${simhost[@]}" --quiet --directory "$folder" "${@:2}" >"$folder/out" 2>"$folder/log" || status=$?
+    timeout 10 "${simhost[@]}" --quiet --directory "$folder" "${@:2}" >"$folder/out" 2>"$folder/log" || status=$?
     diff <(echo "facmsg-simhost: $1, 2") <(echo "$(<"$folder/log"), $status")
 }
 for pace in 0 0.009 1001 -1 1x nan; do
@@ -55,7 +55,7 @@ pace: 100 board seconds per second
 dropped slot: vlan
 END
 status=0
-"${simhost[@]}" --quiet --board healthy-2 --directory "$folder" 2>"$folder/second" || status=$?
+timeout 10 "${simhost[@]}" --quiet --board healthy-2 --directory "$folder" 2>"$folder/second" || status=$?
 diff <(echo "facmsg-simhost: $folder: another host serves here already, 3") <(echo "$(<"$folder/second"), $status")
 "${station[@]}" --directory "$folder" factory-mode >/dev/null # and the first goes on
 stop_switch
