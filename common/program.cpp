@@ -13,15 +13,13 @@ const char *version()
     return FACMSG_VERSION;
 }
 
-std::string error_json(exit_code code, const std::string &error, const char *verdict, nlohmann::ordered_json members)
+std::string error_json(exit_code code, const std::string &error, const char *verdict, const char *request)
 {
-    members.update({{"verdict", verdict}, {"exit_code", static_cast<int>(code)}, {"error", printable(error)}});
-    return members.dump(2) + "\n";
-}
-
-std::string error_json(exit_code code, const std::string &error, const char *verdict)
-{
-    return error_json(code, error, verdict, nlohmann::ordered_json::object());
+    nlohmann::ordered_json object;
+    if (request != nullptr)
+        object["request"] = {{"name", request}};
+    object.update({{"verdict", verdict}, {"exit_code", static_cast<int>(code)}, {"error", printable(error)}});
+    return object.dump(2) + "\n";
 }
 
 } // namespace common

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "common/exit_code.h"
 #include "common/text.h"
+#include "common/verdict.h"
 #include "station/journal/run_record.h"
 
 namespace reports
