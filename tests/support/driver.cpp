@@ -19,7 +19,8 @@ std::string driver_call::text() const
 {
     static thread_local std::string last, shown; /* the same frame comes thousands of times */
     std::string all = slot;
-    for (const auto &argument : arguments) {
+    for (size_t i = 0; i < argument_count; i++) {
+        const auto &argument = arguments[i];
         if (argument.output != nullptr)
             continue;
         all += all.size() == strlen(slot) ? "(" : ",";
@@ -46,14 +47,19 @@ void driver_call::write(const std::vector<uint64_t> &values) const
 namespace
 {
 
+void put(driver_call &call, const driver_call::argument_row &argument)
+{
+    call.arguments[call.argument_count++] = argument;
+}
+
 template <class Word> void take(driver_call &call, Word word)
 {
-    call.arguments.push_back({word});
+    put(call, {word});
 }
 
 void take_bytes(driver_call &call, const uint8_t *bytes, size_t size)
 {
-    call.arguments.push_back({0, bytes, nullptr, 1, size});
+    put(call, {0, bytes, nullptr, 1, size});
 }
 
 void take(driver_call &call, const uint8_t *mac)
@@ -66,7 +72,7 @@ void take(driver_call &call, void *record)
 {
     for (const int i : {1, 2, 3, 4})
         take(call, static_cast<uint32_t *>(record)[i]);
-    call.arguments.push_back({0, nullptr, record, 4, 1});
+    put(call, {0, nullptr, record, 4, 1});
 }
 
 /* Values, and records of values of one size. */
@@ -75,14 +81,14 @@ template <class Value> void take(driver_call &call, Value *values)
     constexpr size_t size = std::is_class_v<Value> ? alignof(Value) : sizeof(Value);
     const std::string_view slot = call.slot;
     if (slot != "set_status" && slot != "begin_end_prbs")
-        return call.arguments.push_back({0, nullptr, values, size, sizeof(Value) / size});
+        return put(call, {0, nullptr, values, size, sizeof(Value) / size});
     for (size_t i = 0; i < sizeof(Value) / size; i++)
         take(call, reinterpret_cast<const uint32_t *>(values)[i]);
 }
 
 template <class... Arguments> int lead(const char *slot, slot_port port, Arguments... arguments)
 {
-    driver_call call = {slot, 0, {}};
+    driver_call call = {slot, 0};
     (take(call, arguments), ...);
     if (port != slot_port::NONE)
         call.port = static_cast<uint32_t>(call.arguments[static_cast<size_t>(port)].word);
@@ -91,7 +97,7 @@ template <class... Arguments> int lead(const char *slot, slot_port port, Argumen
 
 int lead(const char *slot, slot_port, const pack_info *info, const uint8_t *frame, uint32_t length)
 {
-    driver_call call = {slot, info->phy_id, {}};
+    driver_call call = {slot, info->phy_id};
     for (const uint32_t word : {uint32_t{info->zero}, uint32_t{info->tx_selector}, info->phy_id, length})
         take(call, word);
     take_bytes(call, frame, length);

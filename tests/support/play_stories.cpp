@@ -7,7 +7,6 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <map>
 #include <sstream>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -52,44 +51,28 @@ std::string with_names(std::string text)
     return text.ends_with("> ") ? text.substr(0, text.size() - 1) : text;
 }
 
-/* ---- What no request leads to, as handlers of requests with their arguments ---- */
+/* What no request leads to, with its arguments in the payload and the result in the first word. */
+const struct {
+    std::string name;
+    int (*function)(uint32_t *w);
+} calls[] = {
+    {"pvids", [](uint32_t *w) { return vexa_port_pvid(w[1], w + 4, w[3], static_cast<uint8_t>(w[2])); }},
+    {"read_buffer", [](uint32_t *w) { return vexa_fpga_buf_read(w[1], w[2], w + 5, w[3], w[4]); }},
+    {"write_buffer", [](uint32_t *w) { return vexa_fpga_buf_write(w[1], w[2], w + 5, w[3], w[4]); }},
+    {"frame_count", [](uint32_t *w) { return vexa_get_recv_packet_number(w[1], &w[2]); }},
+    {"fpga_reply", [](uint32_t *w) { return memcpy(w + 1, get_fpga_data(), 128) == nullptr ? 1 : 0; }},
+};
 
-template <int (*call)(uint32_t *words)> int answer_direct(int fd, facmsg_request *request)
+int answer(int fd, facmsg_request *request, const std::string &name)
 {
-    const auto words = reinterpret_cast<uint32_t *>(request + 1);
-    words[0] = static_cast<uint32_t>(call(words));
-    return facmsg_send(fd, request->header.srv_type, request->header.payload_size, words);
+    const auto payload = reinterpret_cast<uint32_t *>(request + 1);
+    for (const auto &call : calls)
+        if (call.name == name) {
+            payload[0] = static_cast<uint32_t>(call.function(payload));
+            return facmsg_send(fd, request->header.srv_type, request->header.payload_size, payload);
+        }
+    return name == "flow" ? facmsg_flow_pressure_fun(fd, request) : facmsg_lib_test_main(fd, request);
 }
-
-int set_pvids(uint32_t *words)
-{
-    return vexa_port_pvid(words[1], words + 4, words[3], static_cast<uint8_t>(words[2]));
-}
-
-int read_buffer(uint32_t *words)
-{
-    return vexa_fpga_buf_read(words[1], words[2], words + 5, words[3], words[4]);
-}
-
-int write_buffer(uint32_t *words)
-{
-    return vexa_fpga_buf_write(words[1], words[2], words + 5, words[3], words[4]);
-}
-
-int read_count(uint32_t *words)
-{
-    return vexa_get_recv_packet_number(words[1], &words[2]);
-}
-
-int read_fpga_reply(uint32_t *words)
-{
-    return memcpy(words + 1, get_fpga_data(), 128) == nullptr;
-}
-
-const std::map<std::string, int (*)(int fd, facmsg_request *request)> handlers = {
-    {"flow", facmsg_flow_pressure_fun},          {"pvids", answer_direct<set_pvids>},
-    {"read_buffer", answer_direct<read_buffer>}, {"write_buffer", answer_direct<write_buffer>},
-    {"frame_count", answer_direct<read_count>},  {"fpga_reply", answer_direct<read_fpga_reply>}};
 
 /* Plays a story in a process of its own, where the library has no past. The first event that is not told ends it. */
 class player
@@ -193,9 +176,7 @@ class player
         if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
             differ("no socket pair");
         go_to(at + 1);
-        const auto handler = handlers.find(name);
-        (handler == handlers.end() ? facmsg_lib_test_main
-                                   : handler->second)(ends[0], reinterpret_cast<facmsg_request *>(buffer));
+        answer(ends[0], reinterpret_cast<facmsg_request *>(buffer), name);
         fflush(stdout);
         close(ends[0]);
         const ssize_t size = read(ends[1], buffer, sizeof(buffer));

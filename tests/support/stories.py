@@ -115,7 +115,8 @@ class Cases:
 
     def take_case(self, name, body, _):
         """A table at its beginning makes each row a story of its own."""
-        rows = [[cell.strip() for cell in re.split(r" \|(?= |$)", line[1:])] for line, _ in body if line[0] == "|"] or [[], []]
+        rows = [row for line, _ in body if line[0] == "|" for row in line[1:].split(" || ")] or ["", ""]
+        rows = [[cell.strip() for cell in re.split(r" \|(?= |$)", row)] for row in rows]
         for row in rows[1:]:
             values = dict(zip(rows[0], row + [""] * len(rows[0])))
             self.tell(": ".join([name] + row[:1]), [line for line in body if line[0][0] != "|"], values)

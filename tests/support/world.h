@@ -27,7 +27,8 @@ struct driver_call {
     };
     const char *slot;
     uint32_t port; /* or phy id of a frame; 0 without */
-    std::vector<argument_row> arguments;
+    size_t argument_count = 0;
+    argument_row arguments[8] = {};
 
     /* "slot(1,2)": the words and bytes handed over, without outputs. */
     std::string text() const;
