@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * The frames of the stress tests: building them, and injecting them through the CPU port.
+ * The frames of the stress tests: building them, and injecting them through the CPU port. Lengths are in bytes, without
+ * the FCS; a pattern is PATTERN_SIZE bytes and repeats to the frame's end.
  */
 #ifndef STRESS_TESTS_STRESS_FRAMES_H
 #define STRESS_TESTS_STRESS_FRAMES_H
