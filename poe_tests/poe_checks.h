@@ -15,9 +15,8 @@ constexpr uint32_t POE_RESTORE_LIMIT_MW = 30000;
 constexpr uint32_t HPOE_RESTORE_LIMIT_MW = 100000;
 
 /* Checks the power states of entries 0 to count-1, or first to end-1, and writes a code where a state is not good and
- * no earlier code stands: 14 for one that cannot be read, else a code of facmsg_poe_code, with the driver's detail in
- * the upper half where the state has no code of its own. The high-power variant knows states 3 and 4. 0 when all are
- * good, else 1. */
+ * no earlier code stands: a facmsg_poe_code, with the driver's detail in the upper half where the state has no code of
+ * its own. The high-power variant knows states 3 and 4. 0 when all are good, else 1. */
 int facmsg_get_port_poe_status(int count, uint32_t *state_code);
 int facmsg_get_port_hpoe_status(int first, int end, uint32_t *state_code);
 
