@@ -22,7 +22,8 @@ namespace
 struct story_line {
     std::string place;
     int count, result;
-    std::string outputs, text;
+    std::vector<uint64_t> outputs;
+    std::string text;
 };
 
 struct story {
@@ -99,7 +100,7 @@ class player
   private:
     [[noreturn]] void differ(const std::string &text)
     {
-        const story_line expected = at < lines.size() ? lines[at] : story_line{"at the end", 1, 0, "", "nothing more"};
+        const story_line expected = at < lines.size() ? lines[at] : story_line{"at the end", 1, 0, {}, "nothing more"};
         const auto first = std::mismatch(text.begin(), text.end(), expected.text.begin(), expected.text.end()).first;
         const auto from = static_cast<size_t>(std::max<ptrdiff_t>(first - text.begin() - 60, 0));
         std::cerr << expected.place << ": expected: " << expected.text.substr(from, 160)
@@ -154,12 +155,8 @@ class player
     {
         fflush(stdout);
         const story_line &line = event(call.text());
-        std::istringstream words(line.outputs);
-        std::vector<uint64_t> values;
-        for (std::string word; std::getline(words, word, ',');)
-            values.push_back(std::stoull(word));
-        if (line.result == 0 || !values.empty())
-            call.write(values);
+        if (line.result == 0 || !line.outputs.empty())
+            call.write(line.outputs);
         return line.result;
     }
     /* ask NAME REQUEST */
@@ -216,9 +213,12 @@ std::vector<story> read_stories(const char *path)
         } else {
             story_line &line = stories.back().lines.emplace_back();
             line.place = place;
-            file >> line.count >> line.result;
-            std::getline(file.ignore(), line.outputs, '\t');
-            std::getline(file, line.text);
+            size_t outputs = 0;
+            file >> line.count >> line.result >> outputs;
+            line.outputs.resize(outputs);
+            for (auto &value : line.outputs)
+                file >> value;
+            std::getline(file.ignore(), line.text);
         }
     return stories;
 }

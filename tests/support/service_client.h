@@ -39,59 +39,38 @@ struct temporary_folder {
     char path[32] = "/tmp/facmsg_test_XXXXXX";
 };
 
-class service_client
+/* A new connection to the service on which these bytes were sent; -1 when there is no service. */
+inline int send_to_service(const std::string &bytes)
 {
-  public:
-    service_client() : fd(socket(AF_UNIX, SOCK_STREAM, 0))
-    {
-        const sockaddr_un address = {AF_UNIX, FACMSG_SOCKET_PATH};
-        connected = connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
-    }
-    ~service_client()
-    {
-        close(fd);
-    }
-    service_client(const service_client &) = delete;
+    const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    const sockaddr_un address = {AF_UNIX, FACMSG_SOCKET_PATH};
+    if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
+        return close(fd), -1;
+    send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    return fd;
+}
 
-    service_client &send(const std::string &bytes)
-    {
-        ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        return *this;
-    }
-    service_client &end() /* nothing more will be sent */
-    {
-        shutdown(fd, SHUT_WR);
-        return *this;
-    }
-    std::string reply() /* everything up to the end of the connection */
-    {
-        std::string all;
-        char bytes[4096];
-        for (ssize_t got; (got = read(fd, bytes, sizeof(bytes))) > 0;)
-            all.append(bytes, static_cast<size_t>(got));
-        return all;
-    }
+/* Everything up to the end of a connection, which it closes. */
+inline std::string reply_of(int fd)
+{
+    std::string all;
+    char bytes[4096];
+    for (ssize_t got; (got = read(fd, bytes, sizeof(bytes))) > 0;)
+        all.append(bytes, static_cast<size_t>(got));
+    close(fd);
+    return all;
+}
 
-    bool connected;
-
-  private:
-    const int fd;
-};
-
-/* Sends a whole request and reads the reply; "" when there is no service. */
 inline std::string ask_service(const std::string &request)
 {
-    return service_client().send(request).reply();
+    return reply_of(send_to_service(request));
 }
 
 inline bool wait_for_service()
 {
-    for (int tries = 0; tries < 1000; tries++) {
-        if (ask_service(frame(19, 0)) == frame(21, 0))
-            return true;
+    for (int tries = 0; tries < 1000 && ask_service(frame(19, 0)) != frame(21, 0); tries++)
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
+    return ask_service(frame(19, 0)) == frame(21, 0);
 }
 
 #endif

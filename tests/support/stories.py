@@ -141,14 +141,14 @@ class Cases:
 
     def told(self, line):
         call = re.fullmatch(r"(\w+)\((\d*).*\)", line.text)
-        outputs = line.outputs
-        if call and outputs is None and not line.result:
+        outputs = line.outputs or []
+        if call and not outputs and not line.result:
             phy_id = [256 + int(call[2])] if call[1] == "get_port_phyid" else []
             outputs = self.answers.get(line.text, self.answers.get(call[1], phy_id))
         text = line.text[2:] if line.text[0] in "!." else line.text
         if text.startswith(("send_packet", "receive")):
             text = re.sub(r"\b(\d+)([, ])(\w*)\[(\w+)\]", whole_frame, text)
-        return f"{line.place}\t{line.count} {line.result} {','.join(map(str, outputs or []))}\t{text}"
+        return f"{line.place}\t{line.count} {line.result} {' '.join(map(str, [len(outputs)] + outputs))}\t{text}"
 
     def expand_all(self, body, values):
         return [line for text, place in body for line in self.expand(text, place, values)]

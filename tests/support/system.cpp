@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: MIT */
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <map>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -18,22 +18,21 @@ std::atomic<uint64_t> clock_us = 1000000;
 std::atomic<int> live;
 std::atomic<void *> latest;
 std::atomic<size_t> failed_size;
-std::mutex orders_mutex;
-auto &orders = *new std::map<std::string, int>; /* the server thread may outlive main */
-std::atomic<bool> any_order;
+
+/* How many calls are left until one fails. */
+struct {
+    std::string function;
+    std::atomic<int> calls;
+} orders[] = {{"allocation", 0}, {"gettimeofday", 0}, {"pthread_create", 0}, {"socket", 0},
+              {"bind", 0},       {"listen", 0},       {"accept4", 0}};
 
 bool ordered_to_fail(const char *function)
 {
-    if (!any_order)
-        return false;
-    const std::lock_guard lock(orders_mutex);
-    const auto order = orders.find(function);
-    if (order == orders.end() || --order->second > 0)
-        return false;
-    orders.erase(order);
-    any_order = !orders.empty();
     errno = EMFILE;
-    return true;
+    for (auto &order : orders)
+        if (order.function == function)
+            return order.calls > 0 && --order.calls == 0;
+    return false;
 }
 
 int wait(uint64_t us)
@@ -58,14 +57,14 @@ void pass(uint64_t us)
 
 void fail(const std::string &function, int nth)
 {
-    const std::lock_guard lock(orders_mutex);
-    orders[function] = nth;
-    any_order = true;
+    for (auto &order : orders)
+        if (order.function == function)
+            order.calls = nth;
 }
 
 bool failure_pending()
 {
-    return any_order;
+    return std::ranges::any_of(orders, [](const auto &order) { return order.calls > 0; });
 }
 
 size_t failed_allocation()

@@ -47,7 +47,7 @@ TEST_F(registration, of_an_empty_table_starts_the_service_of_none_does_not)
     const log_capture log(1);
     add(nullptr, -1, EMPTY);
     EXPECT_EQ(log.text(), op + "Invalid vexa diag drv.\n");
-    EXPECT_FALSE(service_client().connected);
+    EXPECT_EQ(send_to_service(""), -1);
     add(&EMPTY, 0, EMPTY);
     ASSERT_TRUE(wait_for_service());
     EXPECT_EQ(ask_service(frame(10, 0)), frame(10, 4, std::string(4, '\xff')));
@@ -114,36 +114,36 @@ struct requests : registration {
     void SetUp() override
     {
         registration::SetUp();
-        if (IsSkipped())
-            return;
-        EXPECT_EQ(vexa_ssa_regitser_interface(&table), 0);
-        ASSERT_TRUE(wait_for_service());
+        if (!IsSkipped()) {
+            ASSERT_TRUE(vexa_ssa_regitser_interface(&table) == 0 && wait_for_service());
+        }
     }
     void TearDown() override
     {
-        if (!IsSkipped()) {
-            EXPECT_EQ(ask_service(frame(19, 0)), UNKNOWN) << "the service is no longer there";
-        }
+        EXPECT_TRUE(IsSkipped() || ask_service(frame(19, 0)) == UNKNOWN) << "the service is no longer there";
     }
 };
 
 TEST_F(requests, cut_short_or_too_large_are_answered_incomplete)
 {
     world::on_call = [](const driver_call &) -> int { abort(); };
-    for (size_t size = 0; size < 8; size++)
-        EXPECT_EQ(service_client().send(frame(10, 0).substr(0, size)).end().reply(), INCOMPLETE) << size;
-    for (const uint32_t sent : {0u, 1u, 1051u})
-        EXPECT_EQ(service_client().send(frame(0, 1052, std::string(sent, 0))).end().reply(), INCOMPLETE) << sent;
+    const auto cut = [](const std::string &request, size_t size) {
+        const int fd = send_to_service(request.substr(0, size));
+        shutdown(fd, SHUT_WR);
+        return reply_of(fd);
+    };
+    for (const size_t size : {0, 1, 7, 8, 9, 1059})
+        EXPECT_EQ(cut(frame(0, 1052, std::string(1052, 0)), size), INCOMPLETE) << size;
     const auto start = steady_clock::now();
     for (const uint32_t size : {8089u, 8096u, 0x7FFFFFFFu, 0xFFFFFFFFu})
-        EXPECT_EQ(service_client().send(frame(10, size)).reply(), INCOMPLETE) << size;
+        EXPECT_EQ(ask_service(frame(10, size)), INCOMPLETE) << size;
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(3)) << "at once, that is";
     world::on_call = [](const driver_call &) { return 0; };
     EXPECT_EQ(ask_service(frame(10, 8088, std::string(8088, 'x'))), FACTORY_MODE);
-    service_client in_two_pieces;
-    in_two_pieces.send(frame(10, 3));
+    const int in_two_pieces = send_to_service(frame(10, 3));
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(in_two_pieces.send("abc").reply(), FACTORY_MODE);
+    EXPECT_EQ(write(in_two_pieces, "abc", 3), 3);
+    EXPECT_EQ(reply_of(in_two_pieces), FACTORY_MODE);
 }
 
 TEST_F(requests, run_where_no_signal_cuts_a_wait_short_and_no_child_inherits_a_socket)
@@ -173,11 +173,10 @@ TEST_F(requests, that_stop_hold_the_service_for_five_seconds_only)
 {
     for (const auto &sent : {std::string(), frame(0, 1052)}) {
         const auto start = steady_clock::now();
-        service_client silent;
-        silent.send(sent);
+        const int silent = send_to_service(sent);
         EXPECT_EQ(ask_service(frame(10, 0)), FACTORY_MODE);
         const auto waited = steady_clock::now() - start;
-        EXPECT_EQ(silent.reply(), INCOMPLETE);
+        EXPECT_EQ(reply_of(silent), INCOMPLETE);
         EXPECT_GT(waited, std::chrono::milliseconds(4500));
         EXPECT_LT(waited, std::chrono::seconds(8));
     }
@@ -195,7 +194,7 @@ TEST_F(requests, leave_nothing_behind)
         for (size_t round = 0; round < rounds; round++) {
             ask_service(frame(10, 0));
             ask_service(frame(19, 0));
-            service_client().send(request.substr(0, round % 17)); /* dies at any byte, or without its reply */
+            close(send_to_service(request.substr(0, round % 17))); /* dies at any byte, or without its reply */
             ask_service(request);
         }
     };
@@ -242,27 +241,25 @@ TEST_F(requests, run_beside_receiving_and_registering_threads)
             frame[13] ^= 0x09;
         }
     };
-    const auto keep_registering = [&] {
-        while (!stop)
-            vexa_ssa_regitser_interface(&table);
-    };
     world::on_call = [](const driver_call &call) {
-        const uint8_t frame[64] = {0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0xF0, 0xF0};
+        const auto &frame = call.arguments[4];
         const pack_info info = {0, 0, call.port};
         if (strcmp(call.slot, "send_packet") == 0)
-            vexa_recv_packet(&info, frame, sizeof(frame));
+            vexa_recv_packet(&info, static_cast<const uint8_t *>(frame.bytes), static_cast<uint32_t>(frame.count));
         call.write({call.port == 1 ? FACMSG_ABILITY_ANY_SPEED : 0, 1}); /* or phy id and link */
         return 0;
     };
-    std::thread threads[] = {std::thread(receive, 0x10000), std::thread(receive, 0x10020),
-                             std::thread(keep_registering)};
-    const auto payload = [](uint32_t port_count, uint32_t port_result) {
-        const uint32_t words[263] = {0, 0, 1, 0, 0, 0, port_count, port_result}; /* any speed */
-        return std::string(reinterpret_cast<const char *>(words), sizeof(words));
-    };
-    const std::string reply = ask_service(frame(0, 1052, payload(0, 0)));
+    std::thread threads[] = {std::thread(receive, 0x10000), std::thread(receive, 0x10020), std::thread([&] {
+                                 while (!stop)
+                                     vexa_ssa_regitser_interface(&table);
+                             })};
+    uint32_t words[263] = {0, 0, 1}; /* any speed */
+    const auto payload = [&] { return std::string(reinterpret_cast<const char *>(words), sizeof(words)); };
+    const std::string reply = ask_service(frame(0, 1052, payload()));
     stop = true;
     for (auto &thread : threads)
         thread.join();
-    EXPECT_EQ(reply, frame(0, 1052, payload(1, FACMSG_PORT_RESULT(1, 0))));
+    words[6] = 1;
+    words[7] = FACMSG_PORT_RESULT(1, 0);
+    EXPECT_EQ(reply, frame(0, 1052, payload()));
 }
