@@ -16,8 +16,9 @@ int vexa_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t
 /* Each port has received as many frames as it transmitted. */
 int vexa_ess_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, ess_flow_reply *reply);
 
-/* The first port has transmitted and received `sent` frames, each later one what the port before it received intact. */
-int vexa_ess_serpentine_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t sent,
+/* The first port has transmitted and received `send_count` frames, each later one what the port before it received
+ * intact. */
+int vexa_ess_serpentine_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t send_count,
                                   serpentine_flow_reply *reply);
 
 /* The frames that the CPU received on a port since *count was read; the absolute number over 0. -1, and *count as it

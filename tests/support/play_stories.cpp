@@ -79,8 +79,8 @@ int answer(int fd, facmsg_request *request, const std::string &name)
 class player
 {
   public:
-    explicit player(const story &told)
-        : lines(told.lines), log(told.log_level, [this](const std::string &line) { event(with_names(line)); })
+    explicit player(const story &tale)
+        : lines(tale.lines), log(tale.log_level, [this](const std::string &line) { event(with_names(line)); })
     {
         facmsg_vexa_diag_drv = world::driver_table();
         world::on_call = [this](const driver_call &call) { return called(call); };
@@ -187,17 +187,17 @@ class player
     log_capture log;
 };
 
-bool plays(const story &told)
+bool plays(const story &tale)
 {
     const pid_t child = fork();
     if (child == 0) {
-        player(told).play();
+        player(tale).play();
         exit(0);
     }
     int status = -1;
     waitpid(child, &status, 0);
     if (status != 0)
-        std::cerr << "FAILED at log level " << told.log_level << ", status " << status << ": " << told.name
+        std::cerr << "FAILED at log level " << tale.log_level << ", status " << status << ": " << tale.name
                   << std::endl;
     return status == 0;
 }
@@ -229,10 +229,10 @@ int main(int count, char **arguments)
 {
     static const auto &stories = *new auto(read_stories(arguments[1])); /* never cleared away: children end often */
     int played = 0, failed = 0;
-    for (const auto &told : stories)
-        if (count < 3 || told.name.find(arguments[2]) != std::string::npos) {
+    for (const auto &tale : stories)
+        if (count < 3 || tale.name.find(arguments[2]) != std::string::npos) {
             played++;
-            failed += !plays(told);
+            failed += !plays(tale);
         }
     std::cout << played << " played, " << failed << " failed\n";
     return failed != 0 || played == 0;

@@ -136,10 +136,10 @@ class Cases:
             self.stories.append(f"story\t{level} {name}")
             for line in lines:
                 if line.text[0] not in "!." or level >= {"!": 1, ".": 2}[line.text[0]]:
-                    self.stories.append(self.told(line).replace("{" + empty + "}", "(nil)"))
+                    self.stories.append(self.event_row(line).replace("{" + empty + "}", "(nil)"))
                 level = level if line.log_level is None else line.log_level
 
-    def told(self, line):
+    def event_row(self, line):
         call = re.fullmatch(r"(\w+)\((\d*).*\)", line.text)
         outputs = line.outputs or []
         if call and not outputs and not line.result:
