@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * The receive hook's table of ports. Most cases need free rows in it, hence a fresh process.
+ * The receive hook's table of ports. Each case needs a free one, hence a process of its own, which
+ * ctest gives it.
  */
 #include <algorithm>
 #include <atomic>
@@ -39,14 +40,6 @@ TEST(receive, ignores_what_is_not_there)
     EXPECT_EQ(count_of(7), 0u);
 }
 
-struct fresh_receive : testing::Test {
-    void SetUp() override
-    {
-        if (testing::UnitTest::GetInstance()->test_to_run_count() > 1)
-            GTEST_SKIP() << "needs a process of its own; ctest gives it one";
-    }
-};
-
 /* The table as one would write it down. */
 struct naive_counters {
     std::map<uint32_t, uint32_t> counts; /* of at most 256 ports, those that came first */
@@ -62,7 +55,7 @@ struct naive_counters {
     }
 };
 
-TEST_F(fresh_receive, counts_like_a_table_of_256_rows)
+TEST(receive, counts_like_a_table_of_256_rows)
 {
     std::mt19937 random(1);
     std::vector<uint32_t> ports = {0, 1, 0xFFFFFFFF};
@@ -105,7 +98,7 @@ static bool race_for_rows(uint32_t first_port, uint32_t ports, uint32_t frames)
     return exact;
 }
 
-TEST_F(fresh_receive, loses_nothing_when_threads_race_for_a_row)
+TEST(receive, loses_nothing_when_threads_race_for_a_row)
 {
     EXPECT_TRUE(race_for_rows(0x1000, 256, 2000));
     receive(0x2000);
@@ -114,7 +107,7 @@ TEST_F(fresh_receive, loses_nothing_when_threads_race_for_a_row)
 
 /* The last row is claimed once a process, so each round has a process of its own; sanitizers make those slow to start.
  */
-TEST_F(fresh_receive, loses_nothing_when_threads_race_for_the_last_row)
+TEST(receive, loses_nothing_when_threads_race_for_the_last_row)
 {
     for (uint32_t port = 0; port < 255; port++)
         receive(port);
