@@ -162,6 +162,8 @@ class Cases:
         return re.sub(r"\{([\d+-]+)(:x2)?\}", add, text)
 
     def expand(self, text, place, values):
+        if " ;; " in text:
+            return self.expand_all([(part, place) for part in text.split(" ;; ")], values)
         if text.startswith("for "):
             head, _, body = text.partition(": ")
             name, *items = self.words(self.substitute(head[4:], values))
