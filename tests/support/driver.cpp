@@ -139,7 +139,7 @@ std::string name_of(uintptr_t address)
 #define NAME(index, name, port) {reinterpret_cast<uintptr_t>(table.name), #name},
         FACMSG_SLOTS(NAME)};
     const auto name = names.find(address);
-    return name != names.end() ? name->second : address != 0 && address == latest_allocation() ? "pointer" : "";
+    return name != names.end() ? name->second : address != 0 && address == latest_allocation ? "pointer" : "";
 }
 
 } // namespace world

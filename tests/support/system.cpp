@@ -1,6 +1,5 @@
 /* SPDX-License-Identifier: MIT */
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <pthread.h>
@@ -14,30 +13,24 @@
 namespace
 {
 
-std::atomic<uint64_t> clock_us = 1000000;
-std::atomic<int> live;
-std::atomic<void *> latest;
-std::atomic<size_t> failed_size;
-
 /* How many calls are left until one fails. */
 struct {
-    std::string function;
+    const std::string_view function;
     std::atomic<int> calls;
 } orders[] = {{"allocation", 0}, {"gettimeofday", 0}, {"pthread_create", 0}, {"socket", 0},
               {"bind", 0},       {"listen", 0},       {"accept4", 0}};
 
-bool ordered_to_fail(const char *function)
+bool ordered_to_fail(std::string_view function)
 {
-    errno = EMFILE;
     for (auto &order : orders)
-        if (order.function == function)
-            return order.calls > 0 && --order.calls == 0;
+        if (order.function == function && order.calls > 0 && --order.calls == 0)
+            return errno = EMFILE, true;
     return false;
 }
 
 int wait(uint64_t us)
 {
-    clock_us += us;
+    world::clock_us += us;
     world::on_event("wait " + (us % 1000000 == 0 ? std::to_string(us / 1000000) + "s" : std::to_string(us) + "us"));
     return 0;
 }
@@ -49,13 +42,12 @@ namespace world
 
 std::function<void(const std::string &)> &on_event =
     *new std::function<void(const std::string &)>([](const std::string &) {});
+std::atomic<uint64_t> clock_us = 1000000;
+std::atomic<int> live_allocations;
+std::atomic<uintptr_t> latest_allocation;
+std::atomic<size_t> failed_allocation;
 
-void pass(uint64_t us)
-{
-    clock_us += us;
-}
-
-void fail(const std::string &function, int nth)
+void fail(std::string_view function, int nth)
 {
     for (auto &order : orders)
         if (order.function == function)
@@ -65,21 +57,6 @@ void fail(const std::string &function, int nth)
 bool failure_pending()
 {
     return std::ranges::any_of(orders, [](const auto &order) { return order.calls > 0; });
-}
-
-size_t failed_allocation()
-{
-    return failed_size;
-}
-
-int live_allocations()
-{
-    return live;
-}
-
-uintptr_t latest_allocation()
-{
-    return reinterpret_cast<uintptr_t>(latest.load());
 }
 
 } // namespace world
@@ -102,18 +79,20 @@ int __wrap_usleep(useconds_t us)
 
 int __wrap_gettimeofday(timeval *now, void *)
 {
-    *now = {static_cast<time_t>(clock_us / 1000000), static_cast<suseconds_t>(clock_us % 1000000)};
+    *now = {static_cast<time_t>(world::clock_us / 1000000), static_cast<suseconds_t>(world::clock_us % 1000000)};
     return ordered_to_fail("gettimeofday") ? -1 : 0;
 }
 
 void *__wrap_calloc(size_t count, size_t size)
 {
     if (ordered_to_fail("allocation")) {
-        failed_size = count * size;
+        world::failed_allocation = count * size;
         return nullptr;
     }
-    live++;
-    return latest = __real_calloc(count, size);
+    world::live_allocations++;
+    void *const memory = __real_calloc(count, size);
+    world::latest_allocation = reinterpret_cast<uintptr_t>(memory);
+    return memory;
 }
 
 void *__wrap_malloc(size_t size)
@@ -124,7 +103,7 @@ void *__wrap_malloc(size_t size)
 
 void __wrap_free(void *memory)
 {
-    live -= memory != nullptr;
+    world::live_allocations -= memory != nullptr;
     __real_free(memory);
 }
 

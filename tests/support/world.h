@@ -8,11 +8,13 @@
 #ifndef TESTS_SUPPORT_WORLD_H
 #define TESTS_SUPPORT_WORLD_H
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "facmsg.h"
@@ -52,18 +54,17 @@ bool empty_slot(const std::string &name);
 /* The name of the slot that has this function in driver_table(), "pointer" for the latest allocation, else "". */
 std::string name_of(uintptr_t address);
 
-/* Time that passes without a wait. */
-void pass(uint64_t us);
+/* In microseconds; time may pass without a wait as well. */
+extern std::atomic<uint64_t> clock_us;
 /* The nth call of this function from now on fails, with EMFILE: allocation, gettimeofday, pthread_create, socket, bind,
  * listen, accept4. */
-void fail(const std::string &function, int nth = 1);
+void fail(std::string_view function, int nth = 1);
 /* Whether such an order still waits for its call. */
 bool failure_pending();
-/* The bytes that the allocation which failed asked for. */
-size_t failed_allocation();
-/* What was allocated, by any thread, and not freed; and the latest of it. */
-int live_allocations();
-uintptr_t latest_allocation();
+/* What was allocated and not freed, the address of the latest, the bytes of one that failed. */
+extern std::atomic<int> live_allocations;
+extern std::atomic<uintptr_t> latest_allocation;
+extern std::atomic<size_t> failed_allocation;
 
 } // namespace world
 

@@ -37,7 +37,7 @@ TEST(message, without_memory_fails_whatever_its_size)
         world::fail("allocation");
         EXPECT_EQ(facmsg_send(-1, 9, size, payload), -1);
         if (sizeof(size_t) > 4) {
-            EXPECT_EQ(world::failed_allocation(), uint64_t{size} + 8);
+            EXPECT_EQ(world::failed_allocation, uint64_t{size} + 8);
         }
         world::fail("allocation");
         EXPECT_EQ(facmsg_client_send(9, size, payload, 1), -1);

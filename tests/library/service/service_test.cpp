@@ -86,7 +86,7 @@ TEST_F(registration, can_be_repeated_when_the_service_could_not_start)
     add(&table, -1, EMPTY);
     world::fail("allocation");
     add(&table, -1, EMPTY);
-    EXPECT_EQ(world::live_allocations(), 0);
+    EXPECT_EQ(world::live_allocations, 0);
     EXPECT_EQ(log.text(), "<facmsg_server_init> Create factory ssa lib server fail.\n" + refused +
                               "<facmsg_server_init> allocate memory for factory server fail.\n" + refused);
     add(&table, 0, table);
@@ -195,10 +195,10 @@ TEST_F(requests, leave_nothing_behind)
     };
     ask_all_kinds(17);
     const auto descriptors = open_descriptors();
-    const int allocations = world::live_allocations();
+    const int allocations = world::live_allocations;
     ask_all_kinds(200);
     EXPECT_EQ(open_descriptors(), descriptors);
-    EXPECT_EQ(world::live_allocations(), allocations);
+    EXPECT_EQ(world::live_allocations, allocations);
 }
 
 TEST_F(requests, go_on_after_accept_fails)
