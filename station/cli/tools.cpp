@@ -4,6 +4,7 @@
  */
 #include "tools.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 
@@ -71,7 +72,7 @@ static tool_run add_plan(CLI::App &sub)
 
 static reports::form form_of(const settings &chosen)
 {
-    return chosen.json ? reports::form::json : text::colour_wanted() ? reports::form::coloured : reports::form::text;
+    return chosen.json ? reports::form::json : common::colour_wanted() ? reports::form::coloured : reports::form::text;
 }
 
 static tool_run add_report(CLI::App &sub)

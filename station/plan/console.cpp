@@ -14,7 +14,6 @@
 #include "common/printable.h"
 #include "common/say.h"
 #include "common/terminal.h"
-#include "common/verdict_words.h"
 #include "common/wrap.h"
 #include "station/reports/findings.h"
 
@@ -29,8 +28,8 @@ std::string expectation_text(std::span<const step *const> steps)
     const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
     const auto unknown =
         std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
-    return fmt::format("{}, about {}{} expected{}", text::counted(steps.size(), "step"),
-                       text::duration_text(static_cast<double>(total_s)),
+    return fmt::format("{}, about {}{} expected{}", common::counted(steps.size(), "step"),
+                       common::duration_text(static_cast<double>(total_s)),
                        unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
                        by_hand == 0   ? ""
                        : by_hand == 1 ? ", 1 waits for the operator"
@@ -39,7 +38,7 @@ std::string expectation_text(std::span<const step *const> steps)
 
 console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
                  const console_settings &wanted)
-    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
+    : steps_(steps), lively_(wanted.progress && common::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
       others_("plan", wanted.progress)
 {
     print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
@@ -48,10 +47,10 @@ console::console(const test_plan &plan, const identity &of, std::span<const step
 /* One line, which is broken only where a terminal would break it. */
 void console::print(const std::string &line, size_t indent)
 {
-    const text::terminal screen = text::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
-    std::string shown = text::escaped(text::printable(line));
-    if (screen.there && indent + text::length(shown) > screen.width)
-        shown = text::folded(shown, indent, indent + 4, screen.width);
+    const common::terminal screen = common::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
+    std::string shown = common::escaped(common::printable(line));
+    if (screen.there && indent + common::length(shown) > screen.width)
+        shown = common::folded(shown, indent, indent + 4, screen.width);
     clear();
     std::FILE *stream = aside_ ? stderr : stdout;
     std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
@@ -62,7 +61,7 @@ void console::clear()
 {
     others_.clear();
     if (lively_)
-        text::clear_line(STDERR_FILENO);
+        common::clear_line(STDERR_FILENO);
 }
 
 double console::seconds() const
@@ -110,14 +109,14 @@ void console::show(const std::string &done)
     others_.clear();
     if (!lively_)
         return;
-    const bool narrow = text::terminal_of(STDERR_FILENO).width < 64;
+    const bool narrow = common::terminal_of(STDERR_FILENO).width < 64;
     const int bar_width = narrow ? 8 : 20;
     const step &asked = *steps_[number_];
     const auto elapsed_s = static_cast<int64_t>(seconds());
     const int filled = filled_part(steps_, number_, elapsed_s, bar_width);
     const std::string expected =
         expected_s(asked) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(asked)) : "";
-    text::rewrite_line(
+    common::rewrite_line(
         STDERR_FILENO,
         fmt::format("[{:#<{}}{:.<{}}] {}  {} s{}{}", "", filled, "", bar_width - filled,
                     narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), asked.name) : heading(number_),
@@ -125,13 +124,13 @@ void console::show(const std::string &done)
 }
 
 /* What failed, as far as a screen has room for it. */
-static std::vector<std::string> failure_lines(std::span<const judged_check> checks)
+static std::vector<std::string> failure_lines(std::span<const common::check> checks)
 {
     constexpr size_t most = 12;
     std::vector<std::string> lines;
-    for (const judged_check &made : checks)
-        if (made.judged == station::verdict::fail)
-            lines.push_back(fmt::format("{}  {}: {}", shown(made.about), made.name, made.sentence));
+    for (const common::check &one : checks)
+        if (one.verdict == common::verdict::fail)
+            lines.push_back(fmt::format("{}  {}: {}", one.where.name, one.name, one.sentence));
     if (lines.size() > most + 1) {
         const size_t more = lines.size() - most;
         lines.resize(most);
@@ -140,11 +139,11 @@ static std::vector<std::string> failure_lines(std::span<const judged_check> chec
     return lines;
 }
 
-void console::end(const char *word, const std::string &sentence, std::span<const judged_check> checks)
+void console::end(common::verdict verdict, const std::string &sentence, std::span<const common::check> checks)
 {
     const int64_t most = steps_[number_]->attempts;
-    const bool tells_attempt = attempt_ > 1 || word == std::string_view(common::verdict_word::RETRIED);
-    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word, seconds(),
+    const bool tells_attempt = attempt_ > 1 || verdict == common::verdict::retried;
+    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word_of(verdict), seconds(),
                       tells_attempt ? fmt::format("  attempt {} of {}", attempt_, most) : "",
                       sentence.empty() ? "" : "  " + sentence));
     for (const std::string &line : failure_lines(checks))
@@ -153,13 +152,13 @@ void console::end(const char *word, const std::string &sentence, std::span<const
 
 void console::skip(size_t number)
 {
-    print(heading(number) + "  NOT RUN");
+    print(fmt::format("{}  {}", heading(number), word_of(common::verdict::not_run)));
 }
 
 void console::say(const std::string &line)
 {
     clear();
-    text::say(line);
+    common::say(line);
 }
 
 std::string console::begin_question()

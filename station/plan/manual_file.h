@@ -11,7 +11,7 @@
 namespace plan
 {
 
-/* Each adds a step to the plan read so far, as read_step() does. All throw text::file_error. */
+/* Each adds a step to the plan read so far, as read_step() does. All throw common::file_error. */
 void read_instruction(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
 void read_question(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
 void read_pause(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "common/error_json.h"
@@ -48,7 +49,7 @@ static std::vector<std::string> step_names(const test_plan &plan, const char *op
                 known.emplace_back(asked.group.empty() ? asked.name : asked.group);
         if (std::ranges::none_of(plan.steps, [&](const step &asked) { return journal::is_meant(name, asked.name); }))
             throw station::usage_error(
-                fmt::format("{}: unknown step '{}'{}", option, name, text::expected_one_of(name, known)));
+                fmt::format("{}: unknown step '{}'{}", option, name, common::expected_one_of(name, known)));
         names.push_back(name);
     }
     return names;
@@ -71,9 +72,9 @@ static std::vector<const step *> select(const test_plan &plan, const order &give
 /* What cannot be told by the journal of the run: why, on stderr and to programs. */
 static exit_code fail(const order &given, exit_code code, const std::string &why, const char *word)
 {
-    text::say(fmt::format("facmsg-station: plan: {}", why));
+    common::say(fmt::format("facmsg-station: plan: {}", why));
     if (given.json)
-        print(text::error_json(code, why, word));
+        print(common::error_json(code, why, word));
     return code;
 }
 
@@ -126,12 +127,12 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     try {
         reports::write_reports(run_dir, record);
     } catch (const std::system_error &error) {
-        text::say(fmt::format("facmsg-station: plan: {}", error.what()));
+        common::say(fmt::format("facmsg-station: plan: {}", error.what()));
         print(given.json ? reports::run_json(record, run_dir, error.what()) : reports::unsaved_text(run_dir));
         return exit_code::not_saved;
     }
     print(given.json ? reports::run_json(record, run_dir)
-                     : reports::verdict_text(record, run_dir, text::colour_wanted(), text::stdout_columns()));
+                     : reports::verdict_text(record, run_dir, common::colour_wanted(), common::stdout_columns()));
     return reports::exit_code_of(record);
 }
 
@@ -195,7 +196,7 @@ static exit_code run_steps(const test_plan &plan, steps_view steps, const order 
     } catch (const std::exception &error) {
         if (!given.json)
             print("RESULTS NOT SAVED  nothing can be said about this unit: run the plan again\n");
-        return fail(given, exit_code::not_saved, error.what(), word_of(station::verdict::none));
+        return fail(given, exit_code::not_saved, error.what(), word_of(common::verdict::no_verdict));
     }
 }
 
@@ -205,7 +206,7 @@ exit_code run_plan(const order &given)
     const std::vector<const step *> steps = select(plan, given);
     if (steps.empty())
         return fail(given, exit_code::nothing_run, "nothing was run: --only and --skip leave no step",
-                    word_of(station::verdict::unjudged));
+                    word_of(common::verdict::unjudged));
     if (given.dry_run) {
         print(given.json ? list_steps_json(plan, steps) : list_steps(plan, steps));
         return exit_code::passed;

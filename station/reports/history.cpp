@@ -16,8 +16,8 @@
 namespace reports
 {
 
+using common::run_result;
 using journal::run_record;
-using journal::run_result;
 
 /* What is kept of a run; a whole record of each would be much. */
 struct past_run {
@@ -74,15 +74,16 @@ static void add_failures(failure_maps &maps, const run_record &run, const std::s
                          const std::vector<finding> &failures)
 {
     for (const finding &one : failures) {
-        failed_check &check = maps.by_check[{one.step, one.check}];
+        const common::place &where = one.check.where;
+        failed_check &check = maps.by_check[{one.step, one.check.name}];
         check.failed.add(run, folder);
         if (check.example.empty())
-            check.example = (one.where.port > 0 ? one.where.name + ": " : "") + one.sentence;
-        if (one.where.port == 0)
+            check.example = (where.port > 0 ? where.name + ": " : "") + one.check.sentence;
+        if (where.port == 0)
             continue;
-        failed_port &port = maps.by_port[{one.where.port, one.where.name}];
+        failed_port &port = maps.by_port[{where.port, where.name}];
         port.failed.add(run, folder);
-        port.checks[one.check].add(run, folder);
+        port.checks[one.check.name].add(run, folder);
     }
 }
 
@@ -106,7 +107,7 @@ static past_run add_run(history &runs, failure_maps &maps, const std::string &fo
 {
     const std::vector<finding> failures = failures_of(run);
     const auto took = seconds_between(run.start, run.end);
-    runs.listed.push_back({text::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
+    runs.listed.push_back({common::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
                            run.result, run.partial, took, failures.size()});
     runs.by_result[static_cast<size_t>(run.result)]++;
     runs.partial += run.partial ? 1 : 0;
@@ -185,7 +186,7 @@ history read_history(const std::filesystem::path &dir, const history_filter &fil
             if (passes(filter, run))
                 all.push_back(add_run(runs, maps, folder.filename().string(), run));
         } catch (const journal::no_journal &) {
-            runs.skipped.push_back(text::printable(folder.filename().string()));
+            runs.skipped.push_back(common::printable(folder.filename().string()));
         }
     add_units(runs, std::move(all));
     runs.reasons = reasons_of(maps);

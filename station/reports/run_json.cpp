@@ -16,23 +16,23 @@ using nlohmann::ordered_json;
 
 static ordered_json failure_json(const finding &one)
 {
-    ordered_json object{{"where", one.where.name}};
-    if (one.where.port > 0)
-        object["port"] = one.where.port;
-    object.update({{"step", one.step}, {"check", one.check}, {"sentence", one.sentence}});
+    ordered_json object{{"where", one.check.where.name}};
+    if (one.check.where.port > 0)
+        object["port"] = one.check.where.port;
+    object.update({{"step", one.step}, {"check", one.check.name}, {"sentence", one.check.sentence}});
     return object;
 }
 
 static ordered_json fault_json(const finding &one)
 {
-    return {{"step", one.step}, {"symptom", one.check}, {"sentence", one.sentence}};
+    return {{"step", one.step}, {"symptom", one.check.name}, {"sentence", one.check.sentence}};
 }
 
 static ordered_json step_json(const journal::attempt &tried)
 {
     return {{"step", tried.step},
             {"request", tried.request},
-            {"verdict", word_of(tried.judged)},
+            {"verdict", word_of(tried.verdict)},
             {"attempts", tried.number},
             {"seconds", seconds_between(tried.start, tried.end).value_or(0)},
             {"summary", tried.summary}};
@@ -44,7 +44,7 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
     ordered_json object{{"verdict", word_of(run.result)},
                         {"exit_code", static_cast<int>(not_saved ? common::exit_code::not_saved : exit_code_of(run))},
                         {"summary", headline(run)},
-                        {"run_dir", text::printable(run_dir.string())},
+                        {"run_dir", common::printable(run_dir.string())},
                         {"serial", run.serial},
                         {"product", run.product},
                         {"plan", run.plan},
@@ -60,7 +60,7 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
                         {"faults", ordered_json::array()},
                         {"steps", ordered_json::array()}};
     if (not_saved)
-        object["error"] = text::printable(*not_saved);
+        object["error"] = common::printable(*not_saved);
     for (const finding &one : failures_of(run))
         object["failures"].push_back(failure_json(one));
     for (const finding &one : faults_of(run))

@@ -111,7 +111,7 @@ static port_outcome judge_port(uint32_t word, const ending &end)
     if (std::ranges::find(end.untested, code) == end.untested.end())
         judge_code(port, "packet", end.codes, code, "code");
     else
-        add_check(port, "packet", verdict::untested,
+        add_check(port, "packet", verdict::not_tested,
                   fmt::format(fmt::runtime(std::ranges::find(end.codes, code, &code_sentence::code)->sentence),
                               end.stopped_by));
     return port;
@@ -150,7 +150,7 @@ outcome decode_packet(const request &sent, const std::vector<uint8_t> &payload)
     if (never_started(words)) {
         unit.summary = fmt::format("the test could not start, so nothing is known of {} (code 7 at each): the CPU's "
                                    "address was refused, or the service ran out of memory",
-                                   text::counted(words.size(), "port"));
+                                   common::counted(words.size(), "port"));
         return unit;
     }
     const ending end = ending_of(words);

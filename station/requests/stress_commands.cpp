@@ -47,7 +47,7 @@ static const stress_kind serpentine{"Serpentine stress test", stages, counted_st
 static bool is_flag(port_outcome &row, const char *name, uint8_t flag)
 {
     if (flag > 1)
-        add_check(row, name, verdict::none,
+        add_check(row, name, verdict::no_verdict,
                   fmt::format("A flag is {}, so nothing can be said; expected 0 or 1.", flag));
     return flag <= 1;
 }
@@ -61,21 +61,23 @@ static void judge_flag(port_outcome &row, const char *name, uint8_t flag, const 
 
 static cell counted(uint8_t flag, uint32_t count)
 {
-    return flag == 1 ? cell{count} : cell{nullptr};
+    return flag == 1 ? cell{count} : cell{};
 }
 
 /* The entries that both replies have. */
 template <class Reply> static void judge_common(port_outcome &row, const Reply &reply, uint32_t i)
 {
     judge_flag(row, "link", reply.port_down[i], "No link when the wait for links ended; expected a link.");
-    judge_flag(row, "fcs_errors", reply.port_fcs_err[i], text::counted(reply.fcs[i], "FCS error") + "; expected none.");
+    judge_flag(row, "fcs_errors", reply.port_fcs_err[i],
+               common::counted(reply.fcs[i], "FCS error") + "; expected none.");
 }
 
 /* The speeds that the test chose, by kind of port. */
 static void add_speeds(outcome &unit, const speed_choice &codes)
 {
-    unit.members["speed_codes"] = {
-        {"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}};
+    unit.members.push_back(
+        {"speed_codes",
+         std::vector<member>{{"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}}});
     unit.title += fmt::format(": copper {}", name_of(speed_names, codes.copper));
     if (codes.ex_copper != 255)
         unit.title += fmt::format(", extended copper {}", name_of(speed_names, codes.ex_copper));
@@ -86,16 +88,16 @@ outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
 {
     const auto reply = record_of<ess_flow_reply>(payload);
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
-    outcome unit = judge_stress(sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head,
-                                [&](port_outcome &row, uint32_t i) {
-                                    row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
-                                                 counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
-                                                 counted(reply.port_fcs_err[i], reply.fcs[i])};
-                                    judge_common(row, reply, i);
-                                    judge_flag(row, "counts", reply.port_cnt_err[i],
-                                               fmt::format("Received {} and transmitted {}; expected equal counts.",
-                                                           text::counted(reply.in_pkts[i], "frame"), reply.ex_pkts[i]));
-                                });
+    outcome unit = judge_stress(
+        sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head, [&](port_outcome &row, uint32_t i) {
+            row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
+                         counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
+                         counted(reply.port_fcs_err[i], reply.fcs[i])};
+            judge_common(row, reply, i);
+            judge_flag(row, "counts", reply.port_cnt_err[i],
+                       fmt::format("Received {} and transmitted {}; expected equal counts.",
+                                   common::counted(reply.in_pkts[i], "frame"), reply.ex_pkts[i]));
+        });
     add_speeds(unit, reply.speed_codes);
     return unit;
 }
@@ -123,7 +125,7 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
             chain.judge(row);
     });
     add_speeds(unit, reply.speed_codes);
-    unit.members["cpu_sent"] = reply.cpu_send_cnt;
+    unit.members.push_back({"cpu_sent", reply.cpu_send_cnt});
     return unit;
 }
 
