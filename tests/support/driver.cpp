@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include <cstring>
 #include <map>
-#include <type_traits>
 
 #include "internal/facmsg_slots.h"
 #include "world.h"
@@ -78,11 +77,12 @@ void take(driver_call &call, void *record)
 /* Values, and records of values of one size. */
 template <class Value> void take(driver_call &call, Value *values)
 {
-    constexpr size_t size = std::is_class_v<Value> ? alignof(Value) : sizeof(Value);
+    constexpr size_t size = alignof(Value);
     const std::string_view slot = call.slot;
-    if (slot != "set_status" && slot != "begin_end_prbs")
-        return put(call, {0, nullptr, values, size, sizeof(Value) / size});
-    for (size_t i = 0; i < sizeof(Value) / size; i++)
+    const bool inputs = slot == "set_status" || slot == "begin_end_prbs";
+    if (!inputs)
+        put(call, {0, nullptr, values, size, sizeof(Value) / size});
+    for (size_t i = 0; inputs && i < sizeof(Value) / size; i++)
         take(call, reinterpret_cast<const uint32_t *>(values)[i]);
 }
 

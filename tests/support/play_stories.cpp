@@ -3,6 +3,7 @@
  * Plays the stories that stories.py tells against the library: it has to bring about just those events, in that order,
  * and gets from its driver what the story says. Arguments: the stories' file, and part of a name to play only those.
  */
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -168,7 +169,7 @@ class player
             differ("the end of the request");
         const std::string request = from_hex(text);
         alignas(8) char buffer[FACMSG_BUFFER_SIZE] = {};
-        memcpy(buffer, request.data(), request.size());
+        std::ranges::copy(request, buffer);
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
             differ("no socket pair");

@@ -127,7 +127,7 @@ TEST_F(requests, cut_short_or_too_large_are_answered_incomplete)
         shutdown(fd, SHUT_WR);
         return reply_of(fd);
     };
-    for (const size_t size : {0, 1, 7, 8, 9, 1059})
+    for (const uint32_t size : {0u, 1u, 7u, 8u, 9u, 1059u})
         EXPECT_EQ(cut(frame(0, 1052, std::string(1052, 0)), size), INCOMPLETE) << size;
     const auto start = steady_clock::now();
     for (const uint32_t size : {8089u, 8096u, 0x7FFFFFFFu, 0xFFFFFFFFu})
