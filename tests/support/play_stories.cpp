@@ -13,7 +13,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "packet/transmit.h"
 #include "stress_tests/stress_ports.h"
+#include "stress_tests/stress_stat.h"
 #include "world.h"
 
 namespace
@@ -62,6 +64,13 @@ const struct {
     {"read_buffer", [](uint32_t *w) { return vexa_fpga_buf_read(w[1], w[2], w + 5, w[3], w[4]); }},
     {"write_buffer", [](uint32_t *w) { return vexa_fpga_buf_write(w[1], w[2], w + 5, w[3], w[4]); }},
     {"frame_count", [](uint32_t *w) { return vexa_get_recv_packet_number(w[1], &w[2]); }},
+    {"null_request", [](uint32_t *) { return facmsg_lib_test_main(-1, nullptr); }},
+    {"chain_count", [](uint32_t *w) { return vexa_ess_serpentine_cpu_recv_packet(w[1], &w[2]); }},
+    {"send_frames",
+     [](uint32_t *w) {
+         const port_packet_req order = {w[1], 1, 1, 0, w[2]};
+         return vexa_send_packet_use_cpsp(&order);
+     }},
     {"fpga_reply", [](uint32_t *w) { return memcpy(w + 1, get_fpga_data(), 128) == nullptr ? 1 : 0; }},
 };
 
