@@ -1,9 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * What the operator is to do or to answer, and pauses.
+ * Those [[step]]s of a plan file that ask nothing of the service: what the operator is to do or to answer, and pauses.
  */
-#include "manual_file.h"
-
 #include <algorithm>
 #include <fmt/format.h>
 

@@ -3,14 +3,19 @@
  * Reads a plan file: the unit, its panel and the labels of a run.
  */
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <regex>
 
 #include "common/printable.h"
-#include "digest.h"
 #include "facmsg_protocol.h"
 #include "plan.h"
 #include "step_file.h"
+
+extern "C" {
+#include <sha2.h>
+}
 
 namespace plan
 {
@@ -104,6 +109,17 @@ static void read_panel(const std::string &file, const toml::table &table, test_p
                 reader.fail("ports", fmt::format("ports names port {}, which is in panel group {}, expected others",
                                                  port, other.name));
     into.panel.push_back(std::move(group));
+}
+
+/* SHA-256 in small hexadecimal letters. */
+static std::string sha256_of(std::string_view bytes)
+{
+    SHA2_CTX state;
+    std::array<uint8_t, SHA256_DIGEST_LENGTH> digest;
+    SHA256Init(&state);
+    SHA256Update(&state, reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    SHA256Final(digest.data(), &state);
+    return fmt::format("{:02x}", fmt::join(digest, ""));
 }
 
 test_plan read_plan(const std::string &path)

@@ -10,7 +10,6 @@
 
 #include "common/nearest.h"
 #include "facmsg_protocol.h"
-#include "manual_file.h"
 #include "station/requests/carry_out.h"
 #include "step_limits.h"
 
