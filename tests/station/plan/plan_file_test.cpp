@@ -35,7 +35,6 @@ TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
 {
     const wrong_plan bare[] = {
         {"", "1:1: found no key name, expected the plan's name"},
-        {"name = 7", "1:8: name is 7, expected a string"},
         {"naem = 'a'", "1:8: unknown key naem, did you mean name?"},
     };
     expect_errors("", bare);
@@ -48,7 +47,6 @@ TEST(plan_file, a_wrong_head_is_answered_with_place_and_expectation)
         {"[serial]\npattern = '['",
          "5:11: pattern is \"[\", expected an ECMAScript regular expression without back-references"},
         {"[station]\npattern = '[0-9]'\ndefault = 'x'", "6:11: default is \"x\", expected a text that matches [0-9]"},
-        {"[operator]\nrequired = 'yes'", "5:12: required is \"yes\", expected true or false"},
     };
     expect_errors(LABELS, cases);
 }
@@ -71,12 +69,10 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
          "12:10: found a group in a group, expected a request, an instruction, a question or a pause"},
         {"name = 'a'\nrepeat = 2\n[[step.step]]\nrequest = 'poe'\n[[step]]\nname = 'a'\nrequest = 'poe'",
          "11:8: name is \"a\", which an earlier step has, expected another name"},
-        {"request = 'pakcet'", "6:11: request is \"pakcet\", did you mean packet?"},
         {"request = 'poe'\n[[step]]\nrequest = 'poe'",
          "7:1: name is \"poe\", which an earlier step has, expected another name"},
         {"request = 'poe'\nname = 'P'", "7:8: name is \"P\", expected letters a to z, digits, - and _"},
         {"request = 'poe'\nretries = 10", "7:11: retries is 10, expected a whole number from 0 to 9"},
-        {"request = 'packet'\noptions = { spede = 1 }", "7:21: unknown key spede, did you mean speed?"},
         {"request = 'packet'\noptions = { speed = '7G' }",
          "7:21: --speed: found '7G', allowed: 10M, 100M, 1G, 2.5G, 5G, 10G or 0 to 255"},
         {"request = 'packet'\noptions = { any_speed = 1 }", "7:25: any_speed is 1, expected true or false"},
@@ -92,8 +88,6 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
         {"request = 'broadcast'\nlimits = { fcs_errors = {} }",
          "7:25: fcs_errors has no limit, expected min, max or equal"},
         {"request = 'broadcast'\nlimits = { fcs_errors = { max = nan } }", "7:33: max is nan, expected a number"},
-        {"request = 'broadcast'\nlimits = { fcs_errors = { most = 4 } }",
-         "7:34: unknown key most, expected one of min, max, equal, unit"},
         {"request = 'vop'\nlimits = { vop_value = { equal = 'x' } }", "7:24: vop_value is a number, expected numbers"},
         {"request = 'fpga read'\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { max = 4 } }",
          "8:23: data_hex is a text, expected equal = \"…\""},
