@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-namespace text
+namespace common
 {
 
 std::string counted(uint64_t count, std::string_view noun)
@@ -14,4 +14,4 @@ std::string counted(uint64_t count, std::string_view noun)
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
-} // namespace text
+} // namespace common

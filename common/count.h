@@ -9,12 +9,12 @@
 #include <string>
 #include <string_view>
 
-namespace text
+namespace common
 {
 
 /* "1 port", "2 ports"; the noun takes an s. */
 std::string counted(uint64_t count, std::string_view noun);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <fmt/format.h>
 
-namespace text
+namespace common
 {
 
 static std::string with_rest(int64_t number, const char *unit, int64_t rest, const char *smaller)
@@ -28,4 +28,4 @@ std::string duration_text(double seconds)
                         : with_rest(whole / 3600, "h", whole / 60 % 60, "min");
 }
 
-} // namespace text
+} // namespace common

@@ -6,7 +6,7 @@
 
 #include "printable.h"
 
-namespace text
+namespace common
 {
 
 std::string error_json(common::exit_code code, const std::string &error, const char *verdict,
@@ -16,4 +16,4 @@ std::string error_json(common::exit_code code, const std::string &error, const c
     return members.dump(2) + "\n";
 }
 
-} // namespace text
+} // namespace common

@@ -10,13 +10,13 @@
 
 #include "exit_code.h"
 
-namespace text
+namespace common
 {
 
 /* An object on one or more lines with its line end: the members, then verdict, exit_code and error, which says why. */
 std::string error_json(common::exit_code code, const std::string &error, const char *verdict = "NO VERDICT",
                        nlohmann::ordered_json members = nlohmann::ordered_json::object());
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -9,7 +9,7 @@
 
 #include <fmt/format.h>
 
-namespace text
+namespace common
 {
 
 /* How many characters to insert, remove, replace or swap with their neighbour to get from a to b. */
@@ -63,4 +63,4 @@ std::string joined(const std::vector<std::string_view> &names)
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
-} // namespace text
+} // namespace common

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace text
+namespace common
 {
 
 /* What to say after a name that is not among the known ones: ", did you mean X?" or, when none is similar,
@@ -19,6 +19,6 @@ std::string expected_one_of(std::string_view given, const std::vector<std::strin
 /* The names with commas between them. */
 std::string joined(const std::vector<std::string_view> &names);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -12,7 +12,7 @@
 
 namespace fs = std::filesystem;
 
-namespace text
+namespace common
 {
 
 std::string path_fault(int error, const char *kind)
@@ -55,4 +55,4 @@ std::string write_fault(const std::string &path)
     return access(folder.c_str(), W_OK) == 0 ? "" : path_fault(errno, "file");
 }
 
-} // namespace text
+} // namespace common

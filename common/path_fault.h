@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace text
+namespace common
 {
 
 /* Why a path did not do, in words; kind is what it should have been, a file or a directory. */
@@ -19,6 +19,6 @@ std::string read_fault(const std::string &path);
 /* Why a file cannot be written or made; empty when nothing speaks against it. Makes none. */
 std::string write_fault(const std::string &path);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace text
+namespace common
 {
 
 /* The forms of a well-formed UTF-8 sequence: ranges of the first and the second byte, and the size. */
@@ -90,4 +90,4 @@ size_t length(std::string_view text)
         std::ranges::count_if(text, [](char c) { return !is_continuation(static_cast<unsigned char>(c)); }));
 }
 
-} // namespace text
+} // namespace common

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace text
+namespace common
 {
 
 /* The text as valid UTF-8: bytes that are none become U+FFFD. Left out are control characters other than tab and line
@@ -18,6 +18,6 @@ std::string printable(std::string_view text);
 /* How many characters of UTF-8 the text has; wide and combining ones count as one. */
 size_t length(std::string_view text);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -14,7 +14,7 @@
 #include "terminal.h"
 #include "wrap.h"
 
-namespace text
+namespace common
 {
 
 static std::string escaped_char(char c)
@@ -49,4 +49,4 @@ bool colour_wanted()
     return terminal_of(STDOUT_FILENO).lively && (no_colour == nullptr || *no_colour == '\0');
 }
 
-} // namespace text
+} // namespace common

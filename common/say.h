@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace text
+namespace common
 {
 
 /* The text with control characters as \n, \t or \x1b, so that it stays one line. */
@@ -20,6 +20,6 @@ void say(std::string_view line);
 /* Whether stdout may have colour: it is a terminal that knows it, and NO_COLOR is unset or empty. */
 bool colour_wanted();
 
-} // namespace text
+} // namespace common
 
 #endif

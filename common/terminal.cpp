@@ -13,7 +13,7 @@
 #include "printable.h"
 #include "say.h"
 
-namespace text
+namespace common
 {
 
 static bool takes_escapes()
@@ -68,4 +68,4 @@ void clear_line(int fd)
     write_all(fd, erase);
 }
 
-} // namespace text
+} // namespace common

@@ -7,7 +7,7 @@
 
 #include <string_view>
 
-namespace text
+namespace common
 {
 
 struct terminal {
@@ -24,6 +24,6 @@ terminal terminal_of(int fd);
 void rewrite_line(int fd, std::string_view text);
 void clear_line(int fd);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -18,7 +18,7 @@
 #include "nearest.h"
 #include "path_fault.h"
 
-namespace text
+namespace common
 {
 
 std::string shown(const toml::node &node)
@@ -274,4 +274,4 @@ void toml_reader::for_each_pair(std::string_view key, uint32_t highest,
     }
 }
 
-} // namespace text
+} // namespace common

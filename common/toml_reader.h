@@ -16,7 +16,7 @@
 
 #include <toml++/toml.h>
 
-namespace text
+namespace common
 {
 
 /* what() is one line "file:line:column: what was found, what was expected", or without a place
@@ -86,6 +86,6 @@ class toml_reader
     const toml::table &table_;
 };
 
-} // namespace text
+} // namespace common
 
 #endif

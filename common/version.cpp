@@ -4,7 +4,7 @@
  */
 #include "version.h"
 
-namespace text
+namespace common
 {
 
 const char *version()
@@ -12,4 +12,4 @@ const char *version()
     return FACMSG_VERSION;
 }
 
-} // namespace text
+} // namespace common

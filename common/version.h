@@ -5,12 +5,12 @@
 #ifndef COMMON_VERSION_H
 #define COMMON_VERSION_H
 
-namespace text
+namespace common
 {
 
 /* As in "0.1.0". */
 const char *version();
 
-} // namespace text
+} // namespace common
 
 #endif

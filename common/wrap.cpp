@@ -10,7 +10,7 @@
 #include "printable.h"
 #include "terminal.h"
 
-namespace text
+namespace common
 {
 
 std::string folded(const std::string &text, size_t column, size_t indent, size_t columns)
@@ -49,4 +49,4 @@ std::string padded(const std::string &text, size_t width)
     return text + std::string(width - std::min(width, length(text)), ' ');
 }
 
-} // namespace text
+} // namespace common

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace text
+namespace common
 {
 
 constexpr size_t screen_columns = 80;
@@ -25,6 +25,6 @@ size_t stdout_columns();
 /* The text and blanks up to a width in characters. */
 std::string padded(const std::string &text, size_t width);
 
-} // namespace text
+} // namespace common
 
 #endif

@@ -13,11 +13,11 @@
 namespace sim
 {
 
-static constexpr text::number_range SOME_MS = {1, 3600000};
-static constexpr text::number_range SOME_FRAMES = {1, 1000000};
+static constexpr common::number_range SOME_MS = {1, 3600000};
+static constexpr common::number_range SOME_FRAMES = {1, 1000000};
 
 /* A number that the fault cannot do without. */
-static uint32_t needed(const text::toml_reader &reader, std::string_view key, text::number_range range)
+static uint32_t needed(const common::toml_reader &reader, std::string_view key, common::number_range range)
 {
     if (!reader.has(key))
         reader.fail(key, fmt::format("found no key {}, expected a whole number from {} to {}", key, range.lowest,
@@ -25,73 +25,73 @@ static uint32_t needed(const text::toml_reader &reader, std::string_view key, te
     return reader.word(key, range, 0);
 }
 
-static void dead_link(const text::toml_reader &, port_faults &faults)
+static void dead_link(const common::toml_reader &, port_faults &faults)
 {
     faults.dead_link = true;
 }
 
-static void late_link(const text::toml_reader &reader, port_faults &faults)
+static void late_link(const common::toml_reader &reader, port_faults &faults)
 {
     faults.late_ms = needed(reader, "late_ms", SOME_MS);
 }
 
-static void flapping_link(const text::toml_reader &reader, port_faults &faults)
+static void flapping_link(const common::toml_reader &reader, port_faults &faults)
 {
     faults.flap_up_ms = needed(reader, "up_ms", SOME_MS);
     faults.flap_down_ms = needed(reader, "down_ms", SOME_MS);
 }
 
-static void frame_loss(const text::toml_reader &reader, port_faults &faults)
+static void frame_loss(const common::toml_reader &reader, port_faults &faults)
 {
     faults.lose_every = needed(reader, "every", SOME_FRAMES);
 }
 
-static void fcs_errors(const text::toml_reader &reader, port_faults &faults)
+static void fcs_errors(const common::toml_reader &reader, port_faults &faults)
 {
     faults.damage_every = needed(reader, "every", SOME_FRAMES);
 }
 
-static void stuck_counter(const text::toml_reader &, port_faults &faults)
+static void stuck_counter(const common::toml_reader &, port_faults &faults)
 {
     faults.stuck_counter = true;
 }
 
-static void prbs_errors(const text::toml_reader &reader, port_faults &faults)
+static void prbs_errors(const common::toml_reader &reader, port_faults &faults)
 {
     faults.prbs_errors_per_s = needed(reader, "per_second", SOME_FRAMES);
 }
 
-static void poe_no_detection(const text::toml_reader &, port_faults &faults)
+static void poe_no_detection(const common::toml_reader &, port_faults &faults)
 {
     faults.poe.no_detection = true;
 }
 
-static void poe_stays_off(const text::toml_reader &, port_faults &faults)
+static void poe_stays_off(const common::toml_reader &, port_faults &faults)
 {
     faults.poe.stays_off = true;
 }
 
-static void poe_stays_on(const text::toml_reader &, port_faults &faults)
+static void poe_stays_on(const common::toml_reader &, port_faults &faults)
 {
     faults.poe.stays_on = true;
 }
 
-static void poe_no_overload(const text::toml_reader &, port_faults &faults)
+static void poe_no_overload(const common::toml_reader &, port_faults &faults)
 {
     faults.poe.never_trips = true;
 }
 
-static void poe_late_overload(const text::toml_reader &reader, port_faults &faults)
+static void poe_late_overload(const common::toml_reader &reader, port_faults &faults)
 {
     faults.poe.trips_from = needed(reader, "from", {1, 1000});
 }
 
-static void poe_wrong_class(const text::toml_reader &reader, port_faults &faults)
+static void poe_wrong_class(const common::toml_reader &reader, port_faults &faults)
 {
     faults.poe.seen_class = needed(reader, "class", {0, 8});
 }
 
-static void poe_low_supply(const text::toml_reader &reader, port_faults &faults)
+static void poe_low_supply(const common::toml_reader &reader, port_faults &faults)
 {
     faults.poe.supply_mv = needed(reader, "supply_mv", {0, 65000});
 }
@@ -100,7 +100,7 @@ static void poe_low_supply(const text::toml_reader &reader, port_faults &faults)
 struct port_fault_row {
     std::string_view kind;
     std::vector<std::string_view> keys;
-    void (*apply)(const text::toml_reader &reader, port_faults &faults);
+    void (*apply)(const common::toml_reader &reader, port_faults &faults);
 };
 
 static const port_fault_row PORT_FAULTS[] = {
@@ -122,7 +122,7 @@ static const port_fault_row PORT_FAULTS[] = {
 static constexpr std::string_view FAILING_CALL = "failing_call";
 static constexpr std::string_view FPGA_SILENT = "fpga_silent";
 
-static uint32_t known_port(const text::toml_reader &reader, uint32_t number, const board_config &board)
+static uint32_t known_port(const common::toml_reader &reader, uint32_t number, const board_config &board)
 {
     if (!board.ports.count(number))
         reader.fail("ports", fmt::format("ports names port {}, expected a port of the board", number));
@@ -134,7 +134,7 @@ static void read_port_fault(const std::string &file, const toml::table &table, c
 {
     std::vector<std::string_view> keys = {"kind", "ports"};
     keys.insert(keys.end(), row.keys.begin(), row.keys.end());
-    const text::toml_reader reader(file, table, keys);
+    const common::toml_reader reader(file, table, keys);
     if (!reader.has("ports"))
         reader.fail("ports", "found no key ports, expected the ports that have the fault");
     for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS))
@@ -143,14 +143,14 @@ static void read_port_fault(const std::string &file, const toml::table &table, c
 
 static void read_failing_call(const std::string &file, const toml::table &table, board_config &board)
 {
-    const text::toml_reader reader(file, table, {"kind", "slot", "ports", "from_call", "calls", "result"});
+    const common::toml_reader reader(file, table, {"kind", "slot", "ports", "from_call", "calls", "result"});
     const auto slot = reader.one_of("slot", slot_names());
     if (!slot)
         reader.fail("slot", "found no key slot, expected the name of the driver slot that fails");
     call_fault fault;
     fault.slot = *slot;
     fault.from_call = reader.word("from_call", {1, UINT32_MAX}, fault.from_call);
-    fault.calls = reader.word("calls", text::ANY_WORD, fault.calls);
+    fault.calls = reader.word("calls", common::ANY_WORD, fault.calls);
     fault.result = static_cast<int>(reader.number("result", {INT32_MIN, INT32_MAX}).value_or(fault.result));
     if (fault.result == 0)
         reader.fail("result", "result is 0, which is success, expected any other number");
@@ -164,7 +164,7 @@ static void read_failing_call(const std::string &file, const toml::table &table,
 
 static void read_fpga_silent(const std::string &file, const toml::table &table, board_config &board)
 {
-    const text::toml_reader no_further_keys(file, table, {"kind"});
+    const common::toml_reader no_further_keys(file, table, {"kind"});
     board.fpga_silent = true;
 }
 
@@ -182,10 +182,10 @@ void read_fault(const std::string &file, const toml::table &table, board_config 
     std::vector<std::string_view> any_key;
     for (const auto &[key, value] : table)
         any_key.push_back(key.str());
-    const text::toml_reader reader(file, table, any_key); /* which keys are right depends on the kind */
+    const common::toml_reader reader(file, table, any_key); /* which keys are right depends on the kind */
     const auto kind = reader.one_of("kind", kinds());
     if (!kind)
-        reader.fail("kind", fmt::format("found no key kind, expected one of {}", text::joined(kinds())));
+        reader.fail("kind", fmt::format("found no key kind, expected one of {}", common::joined(kinds())));
     if (*kind == FAILING_CALL)
         return read_failing_call(file, table, board);
     if (*kind == FPGA_SILENT)

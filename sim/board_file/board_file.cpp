@@ -37,7 +37,7 @@ std::vector<std::string> boards_in(const std::string &folder)
     return names;
 }
 
-static std::filesystem::path base_path(const text::toml_reader &reader, const std::string &base, const chain &files)
+static std::filesystem::path base_path(const common::toml_reader &reader, const std::string &base, const chain &files)
 {
     auto beside = std::filesystem::path(files.paths.back()).parent_path() / base;
     if (std::filesystem::is_regular_file(beside))
@@ -47,10 +47,10 @@ static std::filesystem::path base_path(const text::toml_reader &reader, const st
         return std::filesystem::path(files.boards_dir) / (base + ".toml");
     const std::vector<std::string_view> known(names.begin(), names.end());
     reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one{}", base,
-                                    known.empty() ? "" : " or a board's name" + text::expected_one_of(base, known)));
+                                    known.empty() ? "" : " or a board's name" + common::expected_one_of(base, known)));
 }
 
-static board_config base_of(const text::toml_reader &reader, const chain &files)
+static board_config base_of(const common::toml_reader &reader, const chain &files)
 {
     const auto base = reader.text("base");
     if (!base)
@@ -69,7 +69,7 @@ static board_config base_of(const text::toml_reader &reader, const chain &files)
     return load(longer);
 }
 
-static void read_head(const text::toml_reader &reader, board_config &board)
+static void read_head(const common::toml_reader &reader, board_config &board)
 {
     board.name = reader.text("name").value_or(board.name);
     board.description = reader.text("description").value_or(board.description);
@@ -80,7 +80,7 @@ static void read_head(const text::toml_reader &reader, board_config &board)
 }
 
 /* The ends of every cable of this file, in order; a plug has the same port at both ends. */
-static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const text::toml_reader &reader)
+static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const common::toml_reader &reader)
 {
     std::vector<std::pair<uint32_t, uint32_t>> cables;
     if (reader.is_text("cables")) {
@@ -103,7 +103,7 @@ static std::vector<std::pair<uint32_t, uint32_t>> cables_in(const text::toml_rea
 }
 
 /* Whoever cables a port takes the base's cable or plug out of it. */
-static void read_cables(const text::toml_reader &reader, board_config &board)
+static void read_cables(const common::toml_reader &reader, board_config &board)
 {
     std::set<uint32_t> cabled;
     for (const auto &[a, b] : cables_in(reader)) {
@@ -124,7 +124,7 @@ static void read_cables(const text::toml_reader &reader, board_config &board)
 /* The two internal ports behind which the FPGA is. */
 static void read_fpga(const std::string &path, const toml::table &table, board_config &board)
 {
-    const text::toml_reader section(path, table, {"ports", "phy_id_offset"});
+    const common::toml_reader section(path, table, {"ports", "phy_id_offset"});
     const auto numbers = section.ports("ports", FACMSG_MAX_PORTS);
     if (numbers.size() != 2)
         section.fail("ports", "expected the two ports that face the FPGA, such as \"37,38\"");
@@ -143,9 +143,9 @@ static void read_fpga(const std::string &path, const toml::table &table, board_c
 static board_config read_board(const toml::table &table, const chain &files)
 {
     const auto &path = files.paths.back();
-    const text::toml_reader reader(path, table,
-                                   {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us",
-                                    "boot_ms", "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
+    const common::toml_reader reader(path, table,
+                                     {"base", "name", "description", "rate_divisor", "min_wire_mbps", "cpu_frame_us",
+                                      "boot_ms", "ports", "cables", "plugs", "fpga", "poe", "loads", "faults"});
     auto board = base_of(reader, files);
     read_head(reader, board);
     reader.for_each_table("ports", [&](const auto &entry) { read_ports(path, entry, board); });
@@ -161,7 +161,7 @@ static board_config read_board(const toml::table &table, const chain &files)
 
 static board_config load(const chain &files)
 {
-    return read_board(text::read_toml(files.paths.back(), "a board file"), files);
+    return read_board(common::read_toml(files.paths.back(), "a board file"), files);
 }
 
 board_config load_board(const std::string &path, const std::string &boards_dir)
@@ -171,7 +171,7 @@ board_config load_board(const std::string &path, const std::string &boards_dir)
 
 board_config parse_board(std::string_view text, const std::string &path, const std::string &boards_dir)
 {
-    return read_board(text::parse_toml(text, path), {{path}, boards_dir});
+    return read_board(common::parse_toml(text, path), {{path}, boards_dir});
 }
 
 } // namespace sim

@@ -18,7 +18,7 @@ namespace sim
 std::vector<std::string> boards_in(const std::string &folder);
 
 /* The board that a file describes, with the boards that it is based on: files beside it, or names of boards in a
- * folder. Throws text::file_error (toml_reader.h) when the file cannot be read or anything in it is wrong. */
+ * folder. Throws common::file_error (toml_reader.h) when the file cannot be read or anything in it is wrong. */
 board_config load_board(const std::string &path, const std::string &boards_dir = "");
 
 /* The same for text; path stands in messages. */

@@ -11,18 +11,18 @@ namespace sim
 
 void read_poe(const std::string &file, const toml::table &table, board_config &board)
 {
-    const text::toml_reader reader(file, table, {"supply_mv", "detect_ms", "firmware", "new_firmware", "upgrade_ms"});
+    const common::toml_reader reader(file, table, {"supply_mv", "detect_ms", "firmware", "new_firmware", "upgrade_ms"});
     auto &poe = board.poe;
     poe.supply_mv = reader.word("supply_mv", {0, 65000}, poe.supply_mv);
     poe.detect_ms = reader.word("detect_ms", {1, 600000}, poe.detect_ms);
-    poe.firmware = reader.word("firmware", text::ANY_WORD, poe.firmware);
-    poe.new_firmware = reader.word("new_firmware", text::ANY_WORD, poe.new_firmware);
+    poe.firmware = reader.word("firmware", common::ANY_WORD, poe.firmware);
+    poe.new_firmware = reader.word("new_firmware", common::ANY_WORD, poe.new_firmware);
     poe.upgrade_ms = reader.word("upgrade_ms", {1, 3600000}, poe.upgrade_ms);
 }
 
 void read_load(const std::string &file, const toml::table &table, board_config &board)
 {
-    const text::toml_reader reader(file, table, {"ports", "class", "draw_mw"});
+    const common::toml_reader reader(file, table, {"ports", "class", "draw_mw"});
     for (const auto key : {"ports", "class", "draw_mw"}) {
         if (!reader.has(key))
             reader.fail(key, fmt::format("found no key {}, expected ports, class and draw_mw of a load", key));

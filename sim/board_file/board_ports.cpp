@@ -35,7 +35,7 @@ static uint32_t speed_code(std::string_view name)
 }
 
 /* The ability word that the speeds of one medium make up; 0 when the port does not have it. */
-static uint32_t speed_bits(const text::toml_reader &reader, std::string_view key)
+static uint32_t speed_bits(const common::toml_reader &reader, std::string_view key)
 {
     auto duplexes = reader.some_of("duplexes", {"half", "full"});
     if (duplexes.empty())
@@ -48,7 +48,7 @@ static uint32_t speed_bits(const text::toml_reader &reader, std::string_view key
     return word;
 }
 
-static void add_flags(const text::toml_reader &reader, port_ability_row &ability)
+static void add_flags(const common::toml_reader &reader, port_ability_row &ability)
 {
     for (const auto &name : reader.some_of("flags", names_of(ability_flags()))) {
         const auto rows = ability_flags();
@@ -63,7 +63,7 @@ static void add_flags(const text::toml_reader &reader, port_ability_row &ability
     }
 }
 
-static port_ability_row read_ability(const text::toml_reader &reader)
+static port_ability_row read_ability(const common::toml_reader &reader)
 {
     constexpr std::string_view READABLE[] = {"copper_speeds", "fiber_speeds", "duplexes", "flags"};
     if (reader.has("copper_ability") || reader.has("fiber_ability")) {
@@ -71,7 +71,7 @@ static port_ability_row read_ability(const text::toml_reader &reader)
             if (reader.has(key))
                 reader.fail(key, fmt::format("found {} beside an ability word, expected one or the other", key));
         }
-        return {reader.word("copper_ability", text::ANY_WORD, 0), reader.word("fiber_ability", text::ANY_WORD, 0)};
+        return {reader.word("copper_ability", common::ANY_WORD, 0), reader.word("fiber_ability", common::ANY_WORD, 0)};
     }
     port_ability_row ability = {speed_bits(reader, "copper_speeds"), speed_bits(reader, "fiber_speeds")};
     add_flags(reader, ability);
@@ -93,7 +93,7 @@ static port_mode fastest(uint32_t word)
 }
 
 /* Sets how the ports run at power-up: on the medium asked for, at the speed asked for or the fastest. */
-static void read_modes(const text::toml_reader &reader, port_config &port)
+static void read_modes(const common::toml_reader &reader, port_config &port)
 {
     const uint32_t words[] = {port.ability.copper, port.ability.fiber};
     port.modes = {fastest(words[0]), fastest(words[1])};
@@ -115,7 +115,7 @@ static void read_modes(const text::toml_reader &reader, port_config &port)
                                 speed_name(mode.speed), DUPLEX_NAMES[mode.duplex]));
 }
 
-void add_port(const text::toml_reader &reader, const port_config &port, board_config &board)
+void add_port(const common::toml_reader &reader, const port_config &port, board_config &board)
 {
     for (const auto &[number, other] : board.ports) {
         if (other.phy_id == port.phy_id && number != port.number)
@@ -128,18 +128,18 @@ void add_port(const text::toml_reader &reader, const port_config &port, board_co
 
 void read_ports(const std::string &file, const toml::table &table, board_config &board)
 {
-    const text::toml_reader reader(file, table,
-                                   {"ports", "copper_speeds", "fiber_speeds", "duplexes", "flags", "copper_ability",
-                                    "fiber_ability", "medium", "speed", "duplex", "phy_id_offset", "link_up_ms",
-                                    "host_word_0", "host_word_5"});
+    const common::toml_reader reader(file, table,
+                                     {"ports", "copper_speeds", "fiber_speeds", "duplexes", "flags", "copper_ability",
+                                      "fiber_ability", "medium", "speed", "duplex", "phy_id_offset", "link_up_ms",
+                                      "host_word_0", "host_word_5"});
     if (!reader.has("ports"))
         reader.fail("ports", "found no key ports, expected the numbers of the ports described here");
     port_config port;
     port.ability = read_ability(reader);
     read_modes(reader, port);
     port.link_up_ms = reader.word("link_up_ms", {0, 600000}, 300);
-    port.host_word_0 = reader.word("host_word_0", text::ANY_WORD, 0);
-    port.host_word_5 = reader.word("host_word_5", text::ANY_WORD, 0);
+    port.host_word_0 = reader.word("host_word_0", common::ANY_WORD, 0);
+    port.host_word_5 = reader.word("host_word_5", common::ANY_WORD, 0);
     const auto offset = reader.word("phy_id_offset", PHY_ID_OFFSETS, DEFAULT_PHY_ID_OFFSET);
     for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
         port.number = number;

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
  * The sections of a board file that have files of their own. Each adds one table to the board read so far and throws
- * text::file_error when it does not fit.
+ * common::file_error when it does not fit.
  */
 #ifndef SIM_BOARD_SECTIONS_H
 #define SIM_BOARD_SECTIONS_H
@@ -13,11 +13,11 @@
 namespace sim
 {
 
-constexpr text::number_range PHY_ID_OFFSETS = {0, UINT32_MAX - FACMSG_MAX_PORTS};
+constexpr common::number_range PHY_ID_OFFSETS = {0, UINT32_MAX - FACMSG_MAX_PORTS};
 constexpr uint32_t DEFAULT_PHY_ID_OFFSET = 0x100;
 
 /* Adds a port with a number and a phy id that no other has. */
-void add_port(const text::toml_reader &reader, const port_config &port, board_config &board);
+void add_port(const common::toml_reader &reader, const port_config &port, board_config &board);
 
 /* One [[ports]] table: ports that are alike. */
 void read_ports(const std::string &file, const toml::table &table, board_config &board);

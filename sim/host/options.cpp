@@ -72,7 +72,7 @@ static void check_slots(const std::vector<std::string> &dropped)
     const auto &known = slot_names();
     for (const auto &name : dropped) {
         if (std::find(known.begin(), known.end(), name) == known.end())
-            throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, text::expected_one_of(name, known)));
+            throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, common::expected_one_of(name, known)));
     }
 }
 
@@ -107,7 +107,7 @@ static void refuse_unknown(const std::string &found, const std::vector<text_opti
         known.push_back(option.name);
     if (!found.starts_with("-"))
         throw usage_error(fmt::format("found '{}', expected options only; see --help", found));
-    throw usage_error(fmt::format("unknown option '{}'{}", found, text::expected_one_of(found, known)));
+    throw usage_error(fmt::format("unknown option '{}'{}", found, common::expected_one_of(found, known)));
 }
 
 static void parse(CLI::App &app, int argc, const char *const *argv, const std::vector<text_option> &options)
@@ -153,7 +153,7 @@ options parse_options(int argc, const char *const *argv)
     app.get_option("--drop-slot")
         ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
         ->take_last();
-    app.set_version_flag("--version", fmt::format("facmsg-simhost {}", text::version()), "Show the version and exit");
+    app.set_version_flag("--version", fmt::format("facmsg-simhost {}", common::version()), "Show the version and exit");
     app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit")->disable_flag_override();
     app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit")
         ->disable_flag_override();
@@ -183,7 +183,7 @@ std::string find_board(const options &options)
     const std::vector<std::string_view> known(names.begin(), names.end());
     if (std::find(names.begin(), names.end(), options.board) == names.end())
         throw usage_error(fmt::format("--board: found '{}', which is no .toml file and not in {}{}", options.board,
-                                      options.boards_dir, text::expected_one_of(options.board, known)));
+                                      options.boards_dir, common::expected_one_of(options.board, known)));
     return (fs::path(options.boards_dir) / (options.board + ".toml")).string();
 }
 
@@ -192,7 +192,7 @@ static std::string description_of(const fs::path &board, const std::string &boar
 {
     try {
         return load_board(board.string(), boards_dir).description;
-    } catch (const text::file_error &error) {
+    } catch (const common::file_error &error) {
         return error.what();
     }
 }
@@ -201,7 +201,7 @@ void list_boards(const options &options)
 {
     for (const auto &name : board_names(options.boards_dir)) {
         const auto file = fs::path(options.boards_dir) / (name + ".toml");
-        fmt::print("{:<18} {}\n", name, text::escaped(description_of(file, options.boards_dir)));
+        fmt::print("{:<18} {}\n", name, common::escaped(description_of(file, options.boards_dir)));
     }
 }
 

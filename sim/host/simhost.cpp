@@ -37,7 +37,7 @@ static void print_start(const board_config &config, const options &options)
 {
     if (options.quiet)
         return;
-    fmt::print("board: {}\n", text::escaped(fmt::format("{} ({})", config.name, config.description)));
+    fmt::print("board: {}\n", common::escaped(fmt::format("{} ({})", config.name, config.description)));
     fmt::print("ports: {}, cables and plugs: {}\n", config.ports.size(), config.cables.size());
     fmt::print("wires: line rate / {}, at least {} Mbit/s\n", config.rate_divisor, config.min_wire_mbps);
     fmt::print("pace: {}\n", pace_text(options.pace));
@@ -120,13 +120,13 @@ static int run(const options &options)
         sigwait(&end_signals, &signal_number);
     }
     if (!g_runner->with_board([](board &b) { return b.cpu.close_capture(); }))
-        text::say(fmt::format("facmsg-simhost: {}: not everything could be written", options.pcap));
+        common::say(fmt::format("facmsg-simhost: {}: not everything could be written", options.pcap));
     return EXIT_ENDED;
 }
 
 static int complain(const std::exception &error, exit_status status)
 {
-    text::say(fmt::format("facmsg-simhost: {}", error.what()));
+    common::say(fmt::format("facmsg-simhost: {}", error.what()));
     return status;
 }
 
@@ -139,7 +139,7 @@ int main(int argc, char **argv)
         return done.status;
     } catch (const usage_error &error) {
         return complain(error, EXIT_USAGE);
-    } catch (const text::file_error &error) {
+    } catch (const common::file_error &error) {
         return complain(error, EXIT_USAGE);
     } catch (const std::exception &error) {
         return complain(error, EXIT_NOT_STARTED);

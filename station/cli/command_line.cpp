@@ -52,7 +52,7 @@ static void add_globals(CLI::App &app, settings &chosen)
         ->capture_default_str();
     app.add_flag("--json", chosen.json, "print one JSON object instead of a table")->disable_flag_override();
     app.add_flag("--no-progress", chosen.no_progress, "show no progress line")->disable_flag_override();
-    app.set_version_flag("--version", fmt::format("facmsg-station {}", text::version()), "show the version and exit");
+    app.set_version_flag("--version", fmt::format("facmsg-station {}", common::version()), "show the version and exit");
 }
 
 /* "fpga write" is the subcommand write of the subcommand fpga. */

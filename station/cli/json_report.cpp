@@ -58,7 +58,7 @@ std::string json_error(const command *row, exit_code code, const std::string &se
 {
     const ordered_json request =
         row == nullptr ? ordered_json::object() : ordered_json{{"request", {{"name", row->name}}}};
-    return text::error_json(code, sentence, word_of(verdict::none), request);
+    return common::error_json(code, sentence, word_of(verdict::none), request);
 }
 
 } // namespace station

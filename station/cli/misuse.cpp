@@ -17,7 +17,7 @@ using names = std::vector<std::string>;
 
 static std::string expected_one_of(const std::string &found, const names &known)
 {
-    return text::expected_one_of(found, {known.begin(), known.end()});
+    return common::expected_one_of(found, {known.begin(), known.end()});
 }
 
 static std::vector<const CLI::App *> children(const CLI::App &app)

@@ -24,7 +24,7 @@ static std::string expectation(const duration &expected)
 
 progress::progress(const command &row, bool wanted) : row_(row), notice_(row.name, wanted)
 {
-    const text::terminal screen = text::terminal_of(STDERR_FILENO);
+    const common::terminal screen = common::terminal_of(STDERR_FILENO);
     lively_ = wanted && screen.lively;
     plain_ = wanted && screen.there && !screen.lively;
 }
@@ -32,7 +32,7 @@ progress::progress(const command &row, bool wanted) : row_(row), notice_(row.nam
 progress::~progress()
 {
     if (lively_ && begun_)
-        text::clear_line(STDERR_FILENO);
+        common::clear_line(STDERR_FILENO);
 }
 
 void progress::working(const std::string &done)
@@ -44,13 +44,13 @@ void progress::working(const std::string &done)
     }
     begun_ = true;
     if (plain_)
-        text::say(fmt::format("{}: {}", row_.name, expectation(row_.expected)));
+        common::say(fmt::format("{}: {}", row_.name, expectation(row_.expected)));
     plain_ = false;
     if (lively_)
-        text::rewrite_line(STDERR_FILENO,
-                           fmt::format("{}: {} s elapsed, {}", row_.name,
-                                       std::chrono::duration_cast<std::chrono::seconds>(now - start_).count(),
-                                       done.empty() ? expectation(row_.expected) : done));
+        common::rewrite_line(STDERR_FILENO,
+                             fmt::format("{}: {} s elapsed, {}", row_.name,
+                                         std::chrono::duration_cast<std::chrono::seconds>(now - start_).count(),
+                                         done.empty() ? expectation(row_.expected) : done));
 }
 
 void progress::waiting()

@@ -35,7 +35,7 @@ static milliseconds in_ms(const std::string &seconds)
 
 static void say_error(const std::string &subcommand, const std::string &sentence)
 {
-    text::say(fmt::format("facmsg-station: {}{}{}", subcommand, subcommand.empty() ? "" : ": ", sentence));
+    common::say(fmt::format("facmsg-station: {}{}{}", subcommand, subcommand.empty() ? "" : ": ", sentence));
 }
 
 static patience patience_for(const request &sent)
@@ -80,14 +80,14 @@ static void confirm(const invocation &call)
 static exit_code run(const invocation &call)
 {
     if (call.row->decode == nullptr && call.row->transfer == nullptr) {
-        print(list_report(call.chosen.json, text::stdout_columns()));
+        print(list_report(call.chosen.json, common::stdout_columns()));
         return exit_code::passed;
     }
     confirm(call);
     enter_directory(call.chosen.directory);
     const outcome unit = carry_out(call);
     print(call.chosen.json ? json_report(*call.row, call.sent, unit)
-                           : text_report(unit, text::colour_wanted(), text::stdout_columns()));
+                           : text_report(unit, common::colour_wanted(), common::stdout_columns()));
     if (unit.judged == verdict::none)
         say_error(call.row->name, unit.summary);
     return exit_code_of(unit.judged);
@@ -127,7 +127,7 @@ static exit_code run_command_line(int argc, char **argv)
         return call.tool_name != nullptr ? call.run(call.chosen) : run(call);
     } catch (const usage_error &error) {
         return report_usage(argc, argv, error.subcommand.empty() ? name_of(call) : error.subcommand, error.what());
-    } catch (const text::file_error &error) {
+    } catch (const common::file_error &error) {
         return report_usage(argc, argv, name_of(call), error.what());
     } catch (const no_reply &error) {
         return report_error(call, error.code, error.what());
@@ -155,6 +155,6 @@ int main(int argc, char **argv)
     const bool interrupted = code > 128; /* perhaps by the end of the terminal that stdout leads to */
     if (std::fflush(stdout) == 0 || interrupted)
         return code;
-    text::say("facmsg-station: the result could not be written to stdout");
+    common::say("facmsg-station: the result could not be written to stdout");
     return static_cast<int>(station::exit_code::no_verdict);
 }

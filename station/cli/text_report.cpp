@@ -51,7 +51,7 @@ static std::string port_list(const outcome &unit, bool colour, size_t columns)
                     fmt::format("{}{} {}", values.empty() ? "" : ", ", unit.columns[i].heading, port.cells[i].shown);
         for (const std::string &line : {values, port.reason})
             if (!line.empty())
-                text += std::string(indent, ' ') + text::wrapped(line, indent, columns) + "\n";
+                text += std::string(indent, ' ') + common::wrapped(line, indent, columns) + "\n";
     }
     return text;
 }
@@ -81,7 +81,7 @@ static std::string port_table(const outcome &unit, bool colour, size_t columns)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
         const size_t indent = below ? first_width + 2 : reason_column;
         if (!port.reason.empty())
-            text += (below ? "\n" + std::string(indent, ' ') : "  ") + text::wrapped(port.reason, indent, columns);
+            text += (below ? "\n" + std::string(indent, ' ') : "  ") + common::wrapped(port.reason, indent, columns);
         text += "\n";
     }
     return text;
@@ -91,11 +91,11 @@ std::string text_report(const outcome &unit, bool colour, size_t columns)
 {
     std::string text;
     if (!unit.ports.empty())
-        text += text::wrapped(unit.title, 0, columns) + "\n\n" + port_table(unit, colour, columns) + "\n";
+        text += common::wrapped(unit.title, 0, columns) + "\n\n" + port_table(unit, colour, columns) + "\n";
     text += unit.text;
     if (unit.judged != verdict::none)
         text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
-                            text::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2, columns));
+                            common::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2, columns));
     return text;
 }
 
@@ -104,8 +104,8 @@ static std::string list_row(const char *name, const std::string &type, const std
 {
     constexpr size_t help_column = 35;
     if (columns < 2 * help_column)
-        return fmt::format("{}\n    {}\n", name, text::wrapped(help, 4, columns));
-    return fmt::format("{:<14}  {:>4}  {:>11}  {}\n", name, type, size, text::wrapped(help, help_column, columns));
+        return fmt::format("{}\n    {}\n", name, common::wrapped(help, 4, columns));
+    return fmt::format("{:<14}  {:>4}  {:>11}  {}\n", name, type, size, common::wrapped(help, help_column, columns));
 }
 
 /* A narrow screen has room for names and help only. */

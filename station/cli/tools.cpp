@@ -71,7 +71,7 @@ static tool_run add_plan(CLI::App &sub)
 
 static reports::form form_of(const settings &chosen)
 {
-    return chosen.json ? reports::form::json : text::colour_wanted() ? reports::form::coloured : reports::form::text;
+    return chosen.json ? reports::form::json : common::colour_wanted() ? reports::form::coloured : reports::form::text;
 }
 
 static tool_run add_report(CLI::App &sub)

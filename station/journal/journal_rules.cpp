@@ -223,7 +223,7 @@ static void check_member(const json &value, const member_rule &rule, const std::
     }
     if (rule.is == choice && std::ranges::find(rule.choices, value.get<std::string_view>()) == rule.choices.end())
         sentences.push_back(fmt::format("{} is {}; expected {}", name, shown(value),
-                                        text::joined({rule.choices.begin(), rule.choices.end()})));
+                                        common::joined({rule.choices.begin(), rule.choices.end()})));
     if (rule.inner != nullptr && rule.is == object)
         check_object(value, *rule.inner, name, sentences);
     if (rule.inner != nullptr && rule.is == objects)

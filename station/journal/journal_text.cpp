@@ -16,7 +16,7 @@ namespace journal
 
 static unreadable_file unreadable(const std::filesystem::path &file)
 {
-    return unreadable_file(file.string() + ": " + text::path_fault(errno, "file"));
+    return unreadable_file(file.string() + ": " + common::path_fault(errno, "file"));
 }
 
 std::string read_text(const std::filesystem::path &file)

@@ -30,7 +30,7 @@ static const json &member(const json &object, const char *name)
 
 static std::string text_of(const json &value)
 {
-    return value.is_string() ? text::printable(value.get_ref<const std::string &>()) : "";
+    return value.is_string() ? common::printable(value.get_ref<const std::string &>()) : "";
 }
 
 static std::string text_at(const json &object, const char *name)
@@ -405,7 +405,7 @@ void reader::finish()
 
 static json parsed(const text_line &line, const std::filesystem::path &file)
 {
-    json value = json::parse(text::printable(line.text), nullptr, false);
+    json value = json::parse(common::printable(line.text), nullptr, false);
     const bool is_first = line.number == 1;
     if (!value.is_object())
         throw no_journal(fmt::format("{}:{}: not a JSON object, so this is no journal", file.string(), line.number));
@@ -427,7 +427,7 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
         return;
     run.errors.push_back(
         {"invalid-journal", fmt::format("The journal ends with {}, but is not valid: line {}: {}.", word_of(run.result),
-                                        first->line, text::printable(first->sentence))});
+                                        first->line, common::printable(first->sentence))});
     run.result = run_result::no_verdict;
 }
 

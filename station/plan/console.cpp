@@ -29,8 +29,8 @@ std::string expectation_text(std::span<const step *const> steps)
     const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
     const auto unknown =
         std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
-    return fmt::format("{}, about {}{} expected{}", text::counted(steps.size(), "step"),
-                       text::duration_text(static_cast<double>(total_s)),
+    return fmt::format("{}, about {}{} expected{}", common::counted(steps.size(), "step"),
+                       common::duration_text(static_cast<double>(total_s)),
                        unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
                        by_hand == 0   ? ""
                        : by_hand == 1 ? ", 1 waits for the operator"
@@ -39,7 +39,7 @@ std::string expectation_text(std::span<const step *const> steps)
 
 console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
                  const console_settings &wanted)
-    : steps_(steps), lively_(wanted.progress && text::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
+    : steps_(steps), lively_(wanted.progress && common::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
       others_("plan", wanted.progress)
 {
     print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
@@ -48,10 +48,10 @@ console::console(const test_plan &plan, const identity &of, std::span<const step
 /* One line, which is broken only where a terminal would break it. */
 void console::print(const std::string &line, size_t indent)
 {
-    const text::terminal screen = text::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
-    std::string shown = text::escaped(text::printable(line));
-    if (screen.there && indent + text::length(shown) > screen.width)
-        shown = text::folded(shown, indent, indent + 4, screen.width);
+    const common::terminal screen = common::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
+    std::string shown = common::escaped(common::printable(line));
+    if (screen.there && indent + common::length(shown) > screen.width)
+        shown = common::folded(shown, indent, indent + 4, screen.width);
     clear();
     std::FILE *stream = aside_ ? stderr : stdout;
     std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
@@ -62,7 +62,7 @@ void console::clear()
 {
     others_.clear();
     if (lively_)
-        text::clear_line(STDERR_FILENO);
+        common::clear_line(STDERR_FILENO);
 }
 
 double console::seconds() const
@@ -110,14 +110,14 @@ void console::show(const std::string &done)
     others_.clear();
     if (!lively_)
         return;
-    const bool narrow = text::terminal_of(STDERR_FILENO).width < 64;
+    const bool narrow = common::terminal_of(STDERR_FILENO).width < 64;
     const int bar_width = narrow ? 8 : 20;
     const step &asked = *steps_[number_];
     const auto elapsed_s = static_cast<int64_t>(seconds());
     const int filled = filled_part(steps_, number_, elapsed_s, bar_width);
     const std::string expected =
         expected_s(asked) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(asked)) : "";
-    text::rewrite_line(
+    common::rewrite_line(
         STDERR_FILENO,
         fmt::format("[{:#<{}}{:.<{}}] {}  {} s{}{}", "", filled, "", bar_width - filled,
                     narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), asked.name) : heading(number_),
@@ -159,7 +159,7 @@ void console::skip(size_t number)
 void console::say(const std::string &line)
 {
     clear();
-    text::say(line);
+    common::say(line);
 }
 
 std::string console::begin_question()

@@ -27,7 +27,7 @@ static std::string ask_for(const label &wanted)
                 fmt::format("{}: found the end of the input, allowed: {}", wanted.option, expected));
         if (matches(wanted, *answer))
             return *answer;
-        text::say(fmt::format("{}: found '{}', expected {}", wanted.name, text::printable(*answer), expected));
+        common::say(fmt::format("{}: found '{}', expected {}", wanted.name, common::printable(*answer), expected));
     }
 }
 
@@ -35,8 +35,8 @@ static std::string settle(const label &wanted, const std::string &given, bool ma
 {
     std::string text = trimmed(given.empty() ? wanted.preset : given);
     if (!text.empty() && !matches(wanted, text))
-        throw station::usage_error(fmt::format("{}: found '{}'{}, allowed: {}", wanted.option, text::printable(text),
-                                               text::printable(text) == text ? "" : ", which is no readable UTF-8",
+        throw station::usage_error(fmt::format("{}: found '{}'{}, allowed: {}", wanted.option, common::printable(text),
+                                               common::printable(text) == text ? "" : ", which is no readable UTF-8",
                                                expected_text(wanted)));
     if (!text.empty() || !wanted.required)
         return text;

@@ -14,7 +14,7 @@ namespace plan
 
 static std::string duration_text(int64_t seconds)
 {
-    return text::duration_text(static_cast<double>(seconds));
+    return common::duration_text(static_cast<double>(seconds));
 }
 
 static std::string time_text(const step &asked)

@@ -45,7 +45,7 @@ static ordered_json yes_or_no(const std::string &given)
 
 static ordered_json plain_text(const std::string &answer)
 {
-    return answer.empty() || text::printable(answer) != answer ? ordered_json() : ordered_json(answer);
+    return answer.empty() || common::printable(answer) != answer ? ordered_json() : ordered_json(answer);
 }
 
 struct answer_form {
@@ -101,7 +101,7 @@ static outcome answered(const step &asked, const std::function<std::string()> &h
         const ordered_json answer = form.read(line);
         if (!answer.is_null())
             return question_outcome(asked, answer);
-        text::say(fmt::format("found '{}', expected {}", text::printable(line), form.expected));
+        common::say(fmt::format("found '{}', expected {}", common::printable(line), form.expected));
     }
 }
 

@@ -13,7 +13,7 @@ namespace plan
 
 static constexpr int64_t longest_pause_s = 86400;
 
-static std::string wording(const text::toml_reader &reader, const char *key)
+static std::string wording(const common::toml_reader &reader, const char *key)
 {
     std::string words = *reader.text(key);
     if (words.find_first_not_of(" \t\r\n") == std::string::npos)
@@ -23,7 +23,7 @@ static std::string wording(const text::toml_reader &reader, const char *key)
 
 void read_instruction(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
 {
-    const text::toml_reader reader(file, table, {"name", "instruct"});
+    const common::toml_reader reader(file, table, {"name", "instruct"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::instruction};
     read.wording = wording(reader, "instruct");
     read.options["instruct"] = read.wording;
@@ -31,7 +31,7 @@ void read_instruction(const std::string &file, const toml::table &table, const s
 }
 
 /* A question with a unit or a limit is answered by a value, any other by yes or no. */
-static answer_kind answer_to(const text::toml_reader &reader, const step &read)
+static answer_kind answer_to(const common::toml_reader &reader, const step &read)
 {
     if (!reader.has("unit") && !reader.has("limits"))
         return answer_kind::yes_or_no;
@@ -41,7 +41,7 @@ static answer_kind answer_to(const text::toml_reader &reader, const step &read)
 
 void read_question(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
 {
-    const text::toml_reader reader(file, table, {"name", "ask", "unit", "limits", "retries", "stop_on_fail"});
+    const common::toml_reader reader(file, table, {"name", "ask", "unit", "limits", "retries", "stop_on_fail"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::question};
     read.wording = wording(reader, "ask");
     read.options["ask"] = read.wording;
@@ -62,7 +62,7 @@ void read_question(const std::string &file, const toml::table &table, const std:
 
 void read_pause(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
 {
-    const text::toml_reader reader(file, table, {"name", "pause_s"});
+    const common::toml_reader reader(file, table, {"name", "pause_s"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::pause};
     read.pause_s = *reader.number("pause_s", {1, longest_pause_s});
     read.options["pause_s"] = std::to_string(read.pause_s);

@@ -80,7 +80,7 @@ struct test_plan {
     std::vector<step> steps;
 };
 
-/* Throws text::file_error (common/toml_reader.h) when the file cannot be read or anything in it is wrong. */
+/* Throws common::file_error (common/toml_reader.h) when the file cannot be read or anything in it is wrong. */
 test_plan read_plan(const std::string &path);
 
 /* Whether the front panel has the port. */

@@ -34,7 +34,7 @@ static std::regex compiled(const std::string &pattern)
 
 bool matches(const label &wanted, const std::string &text)
 {
-    const bool readable = text::printable(text) == text && text.find_first_of("\t\n") == std::string::npos;
+    const bool readable = common::printable(text) == text && text.find_first_of("\t\n") == std::string::npos;
     return readable && text.size() <= longest_label && std::regex_match(text, compiled(wanted.pattern));
 }
 
@@ -52,7 +52,7 @@ bool has_port(const test_plan &plan, uint32_t port)
         plan.panel, [&](const port_group &group) { return std::ranges::find(group.ports, port) != group.ports.end(); });
 }
 
-static std::string needed_text(const text::toml_reader &reader, std::string_view key, std::string_view expected)
+static std::string needed_text(const common::toml_reader &reader, std::string_view key, std::string_view expected)
 {
     const auto value = reader.text(key);
     if (!value)
@@ -62,7 +62,7 @@ static std::string needed_text(const text::toml_reader &reader, std::string_view
     return *value;
 }
 
-static void read_label(const text::toml_reader &reader, label &wanted)
+static void read_label(const common::toml_reader &reader, label &wanted)
 {
     wanted.pattern = reader.text("pattern").value_or(wanted.pattern);
     try {
@@ -75,18 +75,18 @@ static void read_label(const text::toml_reader &reader, label &wanted)
     wanted.hint = reader.text("hint").value_or("");
 }
 
-static void read_labels(const std::string &file, const text::toml_reader &reader, test_plan &into)
+static void read_labels(const std::string &file, const common::toml_reader &reader, test_plan &into)
 {
     reader.for_table("serial", [&](const toml::table &table) {
-        read_label(text::toml_reader(file, table, {"pattern", "hint"}), into.serial);
+        read_label(common::toml_reader(file, table, {"pattern", "hint"}), into.serial);
     });
     reader.for_table("operator", [&](const toml::table &table) {
-        const text::toml_reader section(file, table, {"required", "pattern", "hint"});
+        const common::toml_reader section(file, table, {"required", "pattern", "hint"});
         read_label(section, into.operator_name);
         into.operator_name.required = section.flag("required", true);
     });
     reader.for_table("station", [&](const toml::table &table) {
-        const text::toml_reader section(file, table, {"required", "pattern", "default", "hint"});
+        const common::toml_reader section(file, table, {"required", "pattern", "default", "hint"});
         read_label(section, into.station);
         into.station.required = section.flag("required", false);
         into.station.preset = section.text("default").value_or("");
@@ -98,7 +98,7 @@ static void read_labels(const std::string &file, const text::toml_reader &reader
 
 static void read_panel(const std::string &file, const toml::table &table, test_plan &into)
 {
-    const text::toml_reader reader(file, table, {"name", "ports"});
+    const common::toml_reader reader(file, table, {"name", "ports"});
     port_group group{needed_text(reader, "name", "the kind of the ports, as \"RJ45\""),
                      reader.distinct_ports("ports", FACMSG_MAX_PORTS)};
     if (group.ports.empty())
@@ -124,10 +124,10 @@ static std::string sha256_of(std::string_view bytes)
 
 test_plan read_plan(const std::string &path)
 {
-    const std::string bytes = text::read_bytes(path, "a plan file");
-    const toml::table table = text::parse_toml(bytes, path);
-    const text::toml_reader reader(path, table,
-                                   {"name", "version", "product", "panel", "serial", "operator", "station", "step"});
+    const std::string bytes = common::read_bytes(path, "a plan file");
+    const toml::table table = common::parse_toml(bytes, path);
+    const common::toml_reader reader(path, table,
+                                     {"name", "version", "product", "panel", "serial", "operator", "station", "step"});
     test_plan into{.file = path,
                    .sha256 = sha256_of(bytes),
                    .name = needed_text(reader, "name", "the plan's name"),

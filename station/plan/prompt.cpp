@@ -69,7 +69,8 @@ static std::optional<std::string> read_line()
 
 std::optional<std::string> ask(const std::string &question)
 {
-    const std::string shown = text::wrapped(text::printable(question), 0, text::terminal_of(STDERR_FILENO).width - 1);
+    const std::string shown =
+        common::wrapped(common::printable(question), 0, common::terminal_of(STDERR_FILENO).width - 1);
     tcflush(STDIN_FILENO, TCIFLUSH);
     std::fputs((shown + " ").c_str(), stderr);
     std::fflush(stderr);

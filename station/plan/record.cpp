@@ -52,7 +52,7 @@ static std::string library_version()
         if (const std::string file = std::filesystem::canonical(loaded.dli_fname, gone).filename();
             file.starts_with(name))
             return file.substr(name.size());
-    return text::version();
+    return common::version();
 }
 
 ordered_json run_head(const test_plan &plan, const identity &of, const std::string &command_line,
@@ -63,7 +63,7 @@ ordered_json run_head(const test_plan &plan, const identity &of, const std::stri
         metadata["operator"] = of.operator_name;
     metadata["station"] = of.station;
     metadata["run_id"] = new_run_id();
-    metadata["station_version"] = text::version();
+    metadata["station_version"] = common::version();
     metadata["library_version"] = library_version();
     return {{"name", plan.name},
             {"version", plan.version},

@@ -48,7 +48,7 @@ static std::vector<std::string> step_names(const test_plan &plan, const char *op
                 known.emplace_back(asked.group.empty() ? asked.name : asked.group);
         if (std::ranges::none_of(plan.steps, [&](const step &asked) { return journal::is_meant(name, asked.name); }))
             throw station::usage_error(
-                fmt::format("{}: unknown step '{}'{}", option, name, text::expected_one_of(name, known)));
+                fmt::format("{}: unknown step '{}'{}", option, name, common::expected_one_of(name, known)));
         names.push_back(name);
     }
     return names;
@@ -71,9 +71,9 @@ static std::vector<const step *> select(const test_plan &plan, const order &give
 /* What cannot be told by the journal of the run: why, on stderr and to programs. */
 static exit_code fail(const order &given, exit_code code, const std::string &why, const char *word)
 {
-    text::say(fmt::format("facmsg-station: plan: {}", why));
+    common::say(fmt::format("facmsg-station: plan: {}", why));
     if (given.json)
-        print(text::error_json(code, why, word));
+        print(common::error_json(code, why, word));
     return code;
 }
 
@@ -126,12 +126,12 @@ static exit_code run_recorded(const test_plan &plan, const identity &of, steps_v
     try {
         reports::write_reports(run_dir, record);
     } catch (const std::system_error &error) {
-        text::say(fmt::format("facmsg-station: plan: {}", error.what()));
+        common::say(fmt::format("facmsg-station: plan: {}", error.what()));
         print(given.json ? reports::run_json(record, run_dir, error.what()) : reports::unsaved_text(run_dir));
         return exit_code::not_saved;
     }
     print(given.json ? reports::run_json(record, run_dir)
-                     : reports::verdict_text(record, run_dir, text::colour_wanted(), text::stdout_columns()));
+                     : reports::verdict_text(record, run_dir, common::colour_wanted(), common::stdout_columns()));
     return reports::exit_code_of(record);
 }
 

@@ -28,7 +28,7 @@ struct order {
     std::string command_line;
 };
 
-/* Throws station::usage_error and text::file_error before anything is sent or created, and station::no_reply when the
+/* Throws station::usage_error and common::file_error before anything is sent or created, and station::no_reply when the
  * service's directory cannot be entered. */
 station::exit_code run_plan(const order &given);
 

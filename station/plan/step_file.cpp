@@ -23,7 +23,7 @@ using station::option;
 constexpr int64_t longest_timeout_s = 86400;
 
 /* Requests with a type and a verdict of their own: not raw, not list. */
-static const command &read_request(const text::toml_reader &reader)
+static const command &read_request(const common::toml_reader &reader)
 {
     std::vector<std::string_view> names;
     for (const command &row : station::commands())
@@ -32,12 +32,12 @@ static const command &read_request(const text::toml_reader &reader)
     const auto asked = reader.text("request");
     if (asked == "raw" || asked == "list")
         reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *asked,
-                                           text::joined(names)));
+                                           common::joined(names)));
     const std::string name = *reader.one_of("request", names);
     return *std::ranges::find_if(station::commands(), [&](const command &row) { return row.name == name; });
 }
 
-std::string read_name(const text::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
+std::string read_name(const common::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
                       const test_plan &into)
 {
     const std::string own = reader.text("name").value_or(otherwise);
@@ -64,12 +64,12 @@ static std::optional<std::string> option_text(const option &field, const toml::n
     return fmt::format(fmt::runtime(field.hex ? "{:#x}" : "{}"), node.as_integer()->get());
 }
 
-static void set_option(const text::toml_reader &reader, const option &field, const toml::node &node, step &into)
+static void set_option(const common::toml_reader &reader, const option &field, const toml::node &node, step &into)
 {
     const auto value = option_text(field, node);
     const std::string name = station::member_name(field.name);
     if (!value)
-        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, text::shown(node),
+        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, common::shown(node),
                                          field.values == arity::flag  ? "true or false"
                                          : field.values == arity::any ? "a text"
                                                                       : "a number or a text"));
@@ -90,14 +90,14 @@ static void read_options(const std::string &file, const toml::table &table, step
     std::vector<std::string> names;
     for (const option &field : into.row->options)
         names.push_back(station::member_name(field.name));
-    const text::toml_reader reader(file, table, {names.begin(), names.end()});
+    const common::toml_reader reader(file, table, {names.begin(), names.end()});
     for (size_t i = 0; i < names.size(); i++)
         if (const toml::node *node = table.get(names[i]))
             set_option(reader, into.row->options[i], *node, into);
 }
 
 /* What is wrong only when all options are seen together. Returns an outcome with the values that a reply has. */
-static station::outcome check_options(const text::toml_reader &reader, step &into)
+static station::outcome check_options(const common::toml_reader &reader, step &into)
 {
     for (const option &field : into.row->options)
         if (*field.name != '-' && field.values == arity::one &&
@@ -112,7 +112,7 @@ static station::outcome check_options(const text::toml_reader &reader, step &int
     }
 }
 
-static void check_panel(const text::toml_reader &reader, const char *key, const test_plan &into,
+static void check_panel(const common::toml_reader &reader, const char *key, const test_plan &into,
                         const std::vector<uint32_t> &ports)
 {
     for (const uint32_t port : ports)
@@ -129,7 +129,7 @@ static std::optional<std::vector<uint32_t>> named_positions(const step &read)
     return station::parse_list(*field, station::own_value(read.sent, field->name).value_or(""));
 }
 
-static void read_covers(const text::toml_reader &reader, const test_plan &into, const station::outcome &seen,
+static void read_covers(const common::toml_reader &reader, const test_plan &into, const station::outcome &seen,
                         step &read)
 {
     read.covers = reader.distinct_ports("covers", FACMSG_MAX_PORTS);
@@ -156,7 +156,7 @@ static int64_t default_timeout_s(const station::duration &expected)
 static void read_request_step(const std::string &file, const toml::table &table, const std::string &prefix,
                               test_plan &into)
 {
-    const text::toml_reader reader(
+    const common::toml_reader reader(
         file, table, {"name", "request", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s"});
     const command &row = read_request(reader);
     std::string usual = row.name;
@@ -175,7 +175,7 @@ static void read_request_step(const std::string &file, const toml::table &table,
 
 static void read_group(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
 {
-    const text::toml_reader reader(file, table, {"name", "repeat", "step"});
+    const common::toml_reader reader(file, table, {"name", "repeat", "step"});
     if (!prefix.empty())
         reader.fail("repeat", "found a group in a group, expected a request, an instruction, a question or a pause");
     const std::string name = read_name(reader, "", "", into);
@@ -218,10 +218,10 @@ void read_step(const std::string &file, const toml::table &table, const std::str
     else
         for (const auto &[key, node] : table)
             known.emplace_back(key.str());
-    text::toml_reader(file, table, known)
+    common::toml_reader(file, table, known)
         .fail(found.empty() ? "request" : found.back(),
-              fmt::format("found {}, expected one key of {}", found.empty() ? "none" : text::joined(found),
-                          text::joined(keys)));
+              fmt::format("found {}, expected one key of {}", found.empty() ? "none" : common::joined(found),
+                          common::joined(keys)));
 }
 
 } // namespace plan

@@ -35,7 +35,7 @@ static std::string lower_case(std::string text)
 
 static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
 {
-    const text::toml_reader reader(file, table, {"min", "max", "equal", "unit"});
+    const common::toml_reader reader(file, table, {"min", "max", "equal", "unit"});
     limit asked{value, {}, {}, {}};
     asked.unit = reader.text("unit").value_or("");
     for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
@@ -43,7 +43,7 @@ static limit read_limit(const std::string &file, const std::string &value, const
             *into = limit_value(*node);
             const bool ordered = into != &asked.equal;
             if (into->is_null() || (ordered && !into->is_number()))
-                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, text::shown(*node),
+                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, common::shown(*node),
                                              ordered ? "" : " or a text"));
         }
     if (!asked.least.is_null() && !asked.most.is_null() && asked.least > asked.most)
@@ -60,11 +60,11 @@ void read_limits(const std::string &file, const toml::table &table, step &into)
     std::vector<std::string_view> any_key; /* which are right depends on the request */
     for (const auto &[key, node] : table)
         any_key.push_back(key.str());
-    const text::toml_reader reader(file, table, any_key);
+    const common::toml_reader reader(file, table, any_key);
     for (const auto &[key, node] : table) {
         if (!node.is_table())
             reader.fail_at(node, fmt::format("{} is {}, expected limits such as {{ min = 1, max = 5 }}", key.str(),
-                                             text::shown(node)));
+                                             common::shown(node)));
         into.limits.push_back(read_limit(file, std::string(key.str()), *node.as_table()));
     }
 }
@@ -120,7 +120,7 @@ void adopt_limits(step &into)
         }
 }
 
-void check_limits(const text::toml_reader &reader, const toml::table &step_table, const step &read,
+void check_limits(const common::toml_reader &reader, const toml::table &step_table, const step &read,
                   const station::outcome &seen)
 {
     std::vector<std::pair<std::string, nlohmann::ordered_json>> values = unit_values(seen);
@@ -133,7 +133,7 @@ void check_limits(const text::toml_reader &reader, const toml::table &step_table
         const auto known = std::ranges::find(names, asked.value);
         if (known == names.end())
             reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, request_name(read),
-                                             text::expected_one_of(asked.value, names)));
+                                             common::expected_one_of(asked.value, names)));
         const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
         const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()
                                   : asked.equal.is_null() || asked.equal.is_number();

@@ -11,7 +11,7 @@
 namespace plan
 {
 
-/* Adds the limits in the table to the step. All throw text::file_error. */
+/* Adds the limits in the table to the step. All throw common::file_error. */
 void read_limits(const std::string &file, const toml::table &table, step &into);
 
 /* A limit on a value that the station itself judges by an option becomes this option's value. The station's own default
@@ -23,7 +23,7 @@ limit left_to_the_plan(const step &of, limit asked);
 
 /* Refuses limits on values that the reply does not have, or that are of another kind. step_table is that of the whole
  * step; seen has the values of a reply. */
-void check_limits(const text::toml_reader &reader, const toml::table &step_table, const step &read,
+void check_limits(const common::toml_reader &reader, const toml::table &step_table, const step &read,
                   const station::outcome &seen);
 
 } // namespace plan

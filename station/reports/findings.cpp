@@ -83,7 +83,7 @@ std::vector<finding> faults_of(const journal::run_record &run)
 
 std::string duration_text(std::optional<double> seconds)
 {
-    return seconds ? text::duration_text(*seconds) : "-";
+    return seconds ? common::duration_text(*seconds) : "-";
 }
 
 std::string time_text(const journal::moment &time)

@@ -40,7 +40,7 @@ std::string time_text(const journal::moment &time);
 /* "<= 5, > 0": the limits of a measurement; empty when it has none. With the unit of its numbers: "<= 57 V". */
 std::string limits_text(const std::vector<journal::limit> &limits);
 std::string limits_with_unit(const journal::observation &made);
-using text::counted;
+using common::counted;
 
 } // namespace reports
 

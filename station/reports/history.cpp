@@ -106,7 +106,7 @@ static past_run add_run(history &runs, failure_maps &maps, const std::string &fo
 {
     const std::vector<finding> failures = failures_of(run);
     const auto took = seconds_between(run.start, run.end);
-    runs.listed.push_back({text::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
+    runs.listed.push_back({common::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
                            run.result, run.partial, took, failures.size()});
     runs.by_result[static_cast<size_t>(run.result)]++;
     runs.partial += run.partial ? 1 : 0;
@@ -185,7 +185,7 @@ history read_history(const std::filesystem::path &dir, const history_filter &fil
             if (passes(filter, run))
                 all.push_back(add_run(runs, maps, folder.filename().string(), run));
         } catch (const journal::no_journal &) {
-            runs.skipped.push_back(text::printable(folder.filename().string()));
+            runs.skipped.push_back(common::printable(folder.filename().string()));
         }
     add_units(runs, std::move(all));
     runs.reasons = reasons_of(maps);

@@ -82,8 +82,8 @@ static std::string reasons_text(const history &runs, size_t columns)
     for (size_t i = 0; i < runs.reasons.size() && i < most_reasons; i++) {
         const failure_reason &reason = runs.reasons[i];
         text += fmt::format("{:>5}  {:>4}  {}\n{:13}{}\n", reason.count.units, reason.count.runs,
-                            text::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13, columns), "",
-                            text::wrapped("such as " + reason.example, 13, columns));
+                            common::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13, columns), "",
+                            common::wrapped("such as " + reason.example, 13, columns));
     }
     return text + rarer_text(runs.reasons.size(), most_reasons, "rarer reason");
 }
@@ -99,7 +99,7 @@ static std::string ports_text(const history &runs, size_t columns)
         for (const auto &[check, count] : port.checks)
             checks += fmt::format("{}{} {}", checks.empty() ? ": " : ", ", check, count.runs);
         text += fmt::format("{:>5}  {:>4}  {}\n", port.count.units, port.count.runs,
-                            text::wrapped(port.name + checks, 13, columns));
+                            common::wrapped(port.name + checks, 13, columns));
     }
     return text + rarer_text(runs.ports.size(), most_ports, "other port");
 }
@@ -111,7 +111,7 @@ std::string runs_text(const history &runs)
     for (const listed_run &run : runs.listed)
         text += fmt::format(
             "{:<19}  {:<11}  {:>8}  {}\n", run.started.substr(0, 19), word_of(run.result), run.failures,
-            text::escaped(fmt::format("{}, {}, {}", run.serial.empty() ? "-" : run.serial, run.plan, run.folder)));
+            common::escaped(fmt::format("{}, {}, {}", run.serial.empty() ? "-" : run.serial, run.plan, run.folder)));
     return runs.listed.empty() ? "" : text + "\n";
 }
 
@@ -121,7 +121,7 @@ static std::string skipped_text(const history &runs)
         return "";
     std::string names;
     for (const std::string &folder : runs.skipped)
-        names += (names.empty() ? "" : ", ") + text::escaped(folder);
+        names += (names.empty() ? "" : ", ") + common::escaped(folder);
     return fmt::format("\n{} not a run: {}\n", counted(runs.skipped.size(), "folder"), names);
 }
 

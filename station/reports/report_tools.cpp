@@ -33,14 +33,14 @@ static void print(const std::string &text)
 static exit_code fail(const char *tool, exit_code code, const std::string &sentence)
 {
     std::fflush(stdout);
-    text::say(fmt::format("facmsg-station: {}: {}", tool, sentence));
+    common::say(fmt::format("facmsg-station: {}: {}", tool, sentence));
     return code;
 }
 
 static exit_code refuse(const char *tool, form wanted, const std::string &sentence)
 {
     if (wanted == form::json)
-        print(text::error_json(exit_code::usage, sentence));
+        print(common::error_json(exit_code::usage, sentence));
     return fail(tool, exit_code::usage, sentence);
 }
 
@@ -54,7 +54,8 @@ try {
         print(wanted == form::json ? run_json(run, run_dir, why.what()) : unsaved_text(run_dir));
         return fail("report", exit_code::not_saved, why.what());
     }
-    print(wanted == form::json ? run_json(run, run_dir) : verdict_text(run, run_dir, coloured, text::stdout_columns()));
+    print(wanted == form::json ? run_json(run, run_dir)
+                               : verdict_text(run, run_dir, coloured, common::stdout_columns()));
     return exit_code_of(run);
 } catch (const journal::no_journal &why) {
     return refuse("report", wanted, why.what());
@@ -68,23 +69,23 @@ static std::string check_json(const std::string &file, const journal::check_outc
                         {"lines", found.lines},
                         {"problems", ordered_json::array()}};
     for (const journal::problem &one : found.problems)
-        object["problems"].push_back({{"line", one.line}, {"sentence", text::printable(one.sentence)}});
+        object["problems"].push_back({{"line", one.line}, {"sentence", common::printable(one.sentence)}});
     return object.dump(2) + "\n";
 }
 
 static std::string check_text(const std::string &file, const journal::check_outcome &found)
 {
-    const std::string name = text::escaped(file);
+    const std::string name = common::escaped(file);
     std::string text = found.problems.empty() ? fmt::format("{}: {}, valid\n", name, counted(found.lines, "line")) : "";
     for (const journal::problem &one : found.problems)
-        text += fmt::format("{}:{}: {}\n", name, one.line, text::escaped(one.sentence));
+        text += fmt::format("{}:{}: {}\n", name, one.line, common::escaped(one.sentence));
     return text;
 }
 
 exit_code check_tool(const std::filesystem::path &file, form wanted)
 try {
     const journal::check_outcome found = journal::check_journal(journal::read_text(file));
-    const std::string name = text::printable(file.string());
+    const std::string name = common::printable(file.string());
     const exit_code code = found.problems.empty() ? exit_code::passed : exit_code::failed;
     print(wanted == form::json ? check_json(name, found, code) : check_text(name, found));
     return code;
@@ -98,11 +99,11 @@ try {
     if (wanted == form::json)
         print(history_json(runs));
     else
-        print((list_runs ? runs_text(runs) : "") + history_text(runs, text::stdout_columns()));
+        print((list_runs ? runs_text(runs) : "") + history_text(runs, common::stdout_columns()));
     return runs.listed.empty() ? exit_code::nothing_run : exit_code::passed;
 } catch (const std::filesystem::filesystem_error &why) {
     return refuse("history", wanted,
-                  fmt::format("{}: {}", why.path1().string(), text::path_fault(why.code().value(), "directory")));
+                  fmt::format("{}: {}", why.path1().string(), common::path_fault(why.code().value(), "directory")));
 }
 
 } // namespace reports

@@ -22,7 +22,7 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
 
 /* The verdict for the operator: what it is, why, and at last where the report is. */
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
-                         size_t columns = text::screen_columns);
+                         size_t columns = common::screen_columns);
 
 /* In its place for a run whose reports could not be written: how to have them written later. */
 std::string unsaved_text(const std::filesystem::path &run_dir);

@@ -44,7 +44,7 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
     ordered_json object{{"verdict", word_of(run.result)},
                         {"exit_code", static_cast<int>(not_saved ? common::exit_code::not_saved : exit_code_of(run))},
                         {"summary", headline(run)},
-                        {"run_dir", text::printable(run_dir.string())},
+                        {"run_dir", common::printable(run_dir.string())},
                         {"serial", run.serial},
                         {"product", run.product},
                         {"plan", run.plan},
@@ -60,7 +60,7 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
                         {"faults", ordered_json::array()},
                         {"steps", ordered_json::array()}};
     if (not_saved)
-        object["error"] = text::printable(*not_saved);
+        object["error"] = common::printable(*not_saved);
     for (const finding &one : failures_of(run))
         object["failures"].push_back(failure_json(one));
     for (const finding &one : faults_of(run))

@@ -58,10 +58,10 @@ static std::string head_text(const journal::run_record &run, bool colour, size_t
     const std::string large = fitting_banner(word, columns);
     std::string text = "\n" + (large.empty() ? "" : coloured(run.result, large, colour) + "\n") +
                        coloured(run.result, word, colour) + "  " +
-                       text::wrapped(unit.empty() ? "serial unknown" : unit, indent, columns) + "\n";
+                       common::wrapped(unit.empty() ? "serial unknown" : unit, indent, columns) + "\n";
     for (const std::string &line : {shortfall_text(run), done})
         if (!line.empty())
-            text += std::string(indent, ' ') + text::wrapped(line, indent, columns) + "\n";
+            text += std::string(indent, ' ') + common::wrapped(line, indent, columns) + "\n";
     return text;
 }
 
@@ -77,14 +77,14 @@ static std::string rows_text(const char *title, const std::vector<row> &rows, si
         return "";
     size_t widest = 0;
     for (const row &one : rows)
-        widest = std::max(widest, text::length(one.heading));
+        widest = std::max(widest, common::length(one.heading));
     const size_t indent = std::min(widest, most_heading) + 4;
     std::string text = fmt::format("\n{}\n", title);
     for (const row &one : rows) {
-        const bool below = text::length(one.heading) > most_heading;
-        text += "  " + (below ? text::wrapped(one.heading, 2, columns) + "\n" + std::string(indent, ' ')
-                              : text::padded(one.heading, indent - 2));
-        text += text::wrapped(one.sentence, indent, columns) + "\n";
+        const bool below = common::length(one.heading) > most_heading;
+        text += "  " + (below ? common::wrapped(one.heading, 2, columns) + "\n" + std::string(indent, ' ')
+                              : common::padded(one.heading, indent - 2));
+        text += common::wrapped(one.sentence, indent, columns) + "\n";
     }
     return text;
 }
@@ -129,14 +129,14 @@ std::string verdict_text(const journal::run_record &run, const std::filesystem::
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry), columns) +
            rows_text("Steps that were not run or not finished:", step_rows(run, is_not_run), columns) +
            rows_text("Steps that were cut off:", step_rows(run, is_unfinished), columns) +
-           "\nReport: " + text::escaped(text::printable((run_dir / "report.html").string())) + "\n";
+           "\nReport: " + common::escaped(common::printable((run_dir / "report.html").string())) + "\n";
 }
 
 std::string unsaved_text(const std::filesystem::path &run_dir)
 {
     return fmt::format("RESULTS NOT SAVED  the journal of the run is kept, its reports are not; once there is room for "
                        "them:\n  facmsg-station report '{}'\n",
-                       text::escaped(text::printable(run_dir.string())));
+                       common::escaped(common::printable(run_dir.string())));
 }
 
 } // namespace reports

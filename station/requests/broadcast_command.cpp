@@ -68,7 +68,7 @@ static port_outcome judge_port(const broadcast_test_record &reply, uint32_t i, u
         add_check(port, counted, verdict::pass);
     else
         fail_here(port, counted,
-                  fmt::format("{}; expected {}{}.", text::counted(fcs, "FCS error"), limit ? "at most " : "", limit));
+                  fmt::format("{}; expected {}{}.", common::counted(fcs, "FCS error"), limit ? "at most " : "", limit));
     return port;
 }
 
@@ -83,7 +83,7 @@ static std::string explain_no_link(const broadcast_test_record &reply)
     if (const auto unreadable = count(FACMSG_PORT_NOT_STARTED); unreadable > 0)
         odd += fmt::format(" (the status of {} could not be read)", unreadable);
     return fmt::format("{}, none of which reports link 1{}; expected a link on all; no frame was sent",
-                       text::counted(words.size(), "port"), odd);
+                       common::counted(words.size(), "port"), odd);
 }
 
 outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payload)
@@ -91,7 +91,7 @@ outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payloa
     const auto reply = record_of<broadcast_test_record>(payload);
     const uint64_t limit = std::stoull(own_value(sent, "--fcs-limit").value_or("0"));
     outcome unit{.title = fmt::format("Broadcast test of unit {}: at most {} a port", reply.unit,
-                                      text::counted(limit, "FCS error")),
+                                      common::counted(limit, "FCS error")),
                  .result = reply.result,
                  .columns = {{"code", "code"}, {"fcs_errors", "FCS errors"}}};
     unit.summary = find_obstacle(results, reply.result);

@@ -19,8 +19,9 @@ namespace station
 void enter_directory(const std::string &directory)
 {
     if (chdir(directory.c_str()) != 0)
-        throw no_reply(exit_code::no_verdict, "unreachable",
-                       fmt::format("cannot enter directory '{}': {}", directory, text::path_fault(errno, "directory")));
+        throw no_reply(
+            exit_code::no_verdict, "unreachable",
+            fmt::format("cannot enter directory '{}': {}", directory, common::path_fault(errno, "directory")));
 }
 
 static int64_t whole_s(milliseconds time)

@@ -28,7 +28,7 @@ static void add_both(port_outcome &row, verdict judged, const std::string &reaso
 
 static std::string both_counts(int64_t count)
 {
-    return "Transmitted and received " + text::counted(static_cast<uint64_t>(count), "frame");
+    return "Transmitted and received " + common::counted(static_cast<uint64_t>(count), "frame");
 }
 
 frame_chain::frame_chain(uint32_t sent, std::vector<chain_link> links)
@@ -60,7 +60,7 @@ void frame_chain::judge_by_expectation(port_outcome &row, const chain_link &link
 {
     const auto judge_count = [&](const char *name, const char *verb, bool wrong, int64_t count) {
         const std::string reason =
-            fmt::format("{} {}; expected {}.", verb, text::counted(static_cast<uint64_t>(count), "frame"), expected_);
+            fmt::format("{} {}; expected {}.", verb, common::counted(static_cast<uint64_t>(count), "frame"), expected_);
         add_check(row, name, wrong ? verdict::fail : verdict::pass, wrong ? reason : "");
     };
     if (link.wrong_transmitted && link.counted_alike(link.received)) {
@@ -104,7 +104,7 @@ void frame_chain::judge_in_doubt(port_outcome &row, const chain_link &link)
     const bool agrees = count == trusted_ || (!stands_alone && count == expected_ && !rises_after(next_));
     if (link.transmitted != count) {
         fail_once(row, fmt::format("Transmitted {} and received {}; expected equal counts.",
-                                   text::counted(static_cast<uint64_t>(link.transmitted), "frame"), count));
+                                   common::counted(static_cast<uint64_t>(link.transmitted), "frame"), count));
     } else if (agrees) {
         add_both(row, verdict::pass);
         return trust(count);
@@ -126,7 +126,7 @@ static bool contradicts_itself(port_outcome &row, const char *name, bool wrong, 
     if (wrong && count == expected)
         add_check(row, name, verdict::none,
                   fmt::format("The reply marks the count of {} as wrong, but {} was expected, so nothing can be said.",
-                              text::counted(static_cast<uint64_t>(count), "frame"), expected));
+                              common::counted(static_cast<uint64_t>(count), "frame"), expected));
     return wrong && count == expected;
 }
 

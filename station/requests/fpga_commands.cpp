@@ -29,7 +29,7 @@ static void set_data(request &asked, const option &field, const bytes &data)
         throw usage_error(fmt::format("{}: found beside HEX, allowed: one of the two", field.name));
     if (data.empty() || data.size() % 4 != 0)
         throw usage_error(fmt::format("{}: found {}, allowed: a multiple of 4, at least 4", field.name,
-                                      text::counted(data.size(), "byte")));
+                                      common::counted(data.size(), "byte")));
     asked.data = data;
 }
 
@@ -44,7 +44,7 @@ static void set_hex(request &asked, const option &field, const std::string &valu
 static void set_file(request &asked, const option &field, const std::string &value)
 {
     std::ifstream file;
-    const std::string fault = value == "-" ? "" : text::read_fault(value);
+    const std::string fault = value == "-" ? "" : common::read_fault(value);
     if (!fault.empty())
         throw usage_error(
             fmt::format("{}: found '{}' ({}), allowed: a file that can be read, or -", field.name, value, fault));
@@ -60,7 +60,7 @@ static void set_file(request &asked, const option &field, const std::string &val
 /* The path is made absolute: the station goes to the host's directory before it writes. */
 static void set_output(request &asked, const option &field, const std::string &value)
 {
-    const std::string fault = value.empty() ? "no name" : text::write_fault(value);
+    const std::string fault = value.empty() ? "no name" : common::write_fault(value);
     if (!fault.empty())
         throw usage_error(
             fmt::format("{}: found '{}' ({}), allowed: a file that can be written", field.name, value, fault));
@@ -163,7 +163,7 @@ static void save(const std::string &name, const bytes &data)
     std::ofstream file(name, std::ios::binary);
     file.write(reinterpret_cast<const char *>(data.data()), static_cast<std::streamsize>(data.size()));
     if (!file.flush())
-        throw std::runtime_error(fmt::format("cannot write file '{}': {}", name, text::write_fault(name)));
+        throw std::runtime_error(fmt::format("cannot write file '{}': {}", name, common::write_fault(name)));
 }
 
 outcome read_fpga(const request &asked, const sender &send)

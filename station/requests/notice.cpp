@@ -14,7 +14,7 @@ namespace station
 {
 
 notice::notice(std::string speaker, bool line_wanted)
-    : speaker_(std::move(speaker)), lively_(line_wanted && text::terminal_of(STDERR_FILENO).lively)
+    : speaker_(std::move(speaker)), lively_(line_wanted && common::terminal_of(STDERR_FILENO).lively)
 {
 }
 
@@ -33,21 +33,21 @@ void notice::show(const std::string &sentence)
         say(sentence);
     }
     if (lively_)
-        text::rewrite_line(STDERR_FILENO,
-                           fmt::format("{}: waiting, {} s", speaker_,
-                                       std::chrono::duration_cast<std::chrono::seconds>(now - since_).count()));
+        common::rewrite_line(STDERR_FILENO,
+                             fmt::format("{}: waiting, {} s", speaker_,
+                                         std::chrono::duration_cast<std::chrono::seconds>(now - since_).count()));
 }
 
 void notice::clear()
 {
     if (lively_ && !shown_.empty())
-        text::clear_line(STDERR_FILENO);
+        common::clear_line(STDERR_FILENO);
     shown_.clear();
 }
 
 void notice::say(const std::string &sentence) const
 {
-    text::say(fmt::format("facmsg-station: {}: {}", speaker_, sentence));
+    common::say(fmt::format("facmsg-station: {}: {}", speaker_, sentence));
 }
 
 } // namespace station

@@ -150,7 +150,7 @@ outcome decode_packet(const request &sent, const std::vector<uint8_t> &payload)
     if (never_started(words)) {
         unit.summary = fmt::format("the test could not start, so nothing is known of {} (code 7 at each): the CPU's "
                                    "address was refused, or the service ran out of memory",
-                                   text::counted(words.size(), "port"));
+                                   common::counted(words.size(), "port"));
         return unit;
     }
     const ending end = ending_of(words);

@@ -79,7 +79,7 @@ std::string find_wrong_count(uint32_t port_count)
 {
     if (port_count >= 1 && port_count <= FACMSG_MAX_PORTS)
         return "";
-    return fmt::format("the reply counts {}; expected 1 to {}", text::counted(port_count, "port"),
+    return fmt::format("the reply counts {}; expected 1 to {}", common::counted(port_count, "port"),
                        int{FACMSG_MAX_PORTS});
 }
 
@@ -117,7 +117,7 @@ static std::string summary_of(const std::vector<port_outcome> &ports)
 {
     const auto count = [&](verdict judged) { return std::ranges::count(ports, judged, &port_outcome::judged); };
     const auto untested = count(verdict::untested), unjudged = count(verdict::unjudged);
-    return fmt::format("{} {}: {} passed, {} failed{}{}", text::counted(ports.size(), "port"),
+    return fmt::format("{} {}: {} passed, {} failed{}{}", common::counted(ports.size(), "port"),
                        untested ? "selected" : "tested", count(verdict::pass), count(verdict::fail),
                        unjudged ? fmt::format(", {} not judged", unjudged) : "",
                        untested ? fmt::format(", {} not tested", untested) : "");

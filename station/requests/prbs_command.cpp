@@ -55,7 +55,7 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
     if (unit.judged == verdict::pass && !good) {
         unit.judged = verdict::unjudged;
         unit.summary =
-            fmt::format("status words of {}; --good-status judges them", text::counted(reply.port_count, "port"));
+            fmt::format("status words of {}; --good-status judges them", common::counted(reply.port_count, "port"));
     }
     return unit;
 }

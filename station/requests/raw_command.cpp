@@ -32,7 +32,7 @@ static void set_size(request &sent, const option &field, const std::string &valu
     const auto size = static_cast<size_t>(parse_value(field, value));
     if (size < sent.payload.size())
         throw usage_error(fmt::format("{}: found '{}', allowed: not less than the {} of HEX", field.name, value,
-                                      text::counted(sent.payload.size(), "byte")));
+                                      common::counted(sent.payload.size(), "byte")));
     sent.payload.resize(size);
 }
 
@@ -52,7 +52,7 @@ outcome decode_raw(const request &sent, const std::vector<uint8_t> &reply)
     const char *doubt = reply.empty() ? "; without a payload, a refusal of the request looks the same" : "";
     return {.judged = verdict::unjudged,
             .summary = fmt::format("request type {} was answered with {}{}", sent.type,
-                                   text::counted(reply.size(), "payload byte"), doubt),
+                                   common::counted(reply.size(), "payload byte"), doubt),
             .text = hex_dump(reply),
             .members = {{"reply_hex", fmt::format("{:02x}", fmt::join(reply, ""))}}};
 }

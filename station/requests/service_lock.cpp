@@ -60,7 +60,7 @@ static std::string written_in(int fd)
 {
     char text[512];
     const ssize_t size = pread(fd, text, sizeof(text), 0);
-    const std::string all = text::printable({text, static_cast<size_t>(std::max<ssize_t>(0, size))});
+    const std::string all = common::printable({text, static_cast<size_t>(std::max<ssize_t>(0, size))});
     return all.substr(0, all.find('\n'));
 }
 
@@ -99,7 +99,7 @@ static void be_patient(const claim &wanted, const std::string &holder, notice &s
 static void write_purpose(int fd, const std::string &purpose)
 {
     const std::string line = fmt::format("process {}: {}, since {:%Y-%m-%d %H:%M:%S} UTC\n", getpid(),
-                                         text::escaped(purpose), fmt::gmtime(std::time(nullptr)));
+                                         common::escaped(purpose), fmt::gmtime(std::time(nullptr)));
     if (ftruncate(fd, 0) == 0 && pwrite(fd, line.data(), line.size(), 0) < 0)
         return; /* the process is known all the same */
 }

@@ -68,7 +68,8 @@ static cell counted(uint8_t flag, uint32_t count)
 template <class Reply> static void judge_common(port_outcome &row, const Reply &reply, uint32_t i)
 {
     judge_flag(row, "link", reply.port_down[i], "No link when the wait for links ended; expected a link.");
-    judge_flag(row, "fcs_errors", reply.port_fcs_err[i], text::counted(reply.fcs[i], "FCS error") + "; expected none.");
+    judge_flag(row, "fcs_errors", reply.port_fcs_err[i],
+               common::counted(reply.fcs[i], "FCS error") + "; expected none.");
 }
 
 /* The speeds that the test chose, by kind of port. */
@@ -86,16 +87,16 @@ outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
 {
     const auto reply = record_of<ess_flow_reply>(payload);
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
-    outcome unit = judge_stress(sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head,
-                                [&](port_outcome &row, uint32_t i) {
-                                    row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
-                                                 counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
-                                                 counted(reply.port_fcs_err[i], reply.fcs[i])};
-                                    judge_common(row, reply, i);
-                                    judge_flag(row, "counts", reply.port_cnt_err[i],
-                                               fmt::format("Received {} and transmitted {}; expected equal counts.",
-                                                           text::counted(reply.in_pkts[i], "frame"), reply.ex_pkts[i]));
-                                });
+    outcome unit = judge_stress(
+        sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head, [&](port_outcome &row, uint32_t i) {
+            row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
+                         counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
+                         counted(reply.port_fcs_err[i], reply.fcs[i])};
+            judge_common(row, reply, i);
+            judge_flag(row, "counts", reply.port_cnt_err[i],
+                       fmt::format("Received {} and transmitted {}; expected equal counts.",
+                                   common::counted(reply.in_pkts[i], "frame"), reply.ex_pkts[i]));
+        });
     add_speeds(unit, reply.speed_codes);
     return unit;
 }

@@ -81,7 +81,7 @@ outcome judge_stress(const request &sent, const stress_kind &kind, const stress_
         return unit;
     if (!names.empty() && names.size() != head.port_count)
         unit.title += fmt::format(", by position because --ports names {} of {}", names.size(),
-                                  text::counted(head.port_count, "port"));
+                                  common::counted(head.port_count, "port"));
     add_rows(unit, kind, head, names, judge_entry);
     judge_unit(unit, "fail stage", head.fail_stage == 0, judges_ports(kind, head.fail_stage) ? kind.unexplained : "");
     if (unit.judged == verdict::fail && head.fail_stage != 0)

@@ -18,7 +18,7 @@ static std::string error_of(const std::string &text)
 {
     try {
         parse_board(text, "b.toml");
-    } catch (const text::file_error &error) {
+    } catch (const common::file_error &error) {
         return error.what();
     }
     return "no error";
@@ -104,7 +104,7 @@ TEST(board_file, names_the_base_that_is_wrong)
     const auto error_from = [&](const std::string &base) -> std::string {
         try {
             parse_board("base = \"" + base + "\"", (folder / "top.toml").string(), SHIPPED_BOARDS);
-        } catch (const text::file_error &error) {
+        } catch (const common::file_error &error) {
             return error.what();
         }
         return "no error";
