@@ -40,7 +40,7 @@ TEST(plan_operator, is_asked_nothing_when_told_so_or_nobody_is_there)
     const std::pair<finished, const char *> cases[] = {
         {run_on_terminal(plan_line(folder.path, plan_with("{request = 'factory-mode'}"), {"--no-input"}), "SW0002\n"),
          "--serial: needed when nobody can be asked"},
-        {run_on_terminal(unasked, "\n"), "plug-in waits for the operator, but --no-input"},
+        {run_on_terminal(unasked, "\n"), "but --no-input was\r\n    given; allowed: --skip plug-in"},
         {run(assisted), "step plug-in waits for the operator, but there is no terminal to ask at"},
     };
     for (const auto &[end, sentence] : cases) {

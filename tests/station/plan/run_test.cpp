@@ -2,16 +2,18 @@
  *
  * Runs of plans that come to their end: what the journal says, step by step, and the exit code.
  */
-#include <cstdlib>
+#include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
 #include <signal.h>
 #include <unistd.h>
 
 #include "bench.h"
 #include "facmsg_protocol.h"
+#include "transcripts.h"
 
 /* Runs steps on a board with faults: the exit code, and the beginning of the journal's story. */
 static void expect_run(const std::string &steps, int code, const std::string &story, const words &options = {},
@@ -95,6 +97,24 @@ TEST(plan_run, a_failure_is_tried_again_and_then_concludes_nothing)
                "prbs#2 status-unknown:? status-unknown:? status-unknown:? status-unknown:?" +
                    UNJUDGED,
                {}, "{kind = 'failing_call', ports = 25, slot = 'port_phy_loopback', calls = 1}");
+}
+
+/* A plan whose steps stand in the command line. */
+static finished run_line(const simulated_switch &board, const words &line)
+{
+    const auto options = std::ranges::find_if(line, [](const std::string &word) { return word.starts_with("--"); });
+    std::string steps;
+    for (auto word = line.begin() + 1; word != options; ++word)
+        steps += *word + " ";
+    finished end = run(steps_line(board.folder.path, steps, {options, line.end()}));
+    const std::string console = end.out.substr(0, end.out.find("\n\n  ")); /* the banner follows */
+    end.out = std::regex_replace(console, std::regex("[0-9]\\.[0-9] s"), "0.1 s");
+    return end;
+}
+
+TEST(plan_run, console_transcripts)
+{
+    play_transcripts(CONSOLE_TRANSCRIPTS, run_line);
 }
 
 /* Its number must not go to the journal, which would then hold what was meant for people. */
