@@ -88,7 +88,8 @@ TEST(plan_file, a_wrong_step_is_answered_with_place_and_expectation)
         {"request = 'broadcast'\nlimits = { fcs_errors = {} }",
          "7:25: fcs_errors has no limit, expected min, max or equal"},
         {"request = 'broadcast'\nlimits = { fcs_errors = { max = nan } }", "7:33: max is nan, expected a number"},
-        {"request = 'vop'\nlimits = { vop_value = { equal = 'x' } }", "7:24: vop_value is a number, expected numbers"},
+        {"request = 'flow'\nlimits = { speed_codes_copper = { equal = 'x' } }",
+         "7:33: speed_codes_copper is a number, expected numbers"},
         {"request = 'fpga read'\noptions = { address = 0, length = 4 }\nlimits = { data_hex = { max = 4 } }",
          "8:23: data_hex is a text, expected equal = \"…\""},
         {"request = 'poe'\ncovers = '1-29'", "7:10: covers names port 29, expected ports of the panel"},
@@ -120,11 +121,11 @@ TEST(plan_file, shipped_plans_are_right_and_a_dry_run_touches_nothing)
         EXPECT_NE(end.out.find("packet any_speed=true\n"), std::string::npos) << end;
     }
     const std::string output = folder.path + "/bytes";
-    std::ofstream(output) << "kept";
+    std::ofstream(output) << "kept as it is";
     EXPECT_EQ(dry_run(folder,
                       STEP + "request = 'fpga read'\noptions = { address = 0, length = 4, output = '" + output + "' }")
                   .code,
               0);
-    EXPECT_EQ(std::filesystem::file_size(output), 4u);
+    EXPECT_EQ(std::filesystem::file_size(output), 13u);
     EXPECT_FALSE(std::filesystem::exists(folder.path + "/results"));
 }
