@@ -1,19 +1,20 @@
-/* SPDX-License-Identifier: MIT
- *
- * What a program is told in place of a result.
- */
+/* SPDX-License-Identifier: MIT */
 #include "error_json.h"
+
+#include <nlohmann/json.hpp>
 
 #include "printable.h"
 
 namespace common
 {
 
-std::string error_json(common::exit_code code, const std::string &error, const char *verdict,
-                       nlohmann::ordered_json members)
+std::string error_json(common::exit_code code, const std::string &error, const char *verdict, const char *request)
 {
-    members.update({{"verdict", verdict}, {"exit_code", static_cast<int>(code)}, {"error", printable(error)}});
-    return members.dump(2) + "\n";
+    nlohmann::ordered_json object;
+    if (request != nullptr)
+        object["request"] = {{"name", request}};
+    object.update({{"verdict", verdict}, {"exit_code", static_cast<int>(code)}, {"error", printable(error)}});
+    return object.dump(2) + "\n";
 }
 
 } // namespace common

@@ -5,17 +5,17 @@
 #ifndef COMMON_ERROR_JSON_H
 #define COMMON_ERROR_JSON_H
 
-#include <nlohmann/json.hpp>
 #include <string>
 
-#include "exit_code.h"
+#include "verdict.h"
 
 namespace common
 {
 
-/* An object on one or more lines with its line end: the members, then verdict, exit_code and error, which says why. */
+/* An object on several lines with its line end: the name of the request if there is one, then verdict, exit_code and
+ * error, which says why. */
 std::string error_json(common::exit_code code, const std::string &error, const char *verdict = "NO VERDICT",
-                       nlohmann::ordered_json members = nlohmann::ordered_json::object());
+                       const char *request = nullptr);
 
 } // namespace common
 

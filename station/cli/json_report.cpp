@@ -4,7 +4,10 @@
  */
 #include "report.h"
 
+#include <nlohmann/json.hpp>
+
 #include "common/error_json.h"
+#include "tools.h"
 
 namespace station
 {
@@ -28,13 +31,35 @@ static ordered_json request_members(const command &row, const request &sent)
     return members;
 }
 
+static ordered_json json_of(const std::vector<member> &members);
+
+static ordered_json json_of(const member &one)
+{
+    if (const auto *single = std::get_if<common::value>(&one.content))
+        return single->json();
+    if (const auto *group = std::get_if<std::vector<member>>(&one.content))
+        return json_of(*group);
+    ordered_json list = ordered_json::array();
+    for (const common::value &entry : std::get<std::vector<common::value>>(one.content))
+        list.push_back(entry.json());
+    return list;
+}
+
+static ordered_json json_of(const std::vector<member> &members)
+{
+    ordered_json object = ordered_json::object();
+    for (const member &one : members)
+        object[one.name] = json_of(one);
+    return object;
+}
+
 static ordered_json port_members(const outcome &unit, const port_outcome &port)
 {
     ordered_json members;
     members[unit.row_name] = port.port;
     for (size_t i = 0; i < unit.columns.size(); i++)
-        members[unit.columns[i].member] = port.cells[i].value;
-    members["verdict"] = word_of(port.judged);
+        members[unit.columns[i].member] = port.cells[i].value.json();
+    members["verdict"] = word_of(port.verdict);
     members["reason"] = port.reason;
     return members;
 }
@@ -44,11 +69,10 @@ std::string json_report(const command &row, const request &sent, const outcome &
     ordered_json report{{"request", request_members(row, sent)}};
     if (unit.result)
         report["result"] = *unit.result;
-    report["verdict"] = word_of(unit.judged);
-    report["exit_code"] = static_cast<int>(exit_code_of(unit.judged));
-    report[unit.judged == verdict::none ? "error" : "summary"] = unit.summary;
-    for (const auto &[name, value] : unit.members.items())
-        report[name] = value;
+    report["verdict"] = word_of(unit.verdict);
+    report["exit_code"] = static_cast<int>(exit_code_of(unit.verdict));
+    report[unit.verdict == verdict::no_verdict ? "error" : "summary"] = unit.summary;
+    report.update(json_of(unit.members));
     for (const port_outcome &port : unit.ports)
         report["ports"].push_back(port_members(unit, port));
     return report.dump(2) + "\n";
@@ -56,9 +80,23 @@ std::string json_report(const command &row, const request &sent, const outcome &
 
 std::string json_error(const command *row, exit_code code, const std::string &sentence)
 {
-    const ordered_json request =
-        row == nullptr ? ordered_json::object() : ordered_json{{"request", {{"name", row->name}}}};
-    return common::error_json(code, sentence, word_of(verdict::none), request);
+    return common::error_json(code, sentence, word_of(verdict::no_verdict), row == nullptr ? nullptr : row->name);
+}
+
+std::string list_json()
+{
+    ordered_json rows = ordered_json::array();
+    for (const command &row : commands()) {
+        ordered_json entry{{"name", row.name}, {"help", row.help}};
+        if (row.type) {
+            entry["type"] = *row.type;
+            entry["reply_bytes"] = row.payload_size;
+        }
+        rows.push_back(entry);
+    }
+    for (const tool &row : tools())
+        rows.push_back({{"name", row.name}, {"help", row.help}});
+    return ordered_json{{"subcommands", rows}}.dump(2) + "\n";
 }
 
 } // namespace station

@@ -4,6 +4,7 @@
  */
 #include "misuse.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>

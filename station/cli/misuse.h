@@ -5,9 +5,12 @@
 #ifndef STATION_MISUSE_H
 #define STATION_MISUSE_H
 
-#include <CLI/CLI.hpp>
-
 #include "station/requests/command.h"
+
+namespace CLI
+{
+class App;
+}
 
 namespace station
 {

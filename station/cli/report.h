@@ -21,7 +21,9 @@ std::string json_report(const command &row, const request &sent, const outcome &
 /* One JSON object for a run that got no reply; row may be null. */
 std::string json_error(const command *row, exit_code code, const std::string &sentence);
 
-std::string list_report(bool json, size_t columns);
+/* All subcommands, for people and as one JSON object. */
+std::string list_text(size_t columns);
+std::string list_json();
 
 } // namespace station
 

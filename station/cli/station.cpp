@@ -80,7 +80,7 @@ static void confirm(const invocation &call)
 static exit_code run(const invocation &call)
 {
     if (call.row->decode == nullptr && call.row->transfer == nullptr) {
-        print(list_report(call.chosen.json, common::stdout_columns()));
+        print(call.chosen.json ? list_json() : list_text(common::stdout_columns()));
         return exit_code::passed;
     }
     confirm(call);
@@ -88,9 +88,9 @@ static exit_code run(const invocation &call)
     const outcome unit = carry_out(call);
     print(call.chosen.json ? json_report(*call.row, call.sent, unit)
                            : text_report(unit, common::colour_wanted(), common::stdout_columns()));
-    if (unit.judged == verdict::none)
+    if (unit.verdict == verdict::no_verdict)
         say_error(call.row->name, unit.summary);
-    return exit_code_of(unit.judged);
+    return exit_code_of(unit.verdict);
 }
 
 static std::string name_of(const invocation &call)

@@ -14,12 +14,12 @@ namespace station
 {
 
 /* A verdict padded to a width; colour does not count for it. */
-static std::string verdict_word(verdict judged, size_t width, bool colour)
+static std::string verdict_word(verdict of, size_t width, bool colour)
 {
-    std::string word = fmt::format("{:<{}}", word_of(judged), width);
+    std::string word = fmt::format("{:<{}}", word_of(of), width);
     if (!colour)
         return word;
-    const char *code = judged == verdict::pass ? "32" : judged == verdict::fail ? "31" : "33";
+    const char *code = of == verdict::pass ? "32" : of == verdict::fail ? "31" : "33";
     return fmt::format("\033[{}m{}\033[0m", code, word);
 }
 
@@ -43,7 +43,7 @@ static std::string port_list(const outcome &unit, bool colour, size_t columns)
     const size_t indent = std::strlen(unit.row_name) + 2;
     std::string text;
     for (const port_outcome &port : unit.ports) {
-        text += fmt::format("{} {}  {}\n", unit.row_name, port.port, verdict_word(port.judged, 0, colour));
+        text += fmt::format("{} {}  {}\n", unit.row_name, port.port, verdict_word(port.verdict, 0, colour));
         std::string values;
         for (size_t i = 0; i < unit.columns.size(); i++)
             if (unit.columns[i].heading != nullptr)
@@ -75,7 +75,7 @@ static std::string port_table(const outcome &unit, bool colour, size_t columns)
     text += reason_column + std::strlen("  reason") > columns ? "\n" : "  reason\n";
     for (const port_outcome &port : unit.ports) {
         const bool alone = reason_column == first_width + 14 && port.reason.empty();
-        text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.judged, alone ? 0 : 10, colour));
+        text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.verdict, alone ? 0 : 10, colour));
         for (size_t i = 0; i < widths.size(); i++)
             if (widths[i] > 0)
                 text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
@@ -93,9 +93,9 @@ std::string text_report(const outcome &unit, bool colour, size_t columns)
     if (!unit.ports.empty())
         text += common::wrapped(unit.title, 0, columns) + "\n\n" + port_table(unit, colour, columns) + "\n";
     text += unit.text;
-    if (unit.judged != verdict::none)
-        text += fmt::format("{}  {}\n", verdict_word(unit.judged, 0, colour),
-                            common::wrapped(unit.summary, std::strlen(word_of(unit.judged)) + 2, columns));
+    if (unit.verdict != verdict::no_verdict)
+        text += fmt::format("{}  {}\n", verdict_word(unit.verdict, 0, colour),
+                            common::wrapped(unit.summary, std::strlen(word_of(unit.verdict)) + 2, columns));
     return text;
 }
 
@@ -109,7 +109,7 @@ static std::string list_row(const char *name, const std::string &type, const std
 }
 
 /* A narrow screen has room for names and help only. */
-static std::string list_text(size_t columns)
+std::string list_text(size_t columns)
 {
     std::string text = list_row("subcommand", "type", "reply bytes", "what it does", columns);
     for (const command &row : commands()) {
@@ -120,27 +120,6 @@ static std::string list_text(size_t columns)
     for (const tool &row : tools())
         text += list_row(row.name, "-", "-", row.help, columns);
     return text;
-}
-
-static std::string list_json()
-{
-    nlohmann::ordered_json rows = nlohmann::ordered_json::array();
-    for (const command &row : commands()) {
-        nlohmann::ordered_json entry{{"name", row.name}, {"help", row.help}};
-        if (row.type) {
-            entry["type"] = *row.type;
-            entry["reply_bytes"] = row.payload_size;
-        }
-        rows.push_back(entry);
-    }
-    for (const tool &row : tools())
-        rows.push_back({{"name", row.name}, {"help", row.help}});
-    return nlohmann::ordered_json{{"subcommands", rows}}.dump(2) + "\n";
-}
-
-std::string list_report(bool json, size_t columns)
-{
-    return json ? list_json() : list_text(columns);
 }
 
 } // namespace station

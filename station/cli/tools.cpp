@@ -4,6 +4,7 @@
  */
 #include "tools.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <memory>
 

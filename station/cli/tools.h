@@ -5,10 +5,12 @@
 #ifndef STATION_TOOLS_H
 #define STATION_TOOLS_H
 
-#include <CLI/CLI.hpp>
-#include <functional>
-
 #include "command_line.h"
+
+namespace CLI
+{
+class App;
+}
 
 namespace station
 {

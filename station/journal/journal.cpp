@@ -6,16 +6,17 @@
 
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <ctime>
 #include <fcntl.h>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "journal_text.h"
+#include "wording.h"
 
 namespace journal
 {
@@ -109,12 +110,13 @@ void writer::step_artifact(const std::string &step_id, const char *kind, const o
     write_line("testStepArtifact", {{"testStepId", step_id}, {kind, content}});
 }
 
-static void add_subject(ordered_json &content, const subject &about)
+/* A row of a reply is a part that only the reply can tell apart from others. */
+static void add_place(ordered_json &content, const common::place &where)
 {
-    if (about.subcomponent.empty())
-        content["hardwareInfoId"] = about.hardware_id;
+    if (where.id.empty())
+        content["subcomponent"] = {{"name", where.name}};
     else
-        content["subcomponent"] = {{"name", about.subcomponent}};
+        content["hardwareInfoId"] = where.id;
 }
 
 void writer::run_start(const ordered_json &content)
@@ -130,28 +132,35 @@ std::string writer::step_start(const std::string &name, const ordered_json &cont
     return id;
 }
 
-void writer::measurement(const std::string &step_id, const std::string &name, const ordered_json &value,
-                         const subject &about, const ordered_json &validators, const std::string &unit)
+static ordered_json validator(const common::limit &limit)
 {
-    if (value.is_null() || (value.is_number_float() && !std::isfinite(value.get<double>())))
+    ordered_json content = ordered_json::object();
+    if (!limit.name.empty())
+        content["name"] = limit.name;
+    content.update({{"type", limit.type}, {"value", limit.value.json()}});
+    return content;
+}
+
+void writer::measurement(const std::string &step_id, const common::check &measured)
+{
+    if (measured.value.is_empty() || !measured.value.is_finite())
         return;
-    ordered_json content{{"name", name}, {"value", value}};
-    if (!unit.empty())
-        content["unit"] = unit;
-    if (!validators.empty())
-        content["validators"] = validators;
-    add_subject(content, about);
+    ordered_json content{{"name", measured.name}, {"value", measured.value.json()}};
+    if (!measured.unit.empty())
+        content["unit"] = measured.unit;
+    for (const common::limit &limit : measured.limits)
+        content["validators"].push_back(validator(limit));
+    add_place(content, measured.where);
     step_artifact(step_id, "measurement", content);
 }
 
-void writer::diagnosis(const std::string &step_id, const std::string &verdict, finding type, const std::string &message,
-                       const subject &about)
+void writer::diagnosis(const std::string &step_id, const common::check &judged)
 {
-    const char *word = type == finding::pass ? "PASS" : type == finding::fail ? "FAIL" : "UNKNOWN";
-    ordered_json content{{"verdict", verdict}, {"type", word}};
-    if (!message.empty())
-        content["message"] = message;
-    add_subject(content, about);
+    const diagnosis_ending ending = ending_of(judged.verdict);
+    ordered_json content{{"verdict", fmt::format("{}{}", judged.name, ending.text)}, {"type", ending.type}};
+    if (!judged.sentence.empty())
+        content["message"] = judged.sentence;
+    add_place(content, judged.where);
     step_artifact(step_id, "diagnosis", content);
 }
 

@@ -8,9 +8,11 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <stdexcept>
 #include <string>
+
+#include "common/check.h"
 
 namespace journal
 {
@@ -26,13 +28,6 @@ struct not_saved : std::runtime_error {
  * is taken. Never takes a folder that exists. Throws not_saved. */
 std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name);
 
-/* What an artifact of a step is about: a piece of hardware, or a part that only the reply can tell apart. */
-struct subject {
-    std::string hardware_id;
-    std::string subcomponent = {}; /* in place of hardware_id when not empty */
-};
-
-enum class finding { pass, fail, unknown };
 enum class step_status { complete, error, skip };
 enum class run_status { pass, fail, error, skip }; /* error and skip have no result; skip: see run_error */
 
@@ -49,12 +44,11 @@ class writer
     void run_start(const ordered_json &content);
     /* Begins an attempt at a step and returns its id; content tells what was asked for. */
     std::string step_start(const std::string &name, const ordered_json &content);
-    /* Writes nothing for a value that is null. Empty validators and an empty unit are left out. */
-    void measurement(const std::string &step_id, const std::string &name, const ordered_json &value,
-                     const subject &about, const ordered_json &validators = {}, const std::string &unit = "");
-    /* An empty message is left out. */
-    void diagnosis(const std::string &step_id, const std::string &verdict, finding type, const std::string &message,
-                   const subject &about);
+    /* The value of a check, with its unit and limits where there are any. Writes nothing for an empty value and for a
+     * number that is none. */
+    void measurement(const std::string &step_id, const common::check &measured);
+    /* Its verdict, and the sentence if there is one. */
+    void diagnosis(const std::string &step_id, const common::check &judged);
     void error(const std::string &step_id, const std::string &symptom, const std::string &message);
     void log(const std::string &step_id, const std::string &message);
     void step_end(const std::string &step_id, step_status status);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "journal_rules.h"

@@ -5,7 +5,7 @@
 #ifndef JOURNAL_JOURNAL_RULES_H
 #define JOURNAL_JOURNAL_RULES_H
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
 #include <string_view>

@@ -38,9 +38,10 @@ static std::string text_at(const json &object, const char *name)
     return text_of(member(object, name));
 }
 
-static std::string scalar_text(const json &value)
+static common::value value_at(const json &object, const char *name)
 {
-    return value.is_number() || value.is_boolean() ? value.dump() : text_of(value);
+    const json &value = member(object, name);
+    return value.is_string() ? common::value(text_of(value)) : common::value::of(value);
 }
 
 constexpr int most_port = 9999;
@@ -104,7 +105,7 @@ class reader
     void error(attempt &, const json &);
     void log(attempt &, const json &);
     void end(attempt &, const json &);
-    observation measured(const json &) const;
+    check measured(const json &) const;
     place where(const json &) const;
     bool is_chosen(const std::string &step) const;
     run_result result_of_skip() const;
@@ -117,7 +118,7 @@ class reader
     std::vector<std::string> only = {}, skipped = {}; /* names of steps that the operator chose, or left out */
     std::map<std::string, place, std::less<>> places = {};
     std::map<std::string, size_t, std::less<>> steps = {}; /* index of the attempt by its testStepId */
-    std::map<std::string, observation, std::less<>> series = {};
+    std::map<std::string, check, std::less<>> series = {};
 };
 
 const std::map<std::string, reader::step_handler, std::less<>> reader::step_handlers = {
@@ -247,15 +248,16 @@ place reader::where(const json &content) const
     return at;
 }
 
-observation reader::measured(const json &content) const
+check reader::measured(const json &content) const
 {
-    observation made{observation::kind::measurement, text_at(content, "name"), where(content), now};
-    made.value = scalar_text(member(content, "value"));
-    made.is_number = member(content, "value").is_number();
-    made.unit = text_at(content, "unit");
+    check made{.name = text_at(content, "name"),
+               .where = where(content),
+               .value = value_at(content, "value"),
+               .unit = text_at(content, "unit"),
+               .time = now.text};
     if (const json &limits = member(content, "validators"); limits.is_array())
         for (const json &one : limits)
-            made.limits.push_back({text_at(one, "type"), scalar_text(member(one, "value"))});
+            made.limits.push_back({text_at(one, "type"), value_at(one, "value")});
     return made;
 }
 
@@ -274,24 +276,25 @@ void reader::series_element(attempt &step, const json &content)
     const auto known = series.find(text_at(content, "measurementSeriesId"));
     if (known == series.end())
         return;
-    observation &made = step.checks.emplace_back(known->second);
-    made.value = scalar_text(member(content, "value"));
-    made.is_number = member(content, "value").is_number();
-    made.time = now;
+    check &made = step.checks.emplace_back(known->second);
+    made.value = value_at(content, "value");
+    made.time = now.text;
 }
 
 void reader::diagnosis(attempt &step, const json &content)
 {
-    const auto [check, judged] = read_diagnosis(text_at(content, "verdict"), text_at(content, "type"));
-    observation made{observation::kind::diagnosis, check, where(content), now};
-    made.judged = judged;
-    made.message = text_at(content, "message");
-    if (check != "step" || made.where.id != "unit") {
+    const auto [name, verdict] = read_diagnosis(text_at(content, "verdict"), text_at(content, "type"));
+    check made{.name = name,
+               .verdict = verdict,
+               .sentence = text_at(content, "message"),
+               .where = where(content),
+               .time = now.text};
+    if (name != "step" || made.where.id != "unit") {
         step.checks.push_back(std::move(made));
         return;
     }
-    step.judged = judged;
-    step.summary = made.message;
+    step.verdict = verdict;
+    step.summary = made.sentence;
 }
 
 void reader::error(attempt &step, const json &content)
@@ -313,8 +316,8 @@ static bool is_pass(run_result result)
 static verdict worst_check(const attempt &step)
 {
     verdict worst = verdict::none;
-    for (const observation &made : step.checks)
-        worst = std::max(worst, made.judged);
+    for (const check &made : step.checks)
+        worst = prevailing(worst, made.verdict);
     return worst == verdict::none ? verdict::unjudged : worst;
 }
 
@@ -323,14 +326,14 @@ void reader::end(attempt &step, const json &content)
     const std::string status = text_at(content, "status");
     step.end = now;
     if (status == "SKIP")
-        step.judged = verdict::not_run;
+        step.verdict = verdict::not_run;
     else if (status != "COMPLETE")
-        step.judged = verdict::no_verdict;
-    else if (step.judged == verdict::incomplete)
-        step.judged = worst_check(step);
-    if (step.judged == verdict::no_verdict && !step.errors.empty())
+        step.verdict = verdict::no_verdict;
+    else if (step.verdict == verdict::incomplete)
+        step.verdict = worst_check(step);
+    if (step.verdict == verdict::no_verdict && !step.errors.empty())
         step.summary = step.errors.front().message;
-    if (step.judged == verdict::not_run && !step.notes.empty())
+    if (step.verdict == verdict::not_run && !step.notes.empty())
         step.summary = step.notes.back();
 }
 
@@ -350,9 +353,9 @@ run_result reader::result_of_skip() const
     const auto has_last = [&](const auto &wanted) {
         return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && wanted(step); });
     };
-    const bool passed = has_last([](const attempt &step) { return step.judged == verdict::pass; });
+    const bool passed = has_last([](const attempt &step) { return step.verdict == verdict::pass; });
     const bool cut_short = run.plan_sha256.empty() && has_last([&](const attempt &step) {
-                               return step.judged == verdict::not_run && is_chosen(step.step);
+                               return step.verdict == verdict::not_run && is_chosen(step.step);
                            });
     if (interrupted || cut_short || (passed && !run.partial))
         return run_result::interrupted;
@@ -374,14 +377,13 @@ void reader::mark_last()
 /* A pass that the run's own steps contradict is none. */
 void reader::find_contradiction()
 {
-    const auto wrong = std::ranges::find_if(run.attempts, [](const attempt &step) {
-        return step.judged >= verdict::fail || worst_check(step) == verdict::fail;
-    });
+    const auto wrong = std::ranges::find_if(
+        run.attempts, [](const attempt &step) { return is_bad(step.verdict) || worst_check(step) == verdict::fail; });
     if (!is_pass(run.result) || wrong == run.attempts.end())
         return;
     run.errors.push_back(
         {"contradiction", fmt::format("The journal ends with {}, but its step {} is {}.", word_of(run.result),
-                                      wrong->step, word_of(std::max(wrong->judged, worst_check(*wrong))))});
+                                      wrong->step, word_of(common::worse(wrong->verdict, worst_check(*wrong))))});
     run.result = run_result::no_verdict;
 }
 
@@ -389,7 +391,7 @@ void reader::finish()
 {
     for (attempt &step : run.attempts)
         if (step.end.text.empty()) {
-            step.judged = verdict::incomplete;
+            step.verdict = verdict::incomplete;
             step.summary = "The journal ends during this step.";
         }
     mark_last();
@@ -461,7 +463,7 @@ std::optional<double> seconds_between(const moment &start, const moment &end)
 
 bool passed_by_retry(const attempt &tried)
 {
-    return tried.judged == verdict::pass && tried.number > 1;
+    return tried.verdict == verdict::pass && tried.number > 1;
 }
 
 } // namespace journal

@@ -13,10 +13,16 @@
 #include <string>
 #include <vector>
 
-#include "verdict.h"
+#include "common/check.h"
+#include "wording.h"
 
 namespace journal
 {
+
+using common::check;
+using common::place;
+using common::run_result;
+using common::verdict;
 
 /* There is no journal, or the file is none; what() names the file and the line. */
 struct no_journal : std::runtime_error {
@@ -26,32 +32,6 @@ struct no_journal : std::runtime_error {
 struct moment {
     std::string text = {};
     std::optional<int64_t> ms = std::nullopt; /* since 1970 */
-};
-
-/* What was measured or judged: a port, the unit, or a row of a reply that does not say which port it means. */
-struct place {
-    std::string id = {};    /* port07 */
-    std::string name = {};  /* port 7 */
-    std::string group = {}; /* of ports on the panel, as RJ45 */
-    int port = 0;           /* number on the front panel; 0: none of its ports */
-};
-
-struct limit {
-    std::string type, value; /* LESS_THAN_OR_EQUAL, 5 */
-};
-
-/* A value that was measured, or the judgement of a check. */
-struct observation {
-    enum class kind { measurement, diagnosis };
-    kind is;
-    std::string name; /* of the measurement or the check */
-    place where;
-    moment time;
-    std::string value = {}, unit = {}; /* of a measurement */
-    bool is_number = false;
-    std::vector<limit> limits = {};
-    verdict judged = verdict::none; /* of a diagnosis */
-    std::string message = {};
 };
 
 /* The station's own fault. */
@@ -66,9 +46,9 @@ struct attempt {
     std::vector<int> covers = {}; /* the ports that it has to judge; empty: whichever its reply names */
     bool judges_ports = true;     /* false: it has no reply that could */
     moment start = {}, end = {};
-    verdict judged = verdict::incomplete;
-    std::string summary = {};             /* the sentence on the whole, or why there is no verdict */
-    std::vector<observation> checks = {}; /* in the journal's order, without the judgement on the whole */
+    common::verdict verdict = common::verdict::incomplete;
+    std::string summary = {};       /* the sentence on the whole, or why there is no verdict */
+    std::vector<check> checks = {}; /* in the journal's order, without the judgement on the whole */
     std::vector<fault> errors = {};
     std::vector<std::string> notes = {}; /* its log */
     bool is_last = true;                 /* no later attempt at the step */

@@ -14,7 +14,6 @@
 #include "common/printable.h"
 #include "common/say.h"
 #include "common/terminal.h"
-#include "common/verdict_words.h"
 #include "common/wrap.h"
 #include "station/reports/findings.h"
 
@@ -125,13 +124,13 @@ void console::show(const std::string &done)
 }
 
 /* What failed, as far as a screen has room for it. */
-static std::vector<std::string> failure_lines(std::span<const judged_check> checks)
+static std::vector<std::string> failure_lines(std::span<const common::check> checks)
 {
     constexpr size_t most = 12;
     std::vector<std::string> lines;
-    for (const judged_check &made : checks)
-        if (made.judged == station::verdict::fail)
-            lines.push_back(fmt::format("{}  {}: {}", shown(made.about), made.name, made.sentence));
+    for (const common::check &one : checks)
+        if (one.verdict == common::verdict::fail)
+            lines.push_back(fmt::format("{}  {}: {}", one.where.name, one.name, one.sentence));
     if (lines.size() > most + 1) {
         const size_t more = lines.size() - most;
         lines.resize(most);
@@ -140,11 +139,11 @@ static std::vector<std::string> failure_lines(std::span<const judged_check> chec
     return lines;
 }
 
-void console::end(const char *word, const std::string &sentence, std::span<const judged_check> checks)
+void console::end(common::verdict verdict, const std::string &sentence, std::span<const common::check> checks)
 {
     const int64_t most = steps_[number_]->attempts;
-    const bool tells_attempt = attempt_ > 1 || word == std::string_view(common::verdict_word::RETRIED);
-    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word, seconds(),
+    const bool tells_attempt = attempt_ > 1 || verdict == common::verdict::retried;
+    print(fmt::format("{}  {}  {:.1f} s{}{}", heading(number_), word_of(verdict), seconds(),
                       tells_attempt ? fmt::format("  attempt {} of {}", attempt_, most) : "",
                       sentence.empty() ? "" : "  " + sentence));
     for (const std::string &line : failure_lines(checks))
@@ -153,7 +152,7 @@ void console::end(const char *word, const std::string &sentence, std::span<const
 
 void console::skip(size_t number)
 {
-    print(heading(number) + "  NOT RUN");
+    print(fmt::format("{}  {}", heading(number), word_of(common::verdict::not_run)));
 }
 
 void console::say(const std::string &line)

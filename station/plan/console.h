@@ -38,7 +38,7 @@ class console
     /* done says how far it is, if that is known. */
     void show(const std::string &done);
     /* Says how the attempt ended, and which checks failed. To be called when the journal has its end. */
-    void end(const char *word, const std::string &sentence, std::span<const judged_check> checks = {});
+    void end(common::verdict verdict, const std::string &sentence, std::span<const common::check> checks = {});
     void skip(size_t number);
     /* A line on stderr. */
     void say(const std::string &line);

@@ -5,6 +5,7 @@
 #include "listing.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include "common/duration.h"
 #include "console.h"
@@ -37,9 +38,8 @@ std::string list_steps(const test_plan &plan, std::span<const step *const> steps
         if (asked->attempts > 1)
             text += fmt::format(", up to {} attempts", asked->attempts);
         text += fmt::format("\n{:18}{}", "", request_name(*asked));
-        for (const auto &[name, value] : asked->options.items())
-            text +=
-                fmt::format(fmt::runtime(is_by_hand(*asked) ? " {}=\"{}\"" : " {}={}"), name, value.get<std::string>());
+        for (const auto &[name, value] : asked->options)
+            text += fmt::format(fmt::runtime(is_by_hand(*asked) ? " {}=\"{}\"" : " {}={}"), name, value);
         text += "\n";
     }
     return text;
@@ -52,7 +52,9 @@ std::string list_steps_json(const test_plan &plan, std::span<const step *const> 
         nlohmann::ordered_json entry{{"name", asked->name}, {"request", request_name(*asked)}};
         if (!asked->group.empty())
             entry["group"] = asked->group;
-        entry["options"] = asked->options;
+        entry["options"] = nlohmann::ordered_json::object();
+        for (const auto &[name, value] : asked->options)
+            entry["options"][name] = value;
         entry["attempts"] = asked->attempts;
         entry["expected_s"] = expected_s(*asked);
         if (asked->is == step_kind::request)

@@ -18,12 +18,12 @@
 namespace plan
 {
 
-using nlohmann::ordered_json;
+using common::value;
+using common::verdict;
 using station::outcome;
-using station::verdict;
 
-/* A whole text as a number; null when it is none. */
-static ordered_json number_of(const std::string &answer)
+/* A whole text as a number; empty when it is none. */
+static value number_of(const std::string &answer)
 {
     const char *end = answer.data() + answer.size();
     int64_t whole = 0;
@@ -31,27 +31,25 @@ static ordered_json number_of(const std::string &answer)
     if (const auto read = std::from_chars(answer.data(), end, whole); read.ec == std::errc() && read.ptr == end)
         return whole;
     const auto read = std::from_chars(answer.data(), end, broken);
-    return read.ec == std::errc() && read.ptr == end && std::isfinite(broken) ? ordered_json(broken) : ordered_json();
+    return read.ec == std::errc() && read.ptr == end && std::isfinite(broken) ? value(broken) : value();
 }
 
-static ordered_json yes_or_no(const std::string &given)
+static value yes_or_no(const std::string &given)
 {
     std::string answer = given;
     std::ranges::transform(answer, answer.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return answer == "y" || answer == "yes"  ? ordered_json("yes")
-           : answer == "n" || answer == "no" ? ordered_json("no")
-                                             : ordered_json();
+    return answer == "y" || answer == "yes" ? value("yes") : answer == "n" || answer == "no" ? value("no") : value();
 }
 
-static ordered_json plain_text(const std::string &answer)
+static value plain_text(const std::string &answer)
 {
-    return answer.empty() || common::printable(answer) != answer ? ordered_json() : ordered_json(answer);
+    return answer.empty() || common::printable(answer) != answer ? value() : value(answer);
 }
 
 struct answer_form {
     const char *asked_for; /* after the question */
     const char *expected;
-    ordered_json (*read)(const std::string &answer); /* null for what is no answer */
+    value (*read)(const std::string &answer); /* empty for what is no answer */
 };
 
 static answer_form form_of(answer_kind kind)
@@ -75,18 +73,17 @@ static std::string answer_to(const std::string &question)
     return *line;
 }
 
-static outcome question_outcome(const step &asked, const ordered_json &answer)
+static outcome question_outcome(const step &asked, const value &answer)
 {
     if (asked.answer != answer_kind::yes_or_no) {
-        const std::string shown = answer.is_string() ? answer.get<std::string>() : answer.dump();
         const std::string unit = asked.unit.empty() ? "" : " " + asked.unit;
-        return {.judged = verdict::unjudged,
-                .summary = fmt::format("{}: {}{}", asked.wording, shown, unit),
+        return {.verdict = verdict::unjudged,
+                .summary = fmt::format("{}: {}{}", asked.wording, answer.text(), unit),
                 .members = {{"value", answer}}};
     }
     const bool passed = answer == "yes";
     const std::string sentence = fmt::format("\"{}\" was answered no; expected yes.", asked.wording);
-    return {.judged = passed ? verdict::pass : verdict::fail,
+    return {.verdict = passed ? verdict::pass : verdict::fail,
             .summary = passed ? fmt::format("\"{}\" was answered yes", asked.wording) : sentence,
             .members = {{"answer", answer}},
             .checks = {{"answer", passed ? verdict::pass : verdict::fail, passed ? "" : sentence}}};
@@ -98,8 +95,8 @@ static outcome answered(const step &asked, const std::function<std::string()> &h
     const std::string unit = asked.unit.empty() ? "" : " in " + asked.unit;
     for (;;) {
         const std::string line = answer_to(fmt::format("{}: {}{}{}", heading(), asked.wording, unit, form.asked_for));
-        const ordered_json answer = form.read(line);
-        if (!answer.is_null())
+        const value answer = form.read(line);
+        if (!answer.is_empty())
             return question_outcome(asked, answer);
         common::say(fmt::format("found '{}', expected {}", common::printable(line), form.expected));
     }
@@ -112,10 +109,10 @@ outcome carry_out_by_hand(const step &asked, const std::function<std::string()> 
         return answered(asked, heading);
     if (asked.is == step_kind::pause) {
         wait(std::chrono::seconds(asked.pause_s), tick);
-        return {.judged = verdict::unjudged, .summary = fmt::format("waited for {} s", asked.pause_s)};
+        return {.verdict = verdict::unjudged, .summary = fmt::format("waited for {} s", asked.pause_s)};
     }
     answer_to(fmt::format("{}: {} Then press Enter:", heading(), asked.wording));
-    return {.judged = verdict::unjudged, .summary = "the operator has done it"};
+    return {.verdict = verdict::unjudged, .summary = "the operator has done it"};
 }
 
 } // namespace plan

@@ -26,7 +26,7 @@ void read_instruction(const std::string &file, const toml::table &table, const s
     const common::toml_reader reader(file, table, {"name", "instruct"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::instruction};
     read.wording = wording(reader, "instruct");
-    read.options["instruct"] = read.wording;
+    read.options.emplace_back("instruct", read.wording);
     into.steps.push_back(std::move(read));
 }
 
@@ -35,7 +35,8 @@ static answer_kind answer_to(const common::toml_reader &reader, const step &read
 {
     if (!reader.has("unit") && !reader.has("limits"))
         return answer_kind::yes_or_no;
-    const bool is_text = std::ranges::any_of(read.limits, [](const limit &asked) { return asked.equal.is_string(); });
+    const bool is_text =
+        std::ranges::any_of(read.limits, [](const value_limit &asked) { return asked.equal.is_text(); });
     return is_text ? answer_kind::text : answer_kind::number;
 }
 
@@ -44,16 +45,15 @@ void read_question(const std::string &file, const toml::table &table, const std:
     const common::toml_reader reader(file, table, {"name", "ask", "unit", "limits", "retries", "stop_on_fail"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::question};
     read.wording = wording(reader, "ask");
-    read.options["ask"] = read.wording;
+    read.options.emplace_back("ask", read.wording);
     read.unit = reader.text("unit").value_or("");
     if (!read.unit.empty())
-        read.options["unit"] = read.unit;
+        read.options.emplace_back("unit", read.unit);
     reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
     read.answer = answer_to(reader, read);
-    const nlohmann::ordered_json value =
-        read.answer == answer_kind::text ? nlohmann::ordered_json("") : nlohmann::ordered_json(0);
+    const common::value value = read.answer == answer_kind::text ? common::value("") : common::value(0);
     check_limits(reader, table, read, {.members = {{"value", value}}});
-    for (limit &asked : read.limits)
+    for (value_limit &asked : read.limits)
         asked.unit = asked.unit.empty() ? read.unit : asked.unit;
     read.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
     read.stop_on_fail = reader.flag("stop_on_fail", false);
@@ -65,7 +65,7 @@ void read_pause(const std::string &file, const toml::table &table, const std::st
     const common::toml_reader reader(file, table, {"name", "pause_s"});
     step read{.name = read_name(reader, "", prefix, into), .is = step_kind::pause};
     read.pause_s = *reader.number("pause_s", {1, longest_pause_s});
-    read.options["pause_s"] = std::to_string(read.pause_s);
+    read.options.emplace_back("pause_s", std::to_string(read.pause_s));
     into.steps.push_back(std::move(read));
 }
 

@@ -7,8 +7,8 @@
 #define PLAN_PLAN_H
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "station/requests/command.h"
@@ -16,10 +16,10 @@
 namespace plan
 {
 
-/* What a value of the reply may be; null where nothing is asked. */
-struct limit {
+/* What a value of the reply may be; a bound is empty where there is none. */
+struct value_limit {
     std::string value; /* a column of the ports, or a member of the whole reply */
-    nlohmann::json least, most, equal;
+    common::value least = {}, most = {}, equal = {};
     std::string unit = {}; /* of the value, where the plan knows it */
 };
 
@@ -42,8 +42,8 @@ struct step {
     answer_kind answer = answer_kind::yes_or_no;
     std::string unit = {}; /* of the answer */
     int64_t pause_s = 0;
-    nlohmann::ordered_json options = nlohmann::ordered_json::object(); /* as the plan gives them, in texts */
-    std::vector<limit> limits = {};
+    std::vector<std::pair<std::string, std::string>> options = {}; /* as the plan gives them, each name once */
+    std::vector<value_limit> limits = {};
     std::vector<uint32_t> covers = {}; /* the ports that have to be judged; empty: whichever the reply names */
     int64_t attempts = 1;
     bool stop_on_fail = false;

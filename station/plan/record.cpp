@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <random>
 
 #include "common/version.h"
@@ -18,8 +19,9 @@
 namespace plan
 {
 
+using common::check;
+using common::verdict;
 using nlohmann::ordered_json;
-using station::verdict;
 
 static std::string new_run_id()
 {
@@ -32,7 +34,7 @@ static ordered_json unit_of(const test_plan &plan, const std::string &serial)
     ordered_json hardware = {{{"hardwareInfoId", "unit"}, {"name", "unit"}, {"serialNumber", serial}}};
     for (const port_group &group : plan.panel)
         for (const uint32_t port : group.ports)
-            hardware.push_back({{"hardwareInfoId", front_port(port).hardware_id},
+            hardware.push_back({{"hardwareInfoId", front_port(port).id},
                                 {"name", fmt::format("port {}", port)},
                                 {"location", std::to_string(port)},
                                 {"partType", group.name}});
@@ -79,14 +81,20 @@ static bool judges_ports(const step &asked)
     if (asked.is != step_kind::request || asked.row->transfer)
         return false;
     const station::outcome seen = station::rehearse(*asked.row, asked.sent);
-    return !seen.columns.empty() && (seen.judged != verdict::unjudged || !asked.limits.empty());
+    return !seen.columns.empty() && (seen.verdict != verdict::unjudged || !asked.limits.empty());
 }
 
 std::string begin_attempt(journal::writer &journal, const step &asked, int64_t attempt)
 {
-    ordered_json content{
-        {"request", request_name(asked)}, {"options", asked.options},        {"attempt", attempt},
-        {"attempts", asked.attempts},     {"expected_s", expected_s(asked)}, {"judges_ports", judges_ports(asked)}};
+    ordered_json options = ordered_json::object();
+    for (const auto &[name, value] : asked.options)
+        options[name] = value;
+    ordered_json content{{"request", request_name(asked)},
+                         {"options", options},
+                         {"attempt", attempt},
+                         {"attempts", asked.attempts},
+                         {"expected_s", expected_s(asked)},
+                         {"judges_ports", judges_ports(asked)}};
     if (asked.timeout_s > 0)
         content["timeout_s"] = asked.timeout_s;
     if (!asked.covers.empty())
@@ -94,21 +102,20 @@ std::string begin_attempt(journal::writer &journal, const step &asked, int64_t a
     return journal.step_start(asked.name, content);
 }
 
-/* The limits of a value as its validators; null for a value without limits. */
-static ordered_json validators_of(const step &asked, std::string_view value)
+static std::vector<common::limit> limits_on(const step &asked, std::string_view value)
 {
-    ordered_json validators;
-    const auto add = [&](const char *name, const char *type, const nlohmann::json &bound) {
-        if (!bound.is_null())
-            validators.push_back({{"name", name}, {"type", type}, {"value", bound}});
+    std::vector<common::limit> limits;
+    const auto add = [&](const char *name, const char *type, const common::value &bound) {
+        if (!bound.is_empty())
+            limits.push_back({type, bound, name});
     };
-    for (const limit &limited : asked.limits)
+    for (const value_limit &limited : asked.limits)
         if (limited.value == value) {
             add("min", "GREATER_THAN_OR_EQUAL", limited.least);
             add("max", "LESS_THAN_OR_EQUAL", limited.most);
             add("equal", "EQUAL", limited.equal);
         }
-    return validators;
+    return limits;
 }
 
 /* Of values whose unit is the same on every switch; others have a host's own, which the plan may know. */
@@ -120,63 +127,52 @@ constexpr known_unit known_units[] = {
 
 static std::string unit_of_value(const step &asked, std::string_view value)
 {
-    const auto limited = std::ranges::find(asked.limits, value, &limit::value);
+    const auto limited = std::ranges::find(asked.limits, value, &value_limit::value);
     if (limited != asked.limits.end() && !limited->unit.empty())
         return limited->unit;
     const auto *known = std::ranges::find(known_units, value, &known_unit::value);
     return known != std::end(known_units) ? std::string(known->unit) : value == "value" ? asked.unit : "";
 }
 
+static check measurement(const step &asked, const std::string &name, const common::value &value, common::place where)
+{
+    return {.name = name,
+            .where = std::move(where),
+            .value = value,
+            .unit = unit_of_value(asked, name),
+            .limits = limits_on(asked, name)};
+}
+
 static void write_values(journal::writer &journal, const std::string &id, const test_plan &plan, const step &asked,
                          const station::outcome &unit)
 {
     for (const auto &[name, value] : unit_values(unit))
-        journal.measurement(id, name, value, whole_unit(), validators_of(asked, name), unit_of_value(asked, name));
+        journal.measurement(id, measurement(asked, name, value, common::whole_unit()));
     for (const station::port_outcome &row : unit.ports)
         for (size_t i = 0; i < unit.columns.size(); i++)
-            journal.measurement(id, unit.columns[i].member, row.cells[i].value, subject_of(plan, unit, row),
-                                validators_of(asked, unit.columns[i].member),
-                                unit_of_value(asked, unit.columns[i].member));
+            journal.measurement(
+                id, measurement(asked, unit.columns[i].member, row.cells[i].value, place_of(plan, unit, row)));
 }
 
-static const char *suffix_of(verdict judged)
+static void write_check(journal::writer &journal, const std::string &id, check shown, bool tried_again)
 {
-    switch (judged) {
-    case verdict::pass:
-        return "pass";
-    case verdict::fail:
-        return "fail";
-    case verdict::untested:
-        return "not-tested";
-    case verdict::none:
-    case verdict::unjudged:
-        break;
-    }
-    return "unknown";
-}
-
-static void write_check(journal::writer &journal, const std::string &id, const judged_check &made, bool tried_again)
-{
-    const bool retried = tried_again && made.judged == verdict::fail;
-    const journal::finding type = made.judged == verdict::pass               ? journal::finding::pass
-                                  : made.judged == verdict::fail && !retried ? journal::finding::fail
-                                                                             : journal::finding::unknown;
-    journal.diagnosis(id, fmt::format("{}-{}{}", made.name, suffix_of(made.judged), retried ? "-retried" : ""), type,
-                      made.sentence, made.about);
+    if (tried_again && shown.verdict == verdict::fail)
+        shown.verdict = verdict::retried;
+    journal.diagnosis(id, shown);
 }
 
 void end_attempt(journal::writer &journal, const std::string &id, const test_plan &plan, const step &asked,
                  const station::outcome &unit, const judgement &result, bool tried_again)
 {
     write_values(journal, id, plan, asked, unit);
-    if (result.judged == verdict::none) {
+    if (result.verdict == verdict::no_verdict) {
         journal.error(id, "no-verdict", result.summary);
         journal.step_end(id, journal::step_status::error);
         return;
     }
-    for (const judged_check &made : result.checks)
-        write_check(journal, id, made, tried_again);
-    write_check(journal, id, {"step", result.judged, result.summary, whole_unit()}, tried_again);
+    for (const check &one : result.checks)
+        write_check(journal, id, one, tried_again);
+    write_check(journal, id, {"step", result.verdict, result.summary, common::whole_unit()}, tried_again);
     journal.step_end(id, journal::step_status::complete);
 }
 

@@ -5,7 +5,10 @@
 #ifndef PLAN_RECORD_H
 #define PLAN_RECORD_H
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "judgement.h"
+#include "station/journal/journal.h"
 
 namespace plan
 {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "common/error_json.h"
@@ -195,7 +196,7 @@ static exit_code run_steps(const test_plan &plan, steps_view steps, const order 
     } catch (const std::exception &error) {
         if (!given.json)
             print("RESULTS NOT SAVED  nothing can be said about this unit: run the plan again\n");
-        return fail(given, exit_code::not_saved, error.what(), word_of(station::verdict::none));
+        return fail(given, exit_code::not_saved, error.what(), word_of(common::verdict::no_verdict));
     }
 }
 
@@ -205,7 +206,7 @@ exit_code run_plan(const order &given)
     const std::vector<const step *> steps = select(plan, given);
     if (steps.empty())
         return fail(given, exit_code::nothing_run, "nothing was run: --only and --skip leave no step",
-                    word_of(station::verdict::unjudged));
+                    word_of(common::verdict::unjudged));
     if (given.dry_run) {
         print(given.json ? list_steps_json(plan, steps) : list_steps(plan, steps));
         return exit_code::passed;

@@ -7,14 +7,13 @@
 #include <fmt/format.h>
 
 #include "manual.h"
-#include "station/journal/verdict.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
 
 namespace plan
 {
 
-using station::verdict;
+using common::verdict;
 
 runner::runner(const test_plan &plan, std::span<const step *const> steps, const run_settings &settings,
                journal::writer &journal, console &shown)
@@ -58,12 +57,12 @@ void runner::give_up(const std::string &id, const station::no_reply &why)
         interrupted();
         journal_.log(id, sentence);
         journal_.step_end(id, journal::step_status::skip);
-        return console_.end(word_of(journal::verdict::not_run), sentence);
+        return console_.end(verdict::not_run, sentence);
     }
     error_ = true;
     journal_.error(id, symptom, sentence);
     journal_.step_end(id, journal::step_status::error);
-    console_.end(station::word_of(verdict::none), sentence);
+    console_.end(verdict::no_verdict, sentence);
     if (symptom == "input-ended")
         over_ = "the input ended, so nobody answers any longer";
     else if (symptom != "no-verdict")
@@ -73,16 +72,16 @@ void runner::give_up(const std::string &id, const station::no_reply &why)
 verdict runner::conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit)
 {
     const judgement result = judge(plan_, asked, unit);
-    const bool failed = result.judged == verdict::fail;
+    const bool failed = result.verdict == verdict::fail;
     again_ = failed && attempt < asked.attempts && !interrupted();
     end_attempt(journal_, id, plan_, asked, unit, result, again_);
-    const bool error = result.judged == verdict::none;
+    const bool error = result.verdict == verdict::no_verdict;
     error_ = error_ || error;
-    judged_ = judged_ || (failed && !again_) || result.judged == verdict::pass;
+    judged_ = judged_ || (failed && !again_) || result.verdict == verdict::pass;
     failed_ = failed_ || (failed && !again_);
-    console_.end(again_ ? word_of(journal::verdict::retried) : station::word_of(result.judged),
+    console_.end(again_ ? verdict::retried : result.verdict,
                  error || (failed && result.checks.empty()) ? result.summary : "", result.checks);
-    return result.judged;
+    return result.verdict;
 }
 
 void runner::show_working(const std::string &id, const step &asked, const std::string &done)
@@ -122,7 +121,7 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
     } catch (const std::exception &error) {
         give_up(id, {station::exit_code::no_verdict, "no-verdict", error.what()});
     }
-    return unit ? conclude(id, asked, attempt, *unit) : verdict::none;
+    return unit ? conclude(id, asked, attempt, *unit) : verdict::no_verdict;
 }
 
 /* Only a failure is tried again: of everything else a second attempt would say no more. */
@@ -130,15 +129,15 @@ void runner::run_step(size_t number)
 {
     const step &asked = *steps_[number];
     int64_t attempt = 1;
-    verdict judged = run_attempt(number, attempt);
+    verdict last = run_attempt(number, attempt);
     while (again_ && !interrupted())
-        judged = run_attempt(number, ++attempt);
+        last = run_attempt(number, ++attempt);
     if (again_)
         return skip(number, attempt + 1);
-    const bool wrong = judged == verdict::fail || judged == verdict::none;
+    const bool wrong = last == verdict::fail || last == verdict::no_verdict;
     if (wrong && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
         over_ = fmt::format("step {} {}, and the run stops there", asked.name,
-                            judged == verdict::fail ? "failed" : "had no verdict");
+                            last == verdict::fail ? "failed" : "had no verdict");
 }
 
 run_end runner::run()

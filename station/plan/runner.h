@@ -34,8 +34,8 @@ class runner
 
   private:
     void run_step(size_t number);
-    station::verdict run_attempt(size_t number, int64_t attempt);
-    station::verdict conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit);
+    common::verdict run_attempt(size_t number, int64_t attempt);
+    common::verdict conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit);
     void give_up(const std::string &id, const station::no_reply &why);
     void show_working(const std::string &id, const step &asked, const std::string &done);
     void show_waiting(const std::string &id);

@@ -82,7 +82,7 @@ static void set_option(const common::toml_reader &reader, const option &field, c
     } catch (const station::usage_error &error) {
         reader.fail_at(node, error.what());
     }
-    into.options[name] = node.is_boolean() ? "true" : *value;
+    into.options.emplace_back(name, node.is_boolean() ? "true" : *value);
 }
 
 static void read_options(const std::string &file, const toml::table &table, step &into)
@@ -99,9 +99,11 @@ static void read_options(const std::string &file, const toml::table &table, step
 /* What is wrong only when all options are seen together. Returns an outcome with the values that a reply has. */
 static station::outcome check_options(const common::toml_reader &reader, step &into)
 {
+    const auto has = [&](const std::string &name) {
+        return std::ranges::find(into.options, name, &std::pair<std::string, std::string>::first) != into.options.end();
+    };
     for (const option &field : into.row->options)
-        if (*field.name != '-' && field.values == arity::one &&
-            !into.options.contains(station::member_name(field.name)))
+        if (*field.name != '-' && field.values == arity::one && !has(station::member_name(field.name)))
             reader.fail("options", fmt::format("{}: expected exactly one value, allowed: {}", field.name,
                                                station::allowed_values(field)));
     try {

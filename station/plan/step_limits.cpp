@@ -17,13 +17,14 @@
 namespace plan
 {
 
-static nlohmann::json limit_value(const toml::node &node)
+/* Empty for what is neither a finite number nor a text. */
+static common::value bound_from(const toml::node &node)
 {
     if (const auto *number = node.as_integer())
         return number->get();
-    if (const auto *number = node.as_floating_point())
-        return std::isfinite(number->get()) ? nlohmann::json(number->get()) : nlohmann::json();
-    return node.is_string() ? nlohmann::json(node.as_string()->get()) : nlohmann::json();
+    if (const auto *number = node.as_floating_point(); number != nullptr && std::isfinite(number->get()))
+        return number->get();
+    return node.is_string() ? common::value(node.as_string()->get()) : common::value();
 }
 
 /* Bytes are shown in small letters. */
@@ -33,24 +34,23 @@ static std::string lower_case(std::string text)
     return text;
 }
 
-static limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
+static value_limit read_limit(const std::string &file, const std::string &value, const toml::table &table)
 {
     const common::toml_reader reader(file, table, {"min", "max", "equal", "unit"});
-    limit asked{value, {}, {}, {}};
-    asked.unit = reader.text("unit").value_or("");
+    value_limit asked{.value = value, .unit = reader.text("unit").value_or("")};
     for (const auto &[key, into] : {std::pair{"min", &asked.least}, {"max", &asked.most}, {"equal", &asked.equal}})
         if (const toml::node *node = table.get(key)) {
-            *into = limit_value(*node);
+            *into = bound_from(*node);
             const bool ordered = into != &asked.equal;
-            if (into->is_null() || (ordered && !into->is_number()))
+            if (into->is_empty() || (ordered && !into->is_number()))
                 reader.fail(key, fmt::format("{} is {}, expected a number{}", key, common::shown(*node),
                                              ordered ? "" : " or a text"));
         }
-    if (!asked.least.is_null() && !asked.most.is_null() && asked.least > asked.most)
+    if (!asked.least.is_empty() && !asked.most.is_empty() && asked.least > asked.most)
         reader.fail("max", "max is below min, expected no less");
-    if (asked.equal.is_string() && value.ends_with("_hex"))
-        asked.equal = lower_case(asked.equal.get<std::string>());
-    if (asked.least.is_null() && asked.most.is_null() && asked.equal.is_null())
+    if (asked.equal.is_text() && value.ends_with("_hex"))
+        asked.equal = lower_case(asked.equal.text());
+    if (asked.least.is_empty() && asked.most.is_empty() && asked.equal.is_empty())
         reader.fail(value, fmt::format("{} has no limit, expected min, max or equal", value));
     return asked;
 }
@@ -77,26 +77,26 @@ template <class Limit> static auto *bound_of(Limit &asked, const station::option
 }
 
 /* A bound as the value of an option, which counts in whole numbers; nothing when the option takes no such number. */
-static std::optional<std::string> option_value(const station::option &field, const nlohmann::json &bound)
+static std::optional<std::string> option_value(const station::option &field, const common::value &bound)
 {
     if (!bound.is_number())
         return std::nullopt;
-    const auto exact = bound.get<double>();
+    const double exact = bound.number();
     const double whole = field.least_value ? std::ceil(exact) : std::floor(exact);
     if (whole < static_cast<double>(field.least) || whole > static_cast<double>(field.most))
         return std::nullopt;
     return std::to_string(static_cast<int64_t>(whole));
 }
 
-limit left_to_the_plan(const step &of, limit asked)
+value_limit left_to_the_plan(const step &of, value_limit asked)
 {
     if (of.row == nullptr) /* a question: the plan judges the answer */
         return asked;
     for (const station::option &field : of.row->options)
-        if (nlohmann::json *bound = bound_of(asked, field);
-            bound != nullptr && !bound->is_null() &&
+        if (common::value *bound = bound_of(asked, field);
+            bound != nullptr && !bound->is_empty() &&
             station::own_value(of.sent, field.name) == option_value(field, *bound))
-            *bound = nullptr;
+            *bound = {};
     return asked;
 }
 
@@ -109,8 +109,8 @@ static void open_limit(const station::option &field, step &into)
 void adopt_limits(step &into)
 {
     for (const station::option &field : into.row->options)
-        for (const limit &asked : into.limits) {
-            const nlohmann::json *bound = bound_of(asked, field);
+        for (const value_limit &asked : into.limits) {
+            const common::value *bound = bound_of(asked, field);
             if (bound == nullptr || station::own_value(into.sent, field.name))
                 continue;
             if (const auto adopted = option_value(field, *bound))
@@ -123,20 +123,20 @@ void adopt_limits(step &into)
 void check_limits(const common::toml_reader &reader, const toml::table &step_table, const step &read,
                   const station::outcome &seen)
 {
-    std::vector<std::pair<std::string, nlohmann::ordered_json>> values = unit_values(seen);
+    std::vector<std::pair<std::string, common::value>> values = unit_values(seen);
     for (const station::column &column : seen.columns)
         values.emplace_back(column.member, 0);
     std::vector<std::string_view> names(values.size());
     std::ranges::transform(values, names.begin(), [](const auto &entry) { return std::string_view(entry.first); });
-    for (const limit &asked : read.limits) {
+    for (const value_limit &asked : read.limits) {
         const toml::node &node = *step_table["limits"][asked.value].node();
         const auto known = std::ranges::find(names, asked.value);
         if (known == names.end())
             reader.fail_at(node, fmt::format("unknown value {} of {}{}", asked.value, request_name(read),
                                              common::expected_one_of(asked.value, names)));
-        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_string();
-        const bool fits = is_text ? asked.equal.is_string() && asked.least.is_null() && asked.most.is_null()
-                                  : asked.equal.is_null() || asked.equal.is_number();
+        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_text();
+        const bool fits = is_text ? asked.equal.is_text() && asked.least.is_empty() && asked.most.is_empty()
+                                  : asked.equal.is_empty() || asked.equal.is_number();
         if (!fits)
             reader.fail_at(node, fmt::format("{} is a {}", asked.value,
                                              is_text ? "text, expected equal = \"…\"" : "number, expected numbers"));

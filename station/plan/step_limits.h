@@ -19,7 +19,7 @@ void read_limits(const std::string &file, const toml::table &table, step &into);
 void adopt_limits(step &into);
 
 /* A limit of the step without the bounds that the station judges by its options: one fact is to fail once. */
-limit left_to_the_plan(const step &of, limit asked);
+value_limit left_to_the_plan(const step &of, value_limit asked);
 
 /* Refuses limits on values that the reply does not have, or that are of another kind. step_table is that of the whole
  * step; seen has the values of a reply. */

@@ -13,7 +13,7 @@ namespace plan
 {
 
 /* A name and a number, text or truth each: groups have their name in front of their members', lists are one text. */
-std::vector<std::pair<std::string, nlohmann::ordered_json>> unit_values(const station::outcome &unit);
+std::vector<std::pair<std::string, common::value>> unit_values(const station::outcome &unit);
 
 } // namespace plan
 

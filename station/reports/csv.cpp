@@ -47,24 +47,25 @@ static std::string row_text(const std::vector<std::string> &fields)
 }
 
 static std::string observation_row(const journal::run_record &run, const journal::attempt &tried,
-                                   const journal::observation &made)
+                                   const common::check &made)
 {
-    const bool is_diagnosis = made.is == journal::observation::kind::diagnosis;
+    const bool is_diagnosis = !is_measurement(made);
     return row_text({disarmed(run.serial), disarmed(run.run_id), disarmed(tried.step), std::to_string(tried.number),
                      disarmed(made.where.port > 0 ? std::to_string(made.where.port) : made.where.name),
                      is_diagnosis ? "diagnosis" : "measurement", disarmed(made.name),
-                     made.is_number ? made.value : disarmed(made.value), disarmed(made.unit),
-                     disarmed(limits_text(made.limits)), is_diagnosis ? word_of(made.judged) : "",
-                     disarmed(made.message), made.time.text});
+                     made.value.is_number() ? made.value.text() : disarmed(made.value.text()), disarmed(made.unit),
+                     disarmed(limits_text(made.limits)), is_diagnosis ? word_of(made.verdict) : "",
+                     disarmed(made.sentence), made.time});
 }
 
 /* The judgement on the step as a whole, in the form of its checks. */
-static journal::observation whole_of(const journal::attempt &tried)
+static common::check whole_of(const journal::attempt &tried)
 {
-    journal::observation made{journal::observation::kind::diagnosis, "step", {"unit", "unit"}, tried.end};
-    made.judged = tried.judged;
-    made.message = tried.summary;
-    return made;
+    return {.name = "step",
+            .verdict = tried.verdict,
+            .sentence = tried.summary,
+            .where = common::whole_unit(),
+            .time = tried.end.text};
 }
 
 std::string csv_text(const journal::run_record &run)
@@ -72,7 +73,7 @@ std::string csv_text(const journal::run_record &run)
     std::string text = row_text({"serial", "run_id", "step", "attempt", "port", "kind", "name", "value", "unit",
                                  "limits", "verdict", "message", "time"});
     for (const journal::attempt &tried : run.attempts) {
-        for (const journal::observation &made : tried.checks)
+        for (const common::check &made : tried.checks)
             text += observation_row(run, tried, made);
         text += observation_row(run, tried, whole_of(tried));
     }

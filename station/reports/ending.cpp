@@ -14,9 +14,9 @@ namespace reports
 {
 
 using common::exit_code;
+using common::run_result;
+using common::verdict;
 using journal::attempt;
-using journal::run_result;
-using journal::verdict;
 
 /* That of SIGINT when the journal does not say which signal it was. */
 static exit_code interruption_code(const journal::run_record &run)
@@ -52,7 +52,7 @@ exit_code exit_code_of(const journal::run_record &run)
 static std::string omission_text(const journal::run_record &run)
 {
     const auto is_first = [](const attempt &tried) { return tried.number == 1; };
-    const auto is_run = [&](const attempt &tried) { return is_first(tried) && tried.judged != verdict::not_run; };
+    const auto is_run = [&](const attempt &tried) { return is_first(tried) && tried.verdict != verdict::not_run; };
     const auto steps = std::ranges::count_if(run.attempts, is_first),
                done = std::ranges::count_if(run.attempts, is_run);
     if (done == steps)
@@ -81,9 +81,9 @@ bool is_whole_plan(const journal::run_record &run)
 static std::string step_counts(const journal::run_record &run)
 {
     const auto steps = static_cast<size_t>(std::ranges::count_if(run.attempts, &attempt::is_last));
-    const auto count = [&](verdict judged) {
+    const auto count = [&](verdict of) {
         return static_cast<size_t>(std::ranges::count_if(
-            run.attempts, [&](const attempt &tried) { return tried.is_last && tried.judged == judged; }));
+            run.attempts, [&](const attempt &tried) { return tried.is_last && tried.verdict == of; }));
     };
     const size_t passed = count(verdict::pass);
     if (steps == 0)
@@ -92,9 +92,9 @@ static std::string step_counts(const journal::run_record &run)
         return std::ranges::any_of(run.attempts, journal::passed_by_retry) ? "after steps were tried again"
                                                                            : "every step passed";
     std::string text = fmt::format("{} of {} passed", passed, counted(steps, "step"));
-    for (const verdict judged : {verdict::not_run, verdict::not_tested, verdict::unjudged, verdict::retried})
-        if (const size_t others = count(judged); others > 0)
-            text += fmt::format(", {} {}", others, word_of(judged));
+    for (const verdict other : {verdict::not_run, verdict::not_tested, verdict::unjudged, verdict::retried})
+        if (const size_t others = count(other); others > 0)
+            text += fmt::format(", {} {}", others, word_of(other));
     return text;
 }
 

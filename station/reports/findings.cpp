@@ -12,22 +12,28 @@
 namespace reports
 {
 
-using journal::verdict;
+using common::verdict;
 
-static std::string sentence_or(const std::string &sentence, const char *otherwise)
+static finding finding_of(const std::string &step, common::check what)
 {
-    return sentence.empty() ? otherwise : sentence;
+    if (what.sentence.empty())
+        what.sentence = no_reason;
+    return {step, std::move(what)};
+}
+
+static bool is_same(const finding &one, const finding &other)
+{
+    return one.step == other.step && one.check.name == other.check.name && one.check.where.id == other.check.where.id;
 }
 
 /* A port that is tested in two ways may fail twice in the same words. */
-static void add_once(std::vector<finding> &failures, const finding &found)
+static void add_once(std::vector<finding> &findings, finding added)
 {
-    const auto told = [&](const finding &one) {
-        return one.where.id == found.where.id && one.step == found.step && one.check == found.check &&
-               one.sentence == found.sentence;
+    const auto says_it = [&](const finding &one) {
+        return is_same(one, added) && one.check.sentence == added.check.sentence;
     };
-    if (std::ranges::none_of(failures, told))
-        failures.push_back(found);
+    if (std::ranges::none_of(findings, says_it))
+        findings.push_back(std::move(added));
 }
 
 std::vector<finding> failures_of(const journal::run_record &run)
@@ -35,13 +41,13 @@ std::vector<finding> failures_of(const journal::run_record &run)
     std::vector<finding> failures;
     for (const journal::attempt &tried : run.attempts) {
         const size_t before = failures.size();
-        for (const journal::observation &made : tried.checks)
-            if (made.judged == verdict::fail)
-                add_once(failures, {made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
-        if (tried.judged == verdict::fail && failures.size() == before)
-            failures.push_back({{"unit", "unit"}, tried.step, "step", sentence_or(tried.summary, no_reason)});
+        for (const common::check &one : tried.checks)
+            if (one.verdict == verdict::fail)
+                add_once(failures, finding_of(tried.step, one));
+        if (tried.verdict == verdict::fail && failures.size() == before)
+            failures.push_back(finding_of(tried.step, {"step", verdict::fail, tried.summary, common::whole_unit()}));
     }
-    std::ranges::stable_sort(failures, {}, [](const finding &one) { return one.where.port; });
+    std::ranges::stable_sort(failures, {}, [](const finding &one) { return one.check.where.port; });
     return failures;
 }
 
@@ -50,19 +56,19 @@ std::vector<finding> repaired_in(const journal::run_record &run)
     std::vector<finding> repaired;
     const std::vector<finding> failures = failures_of(run);
     for (const journal::attempt &tried : run.attempts)
-        for (const journal::observation &made : tried.checks) {
-            const bool failed_again = std::ranges::any_of(failures, [&](const finding &one) {
-                return one.where.id == made.where.id && one.step == tried.step && one.check == made.name;
-            });
-            if (made.judged == verdict::retried && !failed_again)
-                add_once(repaired, {made.where, tried.step, made.name, sentence_or(made.message, no_reason)});
+        for (const common::check &one : tried.checks) {
+            const finding first = finding_of(tried.step, one);
+            const bool failed_again =
+                std::ranges::any_of(failures, [&](const finding &later) { return is_same(later, first); });
+            if (one.verdict == verdict::retried && !failed_again)
+                add_once(repaired, first);
         }
     return repaired;
 }
 
 static finding fault_of(const std::string &step, const journal::fault &wrong)
 {
-    return {{}, step, wrong.symptom, sentence_or(wrong.message, no_reason)};
+    return finding_of(step, {wrong.symptom, verdict::no_verdict, wrong.message});
 }
 
 std::vector<finding> faults_of(const journal::run_record &run)
@@ -73,11 +79,11 @@ std::vector<finding> faults_of(const journal::run_record &run)
     for (const journal::attempt &tried : run.attempts) {
         for (const journal::fault &wrong : tried.errors)
             faults.push_back(fault_of(tried.step, wrong));
-        if (tried.errors.empty() && tried.judged == verdict::no_verdict)
+        if (tried.errors.empty() && tried.verdict == verdict::no_verdict)
             faults.push_back(fault_of(tried.step, {"no-verdict", tried.summary}));
     }
-    if (run.result == journal::run_result::incomplete)
-        faults.push_back({{}, "", "incomplete", no_end});
+    if (run.result == common::run_result::incomplete)
+        faults.push_back(fault_of("", {"incomplete", no_end}));
     return faults;
 }
 
@@ -100,26 +106,26 @@ constexpr sign signs[] = {{"EQUAL", "exactly"},       {"NOT_EQUAL", "not"},
                           {"REGEX_MATCH", "matches"}, {"REGEX_NO_MATCH", "does not match"},
                           {"IN_SET", "in"},           {"NOT_IN_SET", "not in"}};
 
-static std::string limits_text(const std::vector<journal::limit> &limits, const std::string &unit)
+static std::string limits_text(const std::vector<common::limit> &limits, const std::string &unit)
 {
     std::string text;
-    for (const journal::limit &one : limits) {
+    for (const common::limit &one : limits) {
         const auto *known = std::ranges::find_if(signs, [&](const sign &shown) { return one.type == shown.type; });
         text += text.empty() ? "" : ", ";
-        text +=
-            (known != std::end(signs) ? known->text : one.type) + " " + one.value + (unit.empty() ? "" : " " + unit);
+        text += (known != std::end(signs) ? known->text : one.type) + " " + one.value.text() +
+                (unit.empty() ? "" : " " + unit);
     }
     return text;
 }
 
-std::string limits_text(const std::vector<journal::limit> &limits)
+std::string limits_text(const std::vector<common::limit> &limits)
 {
     return limits_text(limits, "");
 }
 
-std::string limits_with_unit(const journal::observation &made)
+std::string limits_with_unit(const common::check &made)
 {
-    return limits_text(made.limits, made.is_number ? made.unit : "");
+    return limits_text(made.limits, made.value.is_number() ? made.unit : "");
 }
 
 } // namespace reports

@@ -20,10 +20,10 @@ constexpr const char *no_end = "The journal has no end: the run was cut off. It 
 constexpr const char *unexplained_failure = "The run failed, but its journal does not say why.";
 constexpr const char *no_reason = "No reason is given.";
 
-/* A sentence about a port or the unit, or about the station when it names no check. */
+/* A failure of the unit, or a fault of the station, whose symptom is then the check's name; and the step, if any. */
 struct finding {
-    journal::place where;
-    std::string step, check, sentence;
+    std::string step;
+    common::check check;
 };
 
 /* What makes the unit fail, port by port. A step as a whole appears only when none of its checks says why. */
@@ -38,8 +38,8 @@ std::string duration_text(std::optional<double> seconds);
 /* "2026-11-23 08:15:02 UTC"; what the journal says when that is no time. */
 std::string time_text(const journal::moment &time);
 /* "<= 5, > 0": the limits of a measurement; empty when it has none. With the unit of its numbers: "<= 57 V". */
-std::string limits_text(const std::vector<journal::limit> &limits);
-std::string limits_with_unit(const journal::observation &made);
+std::string limits_text(const std::vector<common::limit> &limits);
+std::string limits_with_unit(const common::check &made);
 using common::counted;
 
 } // namespace reports

@@ -16,8 +16,8 @@
 namespace reports
 {
 
+using common::run_result;
 using journal::run_record;
-using journal::run_result;
 
 /* What is kept of a run; a whole record of each would be much. */
 struct past_run {
@@ -74,15 +74,16 @@ static void add_failures(failure_maps &maps, const run_record &run, const std::s
                          const std::vector<finding> &failures)
 {
     for (const finding &one : failures) {
-        failed_check &check = maps.by_check[{one.step, one.check}];
+        const common::place &where = one.check.where;
+        failed_check &check = maps.by_check[{one.step, one.check.name}];
         check.failed.add(run, folder);
         if (check.example.empty())
-            check.example = (one.where.port > 0 ? one.where.name + ": " : "") + one.sentence;
-        if (one.where.port == 0)
+            check.example = (where.port > 0 ? where.name + ": " : "") + one.check.sentence;
+        if (where.port == 0)
             continue;
-        failed_port &port = maps.by_port[{one.where.port, one.where.name}];
+        failed_port &port = maps.by_port[{where.port, where.name}];
         port.failed.add(run, folder);
-        port.checks[one.check].add(run, folder);
+        port.checks[one.check.name].add(run, folder);
     }
 }
 

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/verdict.h"
 #include "common/wrap.h"
-#include "station/journal/verdict.h"
 
 namespace reports
 {
@@ -48,7 +48,7 @@ struct failing_port {
 
 struct listed_run {
     std::string folder, started, serial, plan, product, station;
-    journal::run_result result;
+    common::run_result result;
     bool partial;
     std::optional<double> seconds;
     size_t failures; /* checks */
@@ -59,16 +59,16 @@ struct listed_run {
  * nothing about the unit. Partial runs only count as runs: a unit that was tried at one step has not passed the plan.
  */
 struct history {
-    std::vector<listed_run> listed = {};                     /* as the folders sort */
-    size_t units = 0;                                        /* serial numbers */
-    std::array<size_t, journal::run_results> by_result = {}; /* indexed by journal::run_result */
-    size_t partial = 0;                                      /* runs */
-    size_t judged_units = 0;                                 /* with a run that came to a verdict */
-    size_t passed_first = 0;                                 /* whose first such run passed */
-    size_t passed_first_by_retry = 0;                        /* of these, only because a step was tried again */
-    size_t passed_last = 0;                                  /* whose last such run passed */
-    std::vector<failure_reason> reasons = {};                /* the most frequent first */
-    std::vector<failing_port> ports = {};                    /* the most frequent first */
+    std::vector<listed_run> listed = {};                    /* as the folders sort */
+    size_t units = 0;                                       /* serial numbers */
+    std::array<size_t, common::run_results> by_result = {}; /* indexed by common::run_result */
+    size_t partial = 0;                                     /* runs */
+    size_t judged_units = 0;                                /* with a run that came to a verdict */
+    size_t passed_first = 0;                                /* whose first such run passed */
+    size_t passed_first_by_retry = 0;                       /* of these, only because a step was tried again */
+    size_t passed_last = 0;                                 /* whose last such run passed */
+    std::vector<failure_reason> reasons = {};               /* the most frequent first */
+    std::vector<failing_port> ports = {};                   /* the most frequent first */
     std::vector<double> seconds = {};      /* of whole runs that ended PASS or FAIL, in ascending order */
     std::vector<std::string> skipped = {}; /* folders that hold no readable run */
 };

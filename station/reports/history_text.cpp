@@ -34,7 +34,7 @@ static std::string results_text(const history &runs)
     for (size_t i = 0; i < runs.by_result.size(); i++)
         if (runs.by_result[i] > 0)
             text += fmt::format("{}{} {}", text.empty() ? "" : ", ", runs.by_result[i],
-                                word_of(static_cast<journal::run_result>(i)));
+                                word_of(static_cast<common::run_result>(i)));
     return text;
 }
 
@@ -163,7 +163,7 @@ std::string history_json(const history &runs)
 {
     ordered_json object{{"runs", runs.listed.size()}, {"units", runs.units}, {"partial", runs.partial}};
     for (size_t i = 0; i < runs.by_result.size(); i++)
-        object["results"][word_of(static_cast<journal::run_result>(i))] = runs.by_result[i];
+        object["results"][word_of(static_cast<common::run_result>(i))] = runs.by_result[i];
     if (runs.judged_units > 0) {
         object["first_pass"] = yield_json(runs.passed_first, runs.judged_units);
         object["first_pass"]["by_retry"] = runs.passed_first_by_retry;

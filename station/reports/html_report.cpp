@@ -15,8 +15,10 @@ namespace reports
 
 static data finding_data(const finding &one)
 {
-    return object(
-        {{"where", one.where.name}, {"step", or_dash(one.step)}, {"check", one.check}, {"sentence", one.sentence}});
+    return object({{"where", one.check.where.name},
+                   {"step", or_dash(one.step)},
+                   {"check", one.check.name},
+                   {"sentence", one.check.sentence}});
 }
 
 static data facts(const journal::run_record &run)
@@ -27,7 +29,7 @@ static data facts(const journal::run_record &run)
         {"Station", run.station},
         {"Operator", run.operator_name},
         {"Started", time_text(run.start)},
-        {run.result == journal::run_result::incomplete ? "Last heard of" : "Finished", time_text(run.end)},
+        {run.result == common::run_result::incomplete ? "Last heard of" : "Finished", time_text(run.end)},
         {"Took", duration_text(seconds_between(run.start, run.end))},
         {"Run", run.run_id}};
     return list(named, [](const auto &fact) {

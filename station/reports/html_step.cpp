@@ -12,21 +12,21 @@
 namespace reports
 {
 
-using journal::observation;
-using journal::verdict;
+using common::check;
+using common::verdict;
 
-static std::string value_text(const observation &made, bool with_limits)
+static std::string value_text(const check &made, bool with_limits)
 {
     const std::string limits = with_limits ? limits_with_unit(made) : "";
-    return made.value + (made.unit.empty() ? "" : " " + made.unit) + (limits.empty() ? "" : " (" + limits + ")");
+    return made.value.text() + (made.unit.empty() ? "" : " " + made.unit) + (limits.empty() ? "" : " (" + limits + ")");
 }
 
-static data cell_data(const observation *made, const table_column &column)
+static data cell_data(const check *made, const table_column &column)
 {
     members cell{{"label", column.name}, {"is_value", !column.is_check}, {"said", "none"}, {"shown", "–"}};
     if (made != nullptr && column.is_check) {
-        cell.emplace_back("said", style_of(made->judged));
-        cell.emplace_back("shown", word_of(made->judged));
+        cell.emplace_back("said", style_of(made->verdict));
+        cell.emplace_back("shown", word_of(made->verdict));
     } else if (made != nullptr) {
         cell.emplace_back("shown", value_text(*made, column.limits.empty()));
     }
@@ -39,10 +39,10 @@ static data row_data(const table_row &row, const std::vector<table_column> &colu
     for (size_t i = 0; i < columns.size(); i++)
         cells.push_back(cell_data(row.cells[i], columns[i]));
     return object({{"where", row.where.name},
-                   {"bad", is_bad(row.judged)},
-                   {"has_verdict", row.judged != verdict::none},
-                   {"style", style_of(row.judged)},
-                   {"word", word_of(row.judged)},
+                   {"bad", is_bad(row.verdict)},
+                   {"has_verdict", row.verdict != verdict::none},
+                   {"style", style_of(row.verdict)},
+                   {"word", word_of(row.verdict)},
                    {"cells", cells},
                    {"has_reason", !row.reason.empty()},
                    {"reason", row.reason},
@@ -58,22 +58,22 @@ static data column_data(const table_column &column)
 }
 
 /* What is told of the whole unit. Beside a step that failed no check stands as passed. */
-static std::vector<const observation *> unit_line(const journal::attempt &tried, const step_table &table)
+static std::vector<const check *> unit_line(const journal::attempt &tried, const step_table &table)
 {
-    std::vector<const observation *> shown = table.unit;
-    if (tried.judged == verdict::fail)
-        std::erase_if(shown, [](const observation *made) { return made->judged == verdict::pass; });
+    std::vector<const check *> shown = table.unit;
+    if (tried.verdict == verdict::fail)
+        std::erase_if(shown, [](const check *made) { return made->verdict == verdict::pass; });
     return shown;
 }
 
 /* "coverage PASS", "running_version 3 (>= 1)". */
-static data unit_data(const observation *made)
+static data unit_data(const check *made)
 {
-    const bool is_check = made->is == observation::kind::diagnosis;
+    const bool is_check = !is_measurement(*made);
     return object({{"name", made->name},
-                   {"said", is_check ? style_of(made->judged) : "none"},
-                   {"shown", is_check ? word_of(made->judged) : value_text(*made, true)},
-                   {"reason", made->message.empty() ? "" : ": " + made->message}});
+                   {"said", is_check ? style_of(made->verdict) : "none"},
+                   {"shown", is_check ? word_of(made->verdict) : value_text(*made, true)},
+                   {"reason", made->sentence.empty() ? "" : ": " + made->sentence}});
 }
 
 static std::string meta_of(const journal::attempt &tried)
@@ -107,15 +107,15 @@ static data notes_of(const journal::attempt &tried)
 data step_data(const journal::attempt &tried)
 {
     const step_table table = table_of(tried);
-    const std::vector<const observation *> unit = unit_line(tried, table);
+    const std::vector<const check *> unit = unit_line(tried, table);
     return object(
         {{"step", tried.step},
          {"request", tried.request},
          {"attempt", fmt::format("{} of {}", tried.number, std::max(tried.number, tried.most))},
-         {"style", style_of(tried.judged)},
-         {"word", word_of(tried.judged)},
-         {"bad", is_bad(tried.judged)},
-         {"took", tried.judged == verdict::not_run ? "–" : duration_text(seconds_between(tried.start, tried.end))},
+         {"style", style_of(tried.verdict)},
+         {"word", word_of(tried.verdict)},
+         {"bad", is_bad(tried.verdict)},
+         {"took", tried.verdict == verdict::not_run ? "–" : duration_text(seconds_between(tried.start, tried.end))},
          {"expected", tried.expected_s > 0 ? duration_text(tried.expected_s) : "–"},
          {"summary", summary_of(tried)},
          {"meta", meta_of(tried)},

@@ -16,8 +16,8 @@
 namespace reports
 {
 
-using journal::run_result;
-using journal::verdict;
+using common::run_result;
+using common::verdict;
 
 namespace
 {
@@ -33,9 +33,9 @@ struct string_writer : pugi::xml_writer {
 /* What one attempt says of a case. */
 struct told {
     int64_t attempt;
-    verdict judged;
+    common::verdict verdict;
     std::string sentence;
-    const char *word = word_of(judged);
+    const char *word = word_of(verdict);
 };
 
 /* A check at a port, or a step as a whole, with all attempts at it; the last one counts. */
@@ -51,7 +51,7 @@ class suite
   public:
     explicit suite(pugi::xml_node node) : cases(node) {}
     void add(const test_case &made);
-    void add_run(const std::string &name, verdict judged, const std::string &sentence, const char *word);
+    void add_run(const std::string &name, verdict of, const std::string &sentence, const char *word);
     size_t tests = 0, failures = 0, errors = 0, skipped = 0;
 
   private:
@@ -61,9 +61,9 @@ class suite
 
 } // namespace
 
-static const char *element_of(verdict judged)
+static const char *element_of(verdict of)
 {
-    switch (judged) {
+    switch (of) {
     case verdict::pass:
         return nullptr;
     case verdict::fail:
@@ -91,7 +91,7 @@ static std::string history_of(const std::vector<told> &attempts)
 {
     std::string text;
     for (const told &one : std::span(attempts).first(attempts.size() - 1))
-        if (one.judged != verdict::pass)
+        if (one.verdict != verdict::pass)
             text += fmt::format("attempt {}: {}: {}\n", one.attempt, one.word,
                                 one.sentence.empty() ? no_reason : one.sentence);
     return text;
@@ -108,26 +108,26 @@ void suite::add(const test_case &made)
     node.append_attribute("time") = seconds_text(made.seconds).c_str();
     tests++;
     const told &last = made.attempts.back();
-    if (const char *element = element_of(last.judged)) {
+    if (const char *element = element_of(last.verdict)) {
         const std::string said = last.sentence.empty() ? no_reason : last.sentence;
-        const bool is_plain = last.judged == verdict::fail || last.judged == verdict::no_verdict;
+        const bool is_plain = last.verdict == verdict::fail || last.verdict == verdict::no_verdict;
         const std::string shown = is_plain ? said : fmt::format("{}: {}", last.word, said);
         auto reason = node.append_child(element);
         reason.append_attribute("message") = shown.c_str();
         reason.append_attribute("type") = last.word;
         reason.text().set(shown.c_str());
-        (last.judged == verdict::fail ? failures : element == std::string_view("error") ? errors : skipped)++;
+        (last.verdict == verdict::fail ? failures : element == std::string_view("error") ? errors : skipped)++;
     }
     if (const std::string history = history_of(made.attempts); !history.empty())
         node.append_child("system-out").text().set(history.c_str());
 }
 
-void suite::add_run(const std::string &name, verdict judged, const std::string &sentence, const char *word)
+void suite::add_run(const std::string &name, verdict of, const std::string &sentence, const char *word)
 {
-    add({"run", name, {{1, judged, sentence, word}}});
+    add({"run", name, {{1, of, sentence, word}}});
 }
 
-static std::string class_of(const std::string &step, const journal::place &where)
+static std::string class_of(const std::string &step, const common::place &where)
 {
     std::string name = step + "." + where.id;
     for (char &letter : name)
@@ -150,8 +150,8 @@ static void add_step(suite &cases, attempts step)
 {
     test_case whole{class_of(step.front()->step, {"unit", "unit"}), "step", {}};
     for (const journal::attempt *tried : step) {
-        const bool is_error = tried->judged == verdict::no_verdict;
-        whole.attempts.push_back({tried->number, tried->judged, is_error ? all_errors(*tried) : tried->summary});
+        const bool is_error = tried->verdict == verdict::no_verdict;
+        whole.attempts.push_back({tried->number, tried->verdict, is_error ? all_errors(*tried) : tried->summary});
         whole.seconds += seconds_between(tried->start, tried->end).value_or(0);
     }
     cases.add(whole);
@@ -164,15 +164,15 @@ static void add_checks(suite &cases, attempts step)
     std::map<std::tuple<std::string, std::string, int>, size_t> index;
     for (const journal::attempt *tried : step) {
         std::map<std::pair<std::string, std::string>, int> seen;
-        for (const journal::observation &one : tried->checks) {
-            if (one.is != journal::observation::kind::diagnosis)
+        for (const common::check &one : tried->checks) {
+            if (is_measurement(one))
                 continue;
             const std::string class_name = class_of(tried->step, one.where);
             const auto [known, is_new] =
                 index.emplace(std::tuple(class_name, one.name, seen[{class_name, one.name}]++), made.size());
             if (is_new)
                 made.push_back({class_name, one.name, {}});
-            made[known->second].attempts.push_back({tried->number, one.judged, one.message});
+            made[known->second].attempts.push_back({tried->number, one.verdict, one.sentence});
         }
     }
     for (const test_case &one : made)
@@ -196,8 +196,8 @@ static void add_steps(suite &cases, const journal::run_record &run)
 /* No run may look better here than it ended, whatever its steps say. */
 static void add_end(suite &cases, const journal::run_record &run)
 {
-    const auto add = [&](verdict judged, const std::string &sentence) {
-        cases.add_run("end", judged, sentence, word_of(run.result));
+    const auto add = [&](verdict of, const std::string &sentence) {
+        cases.add_run("end", of, sentence, word_of(run.result));
     };
     if (run.result == run_result::incomplete)
         add(verdict::no_verdict, no_end);

@@ -7,8 +7,8 @@
 namespace reports
 {
 
-using journal::run_result;
-using journal::verdict;
+using common::run_result;
+using common::verdict;
 
 data object(const members &named)
 {
@@ -18,9 +18,9 @@ data object(const members &named)
     return made;
 }
 
-const char *style_of(verdict judged)
+const char *style_of(verdict of)
 {
-    switch (judged) {
+    switch (of) {
     case verdict::pass:
         return "pass";
     case verdict::fail:
@@ -41,9 +41,9 @@ const char *style_of(verdict judged)
     return "none";
 }
 
-const char *style_of(run_result result)
+const char *style_of(run_result of)
 {
-    switch (result) {
+    switch (of) {
     case run_result::pass:
         return "pass";
     case run_result::fail:
@@ -58,11 +58,6 @@ const char *style_of(run_result result)
         break;
     }
     return "error";
-}
-
-bool is_bad(verdict judged)
-{
-    return judged >= verdict::fail;
 }
 
 std::string or_dash(const std::string &text)

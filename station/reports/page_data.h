@@ -30,10 +30,8 @@ data list(const auto &elements, const auto &make)
 }
 
 /* The colour of a verdict and of a result, as the template names it. */
-const char *style_of(journal::verdict judged);
-const char *style_of(journal::run_result result);
-
-bool is_bad(journal::verdict judged);
+const char *style_of(common::verdict of);
+const char *style_of(common::run_result of);
 
 std::string or_dash(const std::string &text);
 

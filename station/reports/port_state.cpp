@@ -8,17 +8,14 @@
 #include <fmt/format.h>
 #include <map>
 
-#include "common/verdict_words.h"
 #include "findings.h"
 
 namespace reports
 {
 
-namespace word = common::verdict_word;
-
+using common::check;
+using common::verdict;
 using journal::attempt;
-using journal::observation;
-using journal::verdict;
 
 constexpr const char *rest_of_plan = "the rest of the plan";
 
@@ -26,29 +23,29 @@ const char *word_of(port_state state)
 {
     switch (state) {
     case port_state::failed:
-        return word::FAIL;
+        return word_of(verdict::fail);
     case port_state::retried:
-        return word::RETRIED;
+        return word_of(verdict::retried);
     case port_state::passed_so_far:
         return "PASSED SO FAR";
     case port_state::passed:
-        return word::PASS;
+        return word_of(verdict::pass);
     case port_state::unknown:
         break;
     }
-    return "–";
+    return word_of(verdict::none);
 }
 
 /* The worst that an attempt says of each port. */
-using said_of_ports = std::map<std::string, const observation *>;
+using said_of_ports = std::map<std::string, const check *>;
 
 static said_of_ports said_in(const attempt &tried)
 {
     said_of_ports said;
-    for (const observation &made : tried.checks)
-        if (made.is == observation::kind::diagnosis && made.where.port > 0) {
-            const observation *&known = said[made.where.id];
-            if (known == nullptr || known->judged < made.judged)
+    for (const check &made : tried.checks)
+        if (!is_measurement(made) && made.where.port > 0) {
+            const check *&known = said[made.where.id];
+            if (known == nullptr || journal::prevailing(known->verdict, made.verdict) != known->verdict)
                 known = &made;
         }
     return said;
@@ -56,17 +53,17 @@ static said_of_ports said_in(const attempt &tried)
 
 static bool has_reply(const attempt &tried)
 {
-    return tried.judged != verdict::not_run && tried.judged != verdict::no_verdict &&
-           tried.judged != verdict::incomplete;
+    return tried.verdict != verdict::not_run && tried.verdict != verdict::no_verdict &&
+           tried.verdict != verdict::incomplete;
 }
 
 /* Of an attempt that failed without naming a port of the panel: where; null for other attempts. */
 static const char *unnamed_failure(const attempt &tried, const said_of_ports &said)
 {
-    if (tried.judged != verdict::fail || !said.empty() || !tried.covers.empty() || !tried.judges_ports)
+    if (tried.verdict != verdict::fail || !said.empty() || !tried.covers.empty() || !tried.judges_ports)
         return nullptr;
     const bool at_position = std::ranges::any_of(
-        tried.checks, [](const observation &made) { return made.judged == verdict::fail && made.where.id != "unit"; });
+        tried.checks, [](const check &made) { return made.verdict == verdict::fail && made.where.id != "unit"; });
     return at_position ? "at a position that nobody can name" : "as a whole";
 }
 
@@ -76,30 +73,30 @@ struct port_account {
     std::vector<std::string> passed = {};
 };
 
-static std::string sentence_on(const attempt &tried, const observation &made)
+static std::string sentence_on(const attempt &tried, const check &made)
 {
-    return fmt::format("{}, {}: {}", tried.step, made.name, made.message.empty() ? word_of(made.judged) : made.message);
+    return fmt::format("{}, {}: {}", tried.step, made.name,
+                       made.sentence.empty() ? word_of(made.verdict) : made.sentence);
 }
 
 /* said is null when the attempt says nothing of the port. */
-static void add_said(port_account &port, const attempt &tried, size_t order, const observation *said)
+static void add_said(port_account &port, const attempt &tried, size_t order, const check *said)
 {
-    const verdict judged = said == nullptr ? verdict::none : said->judged;
-    const bool worse =
-        judged == verdict::fail || (judged == verdict::retried && port.found.state == port_state::unknown);
+    const verdict own = said == nullptr ? verdict::none : said->verdict;
+    const bool worse = own == verdict::fail || (own == verdict::retried && port.found.state == port_state::unknown);
     if (worse && port.found.state != port_state::failed) {
-        port.found.state = judged == verdict::fail ? port_state::failed : port_state::retried;
+        port.found.state = own == verdict::fail ? port_state::failed : port_state::retried;
         port.found.sentence = sentence_on(tried, *said);
     }
-    if (!tried.is_last || judged == verdict::fail)
+    if (!tried.is_last || own == verdict::fail)
         return;
     const bool covered = std::ranges::find(tried.covers, port.found.port.port) != tried.covers.end();
     const bool any = tried.covers.empty() && tried.judges_ports && !has_reply(tried);
-    const bool named = judged == verdict::pass || judged == verdict::not_tested;
-    if (judged == verdict::pass && has_reply(tried))
+    const bool named = own == verdict::pass || own == verdict::not_tested;
+    if (own == verdict::pass && has_reply(tried))
         port.passed.push_back(tried.step);
     else if (named || covered || any)
-        port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.judged, order});
+        port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.verdict, order});
 }
 
 static void add(std::vector<port_account> &accounts, const attempt &tried, size_t order)
@@ -109,7 +106,7 @@ static void add(std::vector<port_account> &accounts, const attempt &tried, size_
     for (port_account &port : accounts) {
         const auto known = said.find(port.found.port.id);
         if (unnamed != nullptr)
-            port.found.missing.push_back({tried.step, tried.judged, order, unnamed});
+            port.found.missing.push_back({tried.step, tried.verdict, order, unnamed});
         else
             add_said(port, tried, order, known == said.end() ? nullptr : known->second);
     }
@@ -155,13 +152,13 @@ static port_finding concluded(port_account port)
 std::vector<port_finding> ports_of(const journal::run_record &run)
 {
     std::vector<port_account> accounts;
-    for (const journal::place &port : run.ports)
+    for (const common::place &port : run.ports)
         accounts.push_back({{port}});
     for (size_t order = 0; order < run.attempts.size(); order++)
         add(accounts, run.attempts[order], order);
     std::vector<port_finding> ports;
     for (port_account &port : accounts) {
-        if (run.result == journal::run_result::incomplete)
+        if (run.result == common::run_result::incomplete)
             port.found.missing.push_back({rest_of_plan, verdict::incomplete, run.attempts.size()});
         ports.push_back(concluded(std::move(port)));
     }

@@ -31,13 +31,13 @@ const char *word_of(port_state state);
 /* A step of which a port lacks the judgement. */
 struct missing_step {
     std::string step;
-    journal::verdict why;    /* what the step came to there: not tested, not run, no verdict, incomplete, fail */
+    common::verdict why;     /* what the step came to there: not tested, not run, no verdict, incomplete, fail */
     size_t order;            /* of the steps */
     const char *detail = ""; /* of a failure of which nobody knows the ports */
 };
 
 struct port_finding {
-    journal::place port;
+    common::place port;
     port_state state = port_state::unknown;
     std::string sentence = {};
     std::vector<missing_step> missing = {};

@@ -8,7 +8,7 @@
 
 #include <filesystem>
 
-#include "common/exit_code.h"
+#include "common/verdict.h"
 #include "history.h"
 
 namespace reports

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-#include "common/exit_code.h"
+#include "common/verdict.h"
 #include "common/wrap.h"
 #include "station/journal/run_record.h"
 

@@ -16,23 +16,23 @@ using nlohmann::ordered_json;
 
 static ordered_json failure_json(const finding &one)
 {
-    ordered_json object{{"where", one.where.name}};
-    if (one.where.port > 0)
-        object["port"] = one.where.port;
-    object.update({{"step", one.step}, {"check", one.check}, {"sentence", one.sentence}});
+    ordered_json object{{"where", one.check.where.name}};
+    if (one.check.where.port > 0)
+        object["port"] = one.check.where.port;
+    object.update({{"step", one.step}, {"check", one.check.name}, {"sentence", one.check.sentence}});
     return object;
 }
 
 static ordered_json fault_json(const finding &one)
 {
-    return {{"step", one.step}, {"symptom", one.check}, {"sentence", one.sentence}};
+    return {{"step", one.step}, {"symptom", one.check.name}, {"sentence", one.check.sentence}};
 }
 
 static ordered_json step_json(const journal::attempt &tried)
 {
     return {{"step", tried.step},
             {"request", tried.request},
-            {"verdict", word_of(tried.judged)},
+            {"verdict", word_of(tried.verdict)},
             {"attempts", tried.number},
             {"seconds", seconds_between(tried.start, tried.end).value_or(0)},
             {"summary", tried.summary}};

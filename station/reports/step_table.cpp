@@ -13,30 +13,30 @@
 namespace reports
 {
 
-using journal::observation;
+using common::check;
 
-static bool is_of_unit(const observation &made)
+static bool is_of_unit(const check &made)
 {
     return made.where.id == "unit";
 }
 
 /* What the journal says of one port without a break. */
-using passage = std::vector<const observation *>;
+using passage = std::vector<const check *>;
 
-static bool is_same(const observation &one, const observation &other)
+static bool is_same(const check &one, const check &other)
 {
-    return one.is == other.is && one.name == other.name;
+    return is_measurement(one) == is_measurement(other) && one.name == other.name;
 }
 
-static bool holds(const passage &row, const observation &made)
+static bool holds(const passage &row, const check &made)
 {
-    return std::ranges::any_of(row, [&](const observation *known) { return is_same(*known, made); });
+    return std::ranges::any_of(row, [&](const check *known) { return is_same(*known, made); });
 }
 
 static std::vector<passage> passages_of(const journal::attempt &tried)
 {
     std::vector<passage> passages;
-    for (const observation &made : tried.checks) {
+    for (const check &made : tried.checks) {
         if (is_of_unit(made))
             continue;
         if (passages.empty() || passages.back().front()->where.id != made.where.id || holds(passages.back(), made))
@@ -55,8 +55,7 @@ static std::vector<passage> rows_of(const journal::attempt &tried)
         const std::string &id = part.front()->where.id;
         const auto [begin, end] = by_place.equal_range(id);
         const auto fits = std::find_if(begin, end, [&](const auto &known) {
-            return std::ranges::none_of(part,
-                                        [&](const observation *made) { return holds(rows[known.second], *made); });
+            return std::ranges::none_of(part, [&](const check *made) { return holds(rows[known.second], *made); });
         });
         if (fits == end) {
             by_place.emplace(id, rows.size());
@@ -73,8 +72,8 @@ static std::vector<table_column> columns_of(const journal::attempt &tried)
 {
     std::vector<table_column> columns;
     std::set<std::pair<bool, std::string>> known;
-    for (const observation &made : tried.checks) {
-        const bool is_check = made.is == observation::kind::diagnosis;
+    for (const check &made : tried.checks) {
+        const bool is_check = !is_measurement(made);
         if (!is_of_unit(made) && known.emplace(is_check, made.name).second)
             columns.push_back({made.name, is_check, limits_with_unit(made)});
     }
@@ -82,20 +81,20 @@ static std::vector<table_column> columns_of(const journal::attempt &tried)
     return columns;
 }
 
-static bool belongs(const observation &made, const table_column &column)
+static bool belongs(const check &made, const table_column &column)
 {
-    return (made.is == observation::kind::diagnosis) == column.is_check && made.name == column.name;
+    return !is_measurement(made) == column.is_check && made.name == column.name;
 }
 
 static table_row row_of(const passage &part, const std::vector<table_column> &columns)
 {
-    table_row row{part.front()->where, std::vector<const observation *>(columns.size(), nullptr)};
-    for (const observation *made : part) {
+    table_row row{part.front()->where, std::vector<const check *>(columns.size(), nullptr)};
+    for (const check *made : part) {
         const auto column = std::ranges::find_if(columns, [&](const table_column &one) { return belongs(*made, one); });
         row.cells[static_cast<size_t>(column - columns.begin())] = made;
-        row.judged = std::max(row.judged, made->judged);
-        if (!made->message.empty())
-            row.reason += (row.reason.empty() ? "" : " ") + made->message;
+        row.verdict = journal::prevailing(row.verdict, made->verdict);
+        if (!made->sentence.empty())
+            row.reason += (row.reason.empty() ? "" : " ") + made->sentence;
     }
     return row;
 }
@@ -110,7 +109,7 @@ static bool have_common_limits(const step_table &table, size_t column)
 step_table table_of(const journal::attempt &tried)
 {
     step_table table{{}, columns_of(tried)};
-    for (const observation &made : tried.checks)
+    for (const check &made : tried.checks)
         if (is_of_unit(made))
             table.unit.push_back(&made);
     for (const passage &part : rows_of(tried))

@@ -21,15 +21,15 @@ struct table_column {
 };
 
 struct table_row {
-    journal::place where;
-    std::vector<const journal::observation *> cells; /* one for each column; null: nothing there */
-    journal::verdict judged = journal::verdict::none;
+    common::place where;
+    std::vector<const common::check *> cells; /* one for each column; null: nothing there */
+    common::verdict verdict = common::verdict::none;
     std::string reason = {};
 };
 
 /* Points into the attempt. */
 struct step_table {
-    std::vector<const journal::observation *> unit = {};
+    std::vector<const common::check *> unit = {};
     std::vector<table_column> columns = {};
     std::vector<table_row> rows = {};
 };

@@ -17,8 +17,8 @@
 namespace reports
 {
 
-using journal::run_result;
-using journal::verdict;
+using common::run_result;
+using common::verdict;
 
 static std::string coloured(run_result result, const std::string &text, bool colour)
 {
@@ -93,7 +93,7 @@ static std::vector<row> failure_rows(const journal::run_record &run)
 {
     std::vector<row> rows;
     for (const finding &one : failures_of(run))
-        rows.push_back({one.where.name, fmt::format("{}, {}: {}", one.step, one.check, one.sentence)});
+        rows.push_back({one.check.where.name, fmt::format("{}, {}: {}", one.step, one.check.name, one.check.sentence)});
     if (rows.empty() && run.result == run_result::fail)
         rows.push_back({"unit", unexplained_failure});
     return rows;
@@ -103,7 +103,8 @@ static std::vector<row> fault_rows(const journal::run_record &run)
 {
     std::vector<row> rows;
     for (const finding &one : faults_of(run))
-        rows.push_back({one.step.empty() ? "run" : one.step, fmt::format("{}: {}", one.check, one.sentence)});
+        rows.push_back(
+            {one.step.empty() ? "run" : one.step, fmt::format("{}: {}", one.check.name, one.check.sentence)});
     return rows;
 }
 
@@ -113,7 +114,7 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
     std::vector<row> rows;
     for (const journal::attempt &tried : run.attempts)
         if (tried.is_last && wanted(tried))
-            rows.push_back({tried.step, tried.judged == verdict::pass
+            rows.push_back({tried.step, tried.verdict == verdict::pass
                                             ? fmt::format("passed in attempt {} of {}", tried.number, tried.most)
                                             : tried.summary});
     return rows;
@@ -122,8 +123,8 @@ static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
                          size_t columns)
 {
-    const auto is_not_run = [](const journal::attempt &tried) { return tried.judged == verdict::not_run; };
-    const auto is_unfinished = [](const journal::attempt &tried) { return tried.judged == verdict::incomplete; };
+    const auto is_not_run = [](const journal::attempt &tried) { return tried.verdict == verdict::not_run; };
+    const auto is_unfinished = [](const journal::attempt &tried) { return tried.verdict == verdict::incomplete; };
     return head_text(run, colour, columns) + rows_text("What failed:", failure_rows(run), columns) +
            rows_text("What the station could not do:", fault_rows(run), columns) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry), columns) +

@@ -51,7 +51,7 @@ static port_outcome judge_port(const broadcast_test_record &reply, uint32_t i, u
 {
     const uint32_t code = FACMSG_RESULT_CODE(reply.port_results[i]);
     const uint64_t fcs = reply.fcs_counts[i];
-    port_outcome port{FACMSG_RESULT_PORT(reply.port_results[i]), {{code}, {nullptr, "-"}}};
+    port_outcome port{FACMSG_RESULT_PORT(reply.port_results[i]), {{code}, {{}, "-"}}};
     const char *const counted = "fcs_errors";
     const bool unreadable = code == FACMSG_PORT_FCS_UNREADABLE;
     if (unreadable)
@@ -98,7 +98,7 @@ outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payloa
     if (unit.summary.empty())
         unit.summary = find_wrong_count(reply.port_count);
     if (unit.summary.empty() && reply.result == FACMSG_BROADCAST_NO_LINK) {
-        unit.judged = verdict::fail;
+        unit.verdict = verdict::fail;
         unit.summary = explain_no_link(reply);
     } else if (unit.summary.empty()) {
         unit.summary = find_wrong_port(ports_of_words(reply.port_results, reply.port_count));

@@ -20,10 +20,10 @@ static void fail_once(port_outcome &row, const std::string &reason)
     list_untested(row, "received");
 }
 
-static void add_both(port_outcome &row, verdict judged, const std::string &reason = "")
+static void add_both(port_outcome &row, verdict of, const std::string &reason = "")
 {
-    add_check(row, "transmitted", judged, reason);
-    add_check(row, "received", judged);
+    add_check(row, "transmitted", of, reason);
+    add_check(row, "received", of);
 }
 
 static std::string both_counts(int64_t count)
@@ -124,7 +124,7 @@ void frame_chain::judge_in_doubt(port_outcome &row, const chain_link &link)
 static bool contradicts_itself(port_outcome &row, const char *name, bool wrong, int64_t count, int64_t expected)
 {
     if (wrong && count == expected)
-        add_check(row, name, verdict::none,
+        add_check(row, name, verdict::no_verdict,
                   fmt::format("The reply marks the count of {} as wrong, but {} was expected, so nothing can be said.",
                               common::counted(static_cast<uint64_t>(count), "frame"), expected));
     return wrong && count == expected;

@@ -151,7 +151,7 @@ outcome write_fpga(const request &asked, const sender &send)
     bytes data = asked.data;
     if (const auto failure = move_data(asked, send, data, FACMSG_FPGA_MAX_WRITE))
         return *failure;
-    return {.judged = verdict::unjudged,
+    return {.verdict = verdict::unjudged,
             .summary =
                 fmt::format("{} bytes sent to FPGA address {:#x}; only reading them back shows that they arrived",
                             data.size(), record_of<fpga_record>(asked.payload).addr),
@@ -174,7 +174,7 @@ outcome read_fpga(const request &asked, const sender &send)
     if (const auto failure = move_data(asked, send, data, FACMSG_FPGA_MAX_READ))
         return *failure;
     const bool silent = std::ranges::all_of(data, [](uint8_t byte) { return byte == 0; });
-    outcome unit{.judged = verdict::unjudged,
+    outcome unit{.verdict = verdict::unjudged,
                  .summary = fmt::format("{} bytes read from FPGA address {:#x}{}", data.size(), record.addr,
                                         silent ? ", all zero; the same is read when the FPGA does not answer" : ""),
                  .result = 0};

@@ -111,7 +111,7 @@ static port_outcome judge_port(uint32_t word, const ending &end)
     if (std::ranges::find(end.untested, code) == end.untested.end())
         judge_code(port, "packet", end.codes, code, "code");
     else
-        add_check(port, "packet", verdict::untested,
+        add_check(port, "packet", verdict::not_tested,
                   fmt::format(fmt::runtime(std::ranges::find(end.codes, code, &code_sentence::code)->sentence),
                               end.stopped_by));
     return port;

@@ -76,7 +76,7 @@ static port_outcome judge_entry(const poe_test_reply &reply, uint32_t k, uint32_
     port_outcome port{number};
     judge_cell(port, "state", state_codes, reply.state_code[k], "state_code");
     if (reply.state_code[k] != 0) {
-        port.cells.insert(port.cells.end(), 2, {nullptr, not_checked});
+        port.cells.insert(port.cells.end(), 2, {{}, not_checked});
         list_untested(port, "class");
         list_untested(port, "overload");
     } else {

@@ -19,9 +19,9 @@ static outcome judge_result(uint32_t result, const std::string &done, const char
 {
     switch (result) {
     case FACMSG_POE_MCU_DONE:
-        return {.judged = verdict::pass, .summary = done, .result = result};
+        return {.verdict = verdict::pass, .summary = done, .result = result};
     case FACMSG_POE_MCU_FAILED:
-        return {.judged = verdict::fail, .summary = failed, .result = result};
+        return {.verdict = verdict::fail, .summary = failed, .result = result};
     case FACMSG_POE_MCU_NOT_SUPPORTED:
         return {.summary = "the host lacks the function (result 2)", .result = result};
     default:

@@ -31,24 +31,24 @@ static std::string known_codes(code_table known)
     return text;
 }
 
-void add_check(port_outcome &port, const char *name, verdict judged, const std::string &reason)
+void add_check(port_outcome &port, const char *name, verdict of, const std::string &reason)
 {
-    port.checks.push_back({name, judged, reason});
-    port.judged = std::max(port.judged, judged);
-    port.failed_here = port.failed_here && judged != verdict::fail;
+    port.checks.push_back({name, of, reason});
+    port.verdict = worse(port.verdict, of);
+    port.failed_here = port.failed_here && of != verdict::fail;
     port.reason += (port.reason.empty() || reason.empty() ? "" : " ") + reason;
 }
 
 void fail_here(port_outcome &port, const char *name, const std::string &reason)
 {
-    const bool only_here = port.judged < verdict::fail || port.failed_here;
+    const bool only_here = is_worse(verdict::fail, port.verdict) || port.failed_here;
     add_check(port, name, verdict::fail, reason);
     port.failed_here = only_here;
 }
 
 void list_untested(port_outcome &port, const char *name)
 {
-    port.checks.push_back({name, verdict::untested});
+    port.checks.push_back({name, verdict::not_tested});
 }
 
 void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word, const char *column)
@@ -57,7 +57,7 @@ void judge_code(port_outcome &port, const char *name, code_table known, uint32_t
     const auto row = std::ranges::find(known, word & 0xFFFF, &code_sentence::code);
     const bool detailed = row != known.end() && std::strchr(row->sentence, '{') != nullptr;
     if (row == known.end() || (upper != 0 && !detailed))
-        add_check(port, name, verdict::none,
+        add_check(port, name, verdict::no_verdict,
                   fmt::format("Code {} makes no sense here, so nothing can be said about this port; expected {}.", word,
                               known_codes(known)));
     else if (*row->sentence != '\0')
@@ -115,8 +115,8 @@ std::vector<uint32_t> ports_of_bytes(const uint8_t *bytes, uint32_t count)
 
 static std::string summary_of(const std::vector<port_outcome> &ports)
 {
-    const auto count = [&](verdict judged) { return std::ranges::count(ports, judged, &port_outcome::judged); };
-    const auto untested = count(verdict::untested), unjudged = count(verdict::unjudged);
+    const auto count = [&](verdict of) { return std::ranges::count(ports, of, &port_outcome::verdict); };
+    const auto untested = count(verdict::not_tested), unjudged = count(verdict::unjudged);
     return fmt::format("{} {}: {} passed, {} failed{}{}", common::counted(ports.size(), "port"),
                        untested ? "selected" : "tested", count(verdict::pass), count(verdict::fail),
                        unjudged ? fmt::format(", {} not judged", unjudged) : "",
@@ -125,17 +125,17 @@ static std::string summary_of(const std::vector<port_outcome> &ports)
 
 void judge_unit(outcome &unit, const std::string &word, bool reported_pass, const std::string &unexplained)
 {
-    const auto unknown = std::ranges::find(unit.ports, verdict::none, &port_outcome::judged);
-    const bool failed = std::ranges::find(unit.ports, verdict::fail, &port_outcome::judged) != unit.ports.end();
+    const auto unknown = std::ranges::find(unit.ports, verdict::no_verdict, &port_outcome::verdict);
+    const bool failed = std::ranges::find(unit.ports, verdict::fail, &port_outcome::verdict) != unit.ports.end();
     const bool service_failed = std::ranges::any_of(
-        unit.ports, [](const auto &port) { return port.judged == verdict::fail && !port.failed_here; });
+        unit.ports, [](const auto &port) { return port.verdict == verdict::fail && !port.failed_here; });
     unit.summary = summary_of(unit.ports);
     if (unknown != unit.ports.end()) {
         unit.summary = fmt::format("{} {}: {}", unit.row_name, unknown->port, unknown->reason);
     } else if (reported_pass && service_failed) {
         unit.summary = fmt::format("the reply contradicts itself: its {} is 0 (passed), but {}", word, unit.summary);
     } else {
-        unit.judged = reported_pass && !failed ? verdict::pass : verdict::fail;
+        unit.verdict = reported_pass && !failed ? verdict::pass : verdict::fail;
         if (!reported_pass && !service_failed && !unexplained.empty())
             unit.summary += "; " + unexplained;
     }

@@ -20,7 +20,7 @@ struct code_sentence {
 using code_table = std::span<const code_sentence>;
 
 /* Adds a check; unless it passed, it adds to the port's verdict and reason. */
-void add_check(port_outcome &port, const char *name, verdict judged, const std::string &reason = "");
+void add_check(port_outcome &port, const char *name, verdict of, const std::string &reason = "");
 /* Adds a check and what its code, which stands in the column, says of it. */
 void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word, const char *column);
 /* Adds a check that failed by the station's own judgement, with which the service need not agree. */

@@ -44,7 +44,7 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
     const auto good = own_value(sent, "--good-status");
     outcome unit = judge_stress(sent, prbs, head, [&](port_outcome &row, uint32_t i) {
         const uint32_t status = reply.prbs_status[i];
-        row.cells = {has_status ? cell{status, fmt::format("{:#010x}", status)} : cell{nullptr, "-"}};
+        row.cells = {has_status ? cell{status, fmt::format("{:#010x}", status)} : cell{{}, "-"}};
         if (has_status && !good)
             add_check(row, "status", verdict::unjudged);
         else if (has_status && status != std::stoull(*good))
@@ -52,8 +52,8 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
         else
             add_check(row, "status", verdict::pass);
     });
-    if (unit.judged == verdict::pass && !good) {
-        unit.judged = verdict::unjudged;
+    if (unit.verdict == verdict::pass && !good) {
+        unit.verdict = verdict::unjudged;
         unit.summary =
             fmt::format("status words of {}; --good-status judges them", common::counted(reply.port_count, "port"));
     }

@@ -50,7 +50,7 @@ constinit const std::span<const option> raw_options{options};
 outcome decode_raw(const request &sent, const std::vector<uint8_t> &reply)
 {
     const char *doubt = reply.empty() ? "; without a payload, a refusal of the request looks the same" : "";
-    return {.judged = verdict::unjudged,
+    return {.verdict = verdict::unjudged,
             .summary = fmt::format("request type {} was answered with {}{}", sent.type,
                                    common::counted(reply.size(), "payload byte"), doubt),
             .text = hex_dump(reply),

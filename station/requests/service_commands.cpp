@@ -25,7 +25,7 @@ static outcome judge_status(int32_t status, const std::string &done, const std::
 {
     outcome unit{.result = status};
     if (status == 0) {
-        unit.judged = verdict::pass;
+        unit.verdict = verdict::pass;
         unit.summary = done;
     } else if (status == -1) {
         unit.summary = refused;

@@ -47,7 +47,7 @@ static const stress_kind serpentine{"Serpentine stress test", stages, counted_st
 static bool is_flag(port_outcome &row, const char *name, uint8_t flag)
 {
     if (flag > 1)
-        add_check(row, name, verdict::none,
+        add_check(row, name, verdict::no_verdict,
                   fmt::format("A flag is {}, so nothing can be said; expected 0 or 1.", flag));
     return flag <= 1;
 }
@@ -61,7 +61,7 @@ static void judge_flag(port_outcome &row, const char *name, uint8_t flag, const 
 
 static cell counted(uint8_t flag, uint32_t count)
 {
-    return flag == 1 ? cell{count} : cell{nullptr};
+    return flag == 1 ? cell{count} : cell{};
 }
 
 /* The entries that both replies have. */
@@ -75,8 +75,9 @@ template <class Reply> static void judge_common(port_outcome &row, const Reply &
 /* The speeds that the test chose, by kind of port. */
 static void add_speeds(outcome &unit, const speed_choice &codes)
 {
-    unit.members["speed_codes"] = {
-        {"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}};
+    unit.members.push_back(
+        {"speed_codes",
+         std::vector<member>{{"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}}});
     unit.title += fmt::format(": copper {}", name_of(speed_names, codes.copper));
     if (codes.ex_copper != 255)
         unit.title += fmt::format(", extended copper {}", name_of(speed_names, codes.ex_copper));
@@ -124,7 +125,7 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
             chain.judge(row);
     });
     add_speeds(unit, reply.speed_codes);
-    unit.members["cpu_sent"] = reply.cpu_send_cnt;
+    unit.members.push_back({"cpu_sent", reply.cpu_send_cnt});
     return unit;
 }
 

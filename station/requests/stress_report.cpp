@@ -41,11 +41,11 @@ static bool judges_ports(const stress_kind &kind, uint32_t stage)
 /* A test that stopped has not judged what did not fail. */
 static void unmake_passes(port_outcome &row)
 {
-    if (row.judged == verdict::pass)
-        row.judged = verdict::untested;
+    if (row.verdict == verdict::pass)
+        row.verdict = verdict::not_tested;
     for (check &made : row.checks)
-        if (made.judged == verdict::pass)
-            made.judged = verdict::untested;
+        if (made.verdict == verdict::pass)
+            made.verdict = verdict::not_tested;
 }
 
 static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &head,
@@ -84,7 +84,7 @@ outcome judge_stress(const request &sent, const stress_kind &kind, const stress_
                                   common::counted(head.port_count, "port"));
     add_rows(unit, kind, head, names, judge_entry);
     judge_unit(unit, "fail stage", head.fail_stage == 0, judges_ports(kind, head.fail_stage) ? kind.unexplained : "");
-    if (unit.judged == verdict::fail && head.fail_stage != 0)
+    if (unit.verdict == verdict::fail && head.fail_stage != 0)
         unit.summary = fmt::format("stopped at stage {}: {}; {}", head.fail_stage, stage, unit.summary);
     return unit;
 }

@@ -74,7 +74,7 @@ outcome decode_switch_medium(const request &sent, const std::vector<uint8_t> &pa
     const auto reply = record_of<switch_test_record>(payload);
     outcome unit = decode_switch(reply, fmt::format("Medium of the combo ports of unit {} changed over",
                                                     record_of<switch_test_record>(sent.payload).unit));
-    if (unit.judged == verdict::pass)
+    if (unit.verdict == verdict::pass)
         unit.summary += fmt::format("; the last one's medium is now {}", name_of(medium_names, reply.setting));
     return unit;
 }
@@ -85,11 +85,11 @@ outcome decode_fc_report(const request &, const std::vector<uint8_t> &payload)
     outcome unit = read_reply(reply, "");
     if (!unit.summary.empty())
         return unit;
-    unit.judged = verdict::unjudged;
-    unit.summary = fmt::format("FC/Ethernet ports: {}; the last one {} speed code 7, 8 or 9",
-                               fmt::join(ports_of_words(reply.port_results, reply.port_count), ", "),
+    unit.verdict = verdict::unjudged;
+    const std::vector<uint32_t> ports = ports_of_words(reply.port_results, reply.port_count);
+    unit.summary = fmt::format("FC/Ethernet ports: {}; the last one {} speed code 7, 8 or 9", fmt::join(ports, ", "),
                                reply.setting == 0 ? "offers" : "does not offer");
-    unit.members = {{"fc_ports", ports_of_words(reply.port_results, reply.port_count)},
+    unit.members = {{"fc_ports", std::vector<common::value>(ports.begin(), ports.end())},
                     {"last_offers_speed_7_8_or_9", reply.setting == 0}};
     unit.ports.clear();
     unit.columns.clear();

@@ -51,7 +51,7 @@ struct value_limits {
 
 static void judge_value(port_outcome &port, uint32_t value, const value_limits &limits)
 {
-    if (port.judged != verdict::pass)
+    if (port.verdict != verdict::pass)
         list_untested(port, "vop_value");
     else if (limits.allow(value))
         add_check(port, "vop_value", verdict::pass);

@@ -59,18 +59,18 @@ TEST(RunRecord, HoldsWhatTheJournalSays)
     EXPECT_EQ(run.ports[24].id + " " + run.ports[24].name + " " + run.ports[24].group, "port25 port 25 SFP+");
     ASSERT_EQ(run.attempts.size(), 3U);
     const journal::attempt &first = run.attempts[0];
-    EXPECT_EQ(first.judged, verdict::retried);
+    EXPECT_EQ(first.verdict, verdict::retried);
     EXPECT_FALSE(first.is_last);
     EXPECT_EQ(first.most, 2);
     EXPECT_EQ(first.summary, "1 port failed");
     EXPECT_NEAR(seconds_between(first.start, first.end).value_or(0), 2.5, 0.1);
     ASSERT_EQ(first.checks.size(), 3U);
-    EXPECT_EQ(first.checks[0].value + first.checks[0].limits.at(0).value, "32");
-    EXPECT_EQ(first.checks[1].judged, verdict::retried);
-    EXPECT_EQ(first.checks[1].message, "too much");
-    EXPECT_EQ(first.checks[2].judged, verdict::not_tested);
+    EXPECT_EQ(first.checks[0].value.text() + first.checks[0].limits.at(0).value.text(), "32");
+    EXPECT_EQ(first.checks[1].verdict, verdict::retried);
+    EXPECT_EQ(first.checks[1].sentence, "too much");
+    EXPECT_EQ(first.checks[2].verdict, verdict::not_tested);
     EXPECT_TRUE(passed_by_retry(run.attempts[1]));
-    EXPECT_EQ(run.attempts[2].judged, verdict::unjudged);
+    EXPECT_EQ(run.attempts[2].verdict, verdict::unjudged);
 }
 
 TEST(RunRecord, TheResultIsThatOfTheLastLine)
@@ -195,9 +195,9 @@ TEST(RunRecord, ReadsJournalsOfOtherPrograms)
     ASSERT_EQ(run.ports.size(), 1U);
     EXPECT_EQ(run.ports[0].port, 1);
     ASSERT_EQ(run.attempts.size(), 2U);
-    EXPECT_EQ(run.attempts[0].judged, verdict::pass);
-    EXPECT_EQ(run.attempts[1].judged, verdict::fail);
-    EXPECT_EQ(run.attempts[1].checks.at(1).value, "17");
+    EXPECT_EQ(run.attempts[0].verdict, verdict::pass);
+    EXPECT_EQ(run.attempts[1].verdict, verdict::fail);
+    EXPECT_EQ(run.attempts[1].checks.at(1).value.text(), "17");
     EXPECT_EQ(run.attempts[1].checks.at(2).where.name, "port1 lane0");
 }
 

@@ -48,7 +48,7 @@ TEST(History, CountsTheFirstAndTheLastJudgedRunOfEachUnit)
     const auto runs = reports::read_history(folder.path);
     EXPECT_EQ(runs.listed.size(), 9U);
     EXPECT_EQ(runs.units, 5U);
-    EXPECT_EQ(runs.by_result, (std::array<size_t, journal::run_results>{4, 3, 1, 0, 0, 0, 1}));
+    EXPECT_EQ(runs.by_result, (std::array<size_t, common::run_results>{4, 3, 1, 0, 0, 0, 1}));
     EXPECT_EQ(runs.judged_units, 4U);
     EXPECT_EQ(runs.passed_first, 3U);
     EXPECT_EQ(runs.passed_first_by_retry, 1U);

@@ -278,7 +278,7 @@ TEST(StepTable, APortThatIsTestedTwiceHasTwoRows)
     const auto table = reports::table_of(run.attempts[0]);
     std::string shown;
     for (const auto &row : table.rows)
-        shown += fmt::format("{} {} {}; ", row.where.name, word_of(row.judged), row.reason);
+        shown += fmt::format("{} {} {}; ", row.where.name, word_of(row.verdict), row.reason);
     EXPECT_EQ(shown, "port 3 PASS pass; port 4 PASS pass; port 3 FAIL fail; port 4 FAIL fail; ");
     EXPECT_EQ(table.columns.size(), 3U);
 }
