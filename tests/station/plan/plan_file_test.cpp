@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 
 #include "bench.h"
 
@@ -128,4 +129,7 @@ TEST(plan_file, shipped_plans_are_right_and_a_dry_run_touches_nothing)
               0);
     EXPECT_EQ(std::filesystem::file_size(output), 13u);
     EXPECT_FALSE(std::filesystem::exists(folder.path + "/results"));
+    std::istringstream narrow(run_on_terminal({"plan", PLANS "/assisted.toml", "--dry-run"}, "", 40).out);
+    for (std::string line; std::getline(narrow, line);)
+        EXPECT_LE(line.size(), 41u) << line; /* with its carriage return */
 }
