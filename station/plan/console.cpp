@@ -25,12 +25,12 @@ console::console(const test_plan &plan, const identity &of, steps_view steps, co
 void console::print(const std::string &line, size_t indent)
 {
     const common::terminal screen = common::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
-    std::string shown = common::escaped(common::printable(line));
-    if (screen.there && indent + common::length(shown) > screen.width)
-        shown = common::folded(shown, indent, indent + 4, screen.width);
+    std::string text = common::escaped(common::printable(line));
+    if (screen.there && indent + common::length(text) > screen.width)
+        text = common::folded(text, indent, indent + 4, screen.width);
     clear();
     std::FILE *stream = aside_ ? stderr : stdout;
-    std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
+    std::fputs((std::string(indent, ' ') + text + "\n").c_str(), stream);
     std::fflush(stream);
 }
 

@@ -19,7 +19,7 @@ struct console_settings {
     bool aside;    /* all lines go to stderr, as stdout is for something else */
 };
 
-/* Of one run, in one thread. Never throws: what cannot be shown is lost, and the record has it. */
+/* Of one run, in one thread. A line that cannot be shown is no error: the record has it. */
 class console
 {
   public:

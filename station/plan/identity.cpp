@@ -59,14 +59,14 @@ static std::string host_name()
     return name;
 }
 
-identity identify(const test_plan &plan, identity known, bool may_ask)
+identity identify(const test_plan &plan, identity labels, bool may_ask)
 {
-    known.serial = settle(plan.serial, known.serial, may_ask);
-    known.operator_name = settle(plan.operator_name, known.operator_name, may_ask);
-    if (known.station.empty() && plan.station.preset.empty() && !plan.station.required)
-        known.station = host_name();
-    known.station = settle(plan.station, known.station, may_ask);
-    return known;
+    labels.serial = settle(plan.serial, labels.serial, may_ask);
+    labels.operator_name = settle(plan.operator_name, labels.operator_name, may_ask);
+    if (labels.station.empty() && plan.station.preset.empty() && !plan.station.required)
+        labels.station = host_name();
+    labels.station = settle(plan.station, labels.station, may_ask);
+    return labels;
 }
 
 std::string folder_name(const std::string &serial)

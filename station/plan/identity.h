@@ -21,7 +21,7 @@ struct identity {
 /* Fills in what is empty: from the plan, from the system, or by asking when may_ask and somebody is there to answer.
  * Throws station::usage_error for what does not match its label or cannot be asked for, and station::no_reply for an
  * interruption. */
-identity identify(const test_plan &plan, identity known, bool may_ask);
+identity identify(const test_plan &plan, identity labels, bool may_ask);
 
 /* The folder of a run that starts now: UTC time and serial number, 20261123T081502Z-SW0001, safe as a file's name. */
 std::string folder_name(const std::string &serial);

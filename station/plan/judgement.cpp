@@ -63,18 +63,18 @@ static std::string expectation(const value_limit &bounds)
 /* Holds a value against a limit. No value fails, unless what should have it failed already. */
 static check check_limit(const value_limit &bounds, const value &measured, verdict so_far, place where)
 {
-    check limited{check_name(bounds), verdict::pass, "", std::move(where)};
+    check result{check_name(bounds), verdict::pass, "", std::move(where)};
     const bool judged_before = so_far != verdict::pass && so_far != verdict::unjudged;
     if (measured.is_empty() && judged_before) {
-        limited.verdict = verdict::not_tested;
+        result.verdict = verdict::not_tested;
     } else if (measured.is_empty() || !within(bounds, measured)) {
         const std::string unit = bounds.unit.empty() ? "" : " " + bounds.unit;
-        limited.verdict = verdict::fail;
-        limited.sentence =
+        result.verdict = verdict::fail;
+        result.sentence =
             fmt::format("{} {}; expected {}.", bounds.value,
                         measured.is_empty() ? "has no value" : "is " + measured.shown() + unit, expectation(bounds));
     }
-    return limited;
+    return result;
 }
 
 /* One fact is one failure: what a check of the request has failed already, the plan need not fail again. */
@@ -148,17 +148,17 @@ static uint32_t find_stranger(const test_plan &plan, const outcome &unit)
 }
 
 /* The plan's checks; the request's own judgement gives way to them when it fails anyway. */
-static void add_verdict(judgement &result, const std::vector<check> &added, verdict own)
+static void add_verdict(judgement &result, const std::vector<check> &own, verdict of_request)
 {
-    const auto failed = std::ranges::count(added, verdict::fail, &check::verdict);
-    result.verdict = failed > 0 ? verdict::fail : own;
+    const auto failed = std::ranges::count(own, verdict::fail, &check::verdict);
+    result.verdict = failed > 0 ? verdict::fail : of_request;
     if (failed > 0)
         result.summary += fmt::format("; {} of the plan's checks failed", failed);
-    else if (own == verdict::unjudged && !added.empty()) {
+    else if (of_request == verdict::unjudged && !own.empty()) {
         result.verdict = verdict::pass;
         result.summary += "; the plan's checks passed";
     }
-    result.checks.insert(result.checks.end(), added.begin(), added.end());
+    result.checks.insert(result.checks.end(), own.begin(), own.end());
 }
 
 judgement judge(const test_plan &plan, const step &task, const outcome &unit)
@@ -174,14 +174,14 @@ judgement judge(const test_plan &plan, const step &task, const outcome &unit)
             result.checks.emplace_back(own).where = place_of(plan, unit, row);
     for (const check &own : unit.checks)
         result.checks.emplace_back(own).where = common::whole_unit();
-    std::vector<check> added;
+    std::vector<check> of_plan;
     for (const value_limit &bounds : task.limits)
-        if (const value_limit left = left_to_the_plan(task, bounds); limits_anything(left))
-            check_limit(plan, left, unit, added);
+        if (const value_limit rest = left_to_the_plan(task, bounds); limits_anything(rest))
+            check_limit(plan, rest, unit, of_plan);
     const bool failed_as_a_whole = unit.verdict == verdict::fail && unit.ports.empty();
     if (!task.covers.empty() && !failed_as_a_whole)
-        check_coverage(task, unit, added);
-    add_verdict(result, added, unit.verdict);
+        check_coverage(task, unit, of_plan);
+    add_verdict(result, of_plan, unit.verdict);
     return result;
 }
 

@@ -142,8 +142,8 @@ void adopt_limits(step &into)
             const value *bound = bound_of(bounds, field);
             if (bound == nullptr || station::own_value(into.sent, field.name))
                 continue;
-            if (const auto adopted = option_value(field, *bound))
-                field.set(into.sent, field, *adopted);
+            if (const auto number = option_value(field, *bound))
+                field.set(into.sent, field, *number);
             else if (field.judges_unasked)
                 open_limit(field, into);
         }
@@ -159,11 +159,11 @@ void check_limits(const common::toml_reader &reader, const toml::table &step_tab
     std::ranges::transform(values, names.begin(), [](const auto &entry) { return std::string_view(entry.first); });
     for (const value_limit &bounds : task.limits) {
         const toml::node &node = *step_table["limits"][bounds.value].node();
-        const auto known = std::ranges::find(names, bounds.value);
-        if (known == names.end())
+        const auto name = std::ranges::find(names, bounds.value);
+        if (name == names.end())
             reader.fail_at(node, fmt::format("unknown value {} of {}{}", bounds.value, request_name(task),
                                              common::expected_one_of(bounds.value, names)));
-        const bool is_text = values[static_cast<size_t>(known - names.begin())].second.is_text();
+        const bool is_text = values[static_cast<size_t>(name - names.begin())].second.is_text();
         const bool fits = is_text ? bounds.equal.is_text() && bounds.least.is_empty() && bounds.most.is_empty()
                                   : bounds.equal.is_empty() || bounds.equal.is_number();
         if (!fits)

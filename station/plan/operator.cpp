@@ -76,10 +76,10 @@ static std::optional<std::string> read_line()
 
 std::optional<std::string> ask(const std::string &question)
 {
-    const std::string shown =
+    const std::string text =
         common::wrapped(common::printable(question), 0, common::terminal_of(STDERR_FILENO).width - 1);
     tcflush(STDIN_FILENO, TCIFLUSH);
-    std::fputs((shown + " ").c_str(), stderr);
+    std::fputs((text + " ").c_str(), stderr);
     std::fflush(stderr);
     const station::open_line question_line;
     const auto line = read_line();

@@ -69,11 +69,11 @@ static constexpr known_unit KNOWN_UNITS[] = {
 
 static std::string unit_of_value(const step &task, std::string_view value)
 {
-    const auto limited = std::ranges::find(task.limits, value, &value_limit::value);
-    if (limited != task.limits.end() && !limited->unit.empty())
-        return limited->unit;
-    const auto *known = std::ranges::find(KNOWN_UNITS, value, &known_unit::value);
-    return known != std::end(KNOWN_UNITS) ? std::string(known->unit) : value == "value" ? task.unit : "";
+    const auto bounds = std::ranges::find(task.limits, value, &value_limit::value);
+    if (bounds != task.limits.end() && !bounds->unit.empty())
+        return bounds->unit;
+    const auto *row = std::ranges::find(KNOWN_UNITS, value, &known_unit::value);
+    return row != std::end(KNOWN_UNITS) ? std::string(row->unit) : value == "value" ? task.unit : "";
 }
 
 static check measurement(const step &task, const std::string &name, const common::value &value, common::place where)

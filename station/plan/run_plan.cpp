@@ -56,14 +56,14 @@ static nlohmann::ordered_json parameters_of(const order &job, const test_plan &p
 
 /* Everything from here on is in the journal before it is anywhere else. */
 static exit_code run_recorded(const test_plan &plan, const identity &of, steps_view steps, const order &job,
-                              const std::filesystem::path &results, console &shown)
+                              const std::filesystem::path &results, console &screen)
 {
     const auto run_dir = journal::create_run_folder(results, folder_name(of.serial));
     journal::writer journal(run_dir);
     journal.run_start(run_head(plan, of, job.command_line, parameters_of(job, plan, steps.size())));
     const run_settings settings{job.directory, job.stop_on_fail, std::chrono::seconds(job.grace_s),
                                 std::chrono::seconds(job.busy_timeout_s)};
-    const run_end end = runner(plan, steps, settings, journal, shown).run();
+    const run_end end = runner(plan, steps, settings, journal, screen).run();
     record_left_out(journal, plan, steps);
     record_end(journal, end.status, end.interrupted);
     const journal::run_record record = journal::read_run(run_dir);
@@ -132,8 +132,8 @@ static exit_code run_steps(const test_plan &plan, steps_view steps, const order 
         station::enter_directory(job.directory);
         station::notice others("plan", !job.no_progress);
         const station::service_lock alone(claim_for(plan, of, job), others);
-        console shown(plan, of, steps, {.progress = !job.no_progress, .aside = job.json});
-        return run_recorded(plan, of, steps, job, results, shown);
+        console screen(plan, of, steps, {.progress = !job.no_progress, .aside = job.json});
+        return run_recorded(plan, of, steps, job, results, screen);
     } catch (const station::no_reply &) {
         throw;
     } catch (const std::exception &error) {
@@ -151,8 +151,8 @@ exit_code run_plan(const order &job)
         return fail(job, exit_code::nothing_run, "nothing was run: --only and --skip leave no step",
                     word_of(common::verdict::unjudged));
     if (job.dry_run) {
-        const common::terminal screen = common::terminal_of(STDOUT_FILENO);
-        print(job.json ? list_steps_json(plan, steps) : list_steps(plan, steps, screen.there ? screen.width : 0));
+        const common::terminal output = common::terminal_of(STDOUT_FILENO);
+        print(job.json ? list_steps_json(plan, steps) : list_steps(plan, steps, output.there ? output.width : 0));
         return exit_code::passed;
     }
     return run_steps(plan, steps, job);

@@ -14,8 +14,8 @@ namespace plan
 using common::verdict;
 
 runner::runner(const test_plan &plan, steps_view steps, const run_settings &settings, journal::writer &journal,
-               console &shown)
-    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(shown)
+               console &screen)
+    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(screen)
 {
 }
 
@@ -107,11 +107,11 @@ verdict runner::run_attempt(size_t number, int64_t attempt)
     console_.begin(number, attempt);
     again_ = waiting_ = false;
     const station::patience allowed{settings_.busy_timeout, std::chrono::seconds(task.timeout_s), settings_.grace};
-    const station::audience shown{[&](const std::string &done) { show_working(id, task, done); },
-                                  [&] { show_waiting(id); }};
+    const station::audience onlookers{[&](const std::string &done) { show_working(id, task, done); },
+                                      [&] { show_waiting(id); }};
     std::optional<station::outcome> unit;
     try {
-        unit = task.row != nullptr ? station::carry_out(*task.row, task.sent, settings_.directory, allowed, shown)
+        unit = task.row != nullptr ? station::carry_out(*task.row, task.sent, settings_.directory, allowed, onlookers)
                                    : carry_out_by_hand(
                                          task, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
     } catch (const station::no_reply &error) {

@@ -29,7 +29,7 @@ class runner
 {
   public:
     runner(const test_plan &plan, steps_view steps, const run_settings &settings, journal::writer &journal,
-           console &shown);
+           console &screen);
 
     /* Runs each step, and again while it fails and may be tried again, until one says that the run stops there, the
      * service or the operator no longer answers, or a signal was noted: the rest is recorded as not run. To be called

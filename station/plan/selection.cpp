@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * The steps that a run is of: chosen by name, how long they take, and listed for a dry run.
+ * The steps that a run is of: only_names by name, how long they take, and listed for a dry run.
  */
 #include <algorithm>
 #include <fmt/format.h>
@@ -42,14 +42,14 @@ static std::vector<std::string> names_in(const std::string &list, const char *op
 
 std::vector<const step *> select_steps(const test_plan &plan, const std::string &only, const std::string &skip)
 {
-    const std::vector<std::string> chosen = names_in(only, "--only", plan);
-    const std::vector<std::string> skipped = names_in(skip, "--skip", plan);
+    const std::vector<std::string> only_names = names_in(only, "--only", plan);
+    const std::vector<std::string> skip_names = names_in(skip, "--skip", plan);
     const auto among = [](const std::vector<std::string> &names, const step &task) {
         return std::ranges::any_of(names, [&](const std::string &name) { return journal::is_meant(name, task.name); });
     };
     std::vector<const step *> steps;
     for (const step &task : plan.steps)
-        if ((chosen.empty() || among(chosen, task)) && !among(skipped, task))
+        if ((only_names.empty() || among(only_names, task)) && !among(skip_names, task))
             steps.push_back(&task);
     return steps;
 }
