@@ -27,8 +27,10 @@ TEST(plan_operator, is_asked_for_labels_and_no_answer_from_before_counts)
     EXPECT_EQ(head["metadata"]["operator"], "Jane");
     EXPECT_FALSE(head["metadata"]["station"].get<std::string>().empty());
     EXPECT_EQ(head["metadata"]["run_id"].get<std::string>().size(), 32u);
-    EXPECT_NE(end.out.find("step 1 of 1  factory-mode  0 s of about 1 s"), end.out.npos) << end;
+    EXPECT_NE(end.out.find("[....................] step 1 of 1  factory-mode  0 s of about 1 s"), end.out.npos) << end;
     EXPECT_NE(end.out.find("step 1 of 1  factory-mode  PASS"), end.out.npos) << end; /* stays */
+    const finished narrow = run_on_terminal(steps_line(folder, "{request = 'factory-mode'}"), "", 40);
+    EXPECT_NE(narrow.out.find("[........] 1/1 factory-mode  0 s\r"), narrow.out.npos) << narrow;
 }
 
 TEST(plan_operator, is_asked_nothing_when_told_so_or_nobody_is_there)
@@ -64,17 +66,21 @@ TEST(plan_operator, does_sees_and_measures)
     for (const auto &[volts, code] : {std::pair{"54.5\n", 0}, {"57.1\n", 1}}) {
         const simulated_switch healthy("healthy-28");
         const std::string folder = healthy.folder.path;
-        const finished end = talk_on_terminal({"--directory", folder, "plan", PLANS "/assisted.toml", "--serial",
-                                               "SW00000001", "--operator", "O", "--results", folder + "/results"},
-                                              {{"press Enter: ", "\n"},
-                                               {"all ports green? [y/n] ", "perhaps\n"},
-                                               {"found 'perhaps', expected y or n", ""},
-                                               {"all ports green? [y/n] ", "n\n"},
-                                               {"was answered no", ""},
-                                               {"all ports green? [y/n] ", "Y\n"},
-                                               {"at test point 1 in V: ", volts}},
-                                              "\ny\n");
+        const finished end =
+            talk_on_terminal({"--directory", folder, "plan", PLANS "/assisted.toml", "--serial", "SW00000001",
+                              "--operator", "O", "--results", folder + "/results"},
+                             {{"step 1 of 8, plug-in: Put a loopback plug into each of the ports 1 to 28. Then", ""},
+                              {"press Enter: ", "\n"},
+                              {"step 2 of 8, leds: Are the LEDs of all ports green? [y/n] ", "perhaps\n"},
+                              {"found 'perhaps', expected y or n", ""},
+                              {"all ports green? [y/n] ", "n\n"},
+                              {"was answered no", ""},
+                              {"all ports green? [y/n] ", "Y\n"},
+                              {"at test point 1 in V: ", volts}},
+                             "\ny\n");
         EXPECT_EQ(end.code, code) << end;
+        const std::string bar = "[#######.............] step 8 of 8  vop  0 s of about 82 s";
+        EXPECT_EQ(end.out.find(bar) != end.out.npos, code == 0) << end;
         const std::string story = std::string("plug-in#1 step-unknown:unit COMPLETE\n"
                                               "leds#1 answer-fail-retried:unit step-fail-retried:unit COMPLETE\n"
                                               "leds#2 COMPLETE\n") +

@@ -144,13 +144,14 @@ TEST(plan_run, serial_numbers_make_safe_folders_and_no_folder_is_used_twice)
     const simulated_switch healthy("healthy-28");
     std::string plan = plan_with("{request = 'factory-mode'}");
     plan.replace(plan.find("SW[0-9]{4}"), 10, ".*");
-    for (const std::string serial : {"../../x y", "../../x y", ".hidden"})
+    const std::string longest(64, 'x');
+    for (const std::string &serial : {std::string("../../x y"), std::string("../../x y"), longest + "y"})
         EXPECT_EQ(run(plan_line(healthy.folder.path, plan, {"--serial", serial, "--operator", "O"})).code, 0);
     const std::vector<std::string> runs = runs_in(healthy.folder.path);
     ASSERT_EQ(runs.size(), 3u);
     for (const std::string &folder : runs) {
         const std::string name = std::filesystem::path(folder).filename();
-        EXPECT_TRUE(name.find("Z-_.._.._x_y") != name.npos || name.ends_with("Z-_.hidden")) << name;
+        EXPECT_TRUE(name.find("Z-_.._.._x_y") != name.npos || name.ends_with("Z-" + longest)) << name;
     }
 }
 
@@ -176,11 +177,12 @@ TEST(plan_run, json_is_one_object)
 TEST(plan_usage, options_are_checked_before_anything_is_sent)
 {
     const temporary_folder folder;
-    const std::string plan = plan_with("{request = 'poe'}, {request = 'vop'}");
+    const std::string plan = plan_with("{request = 'poe'}, {name = 'round', repeat = 2, step = [{request = 'vop'}]}");
     const std::pair<words, finished> cases[] = {
         {{"--only", "peo"}, {2, "", "--only: unknown step 'peo', did you mean poe?"}},
-        {{"--skip", "vop,"}, {2, "", "--serial: needed when nobody can be asked, a text that matches SW[0-9]{4}"}},
-        {{"--skip", "vop,poe"}, {5, "", "nothing was run: --only and --skip leave no step"}},
+        {{"--only", "xyz"}, {2, "", "--only: unknown step 'xyz', expected one of poe, round"}},
+        {{"--skip", "round,"}, {2, "", "--serial: needed when nobody can be asked, a text that matches SW[0-9]{4}"}},
+        {{"--skip", "round,poe"}, {5, "", "nothing was run: --only and --skip leave no step"}},
         {{"--serial", "SW00012", "--no-input"},
          {2, "", "--serial: found 'SW00012', allowed: a text that matches SW[0-9]{4}"}},
         {{"--serial", "SW0001"}, {2, "", "--operator: needed when nobody can be asked, 1 to 64 readable characters"}},
