@@ -99,15 +99,14 @@ std::string list_steps(const test_plan &plan, steps_view steps, size_t columns)
     const auto fit = [&](const std::string &text, size_t column, size_t indent) {
         return columns == 0 ? text : common::folded(text, column, indent, columns);
     };
-    std::string text = fit(fmt::format("{} {} for {}: {}; nothing was sent", plan.name, plan.version, plan.product,
-                                       expectation_text(steps)),
-                           0, 4) +
-                       "\n";
+    const std::string head = fmt::format("{} {} for {}: {}; nothing was sent", plan.name, plan.version, plan.product,
+                                         expectation_text(steps));
+    std::string text = fit(head, 0, 4) + "\n";
     for (const step *task : steps) {
         const std::string attempts = task->attempts > 1 ? fmt::format(", up to {} attempts", task->attempts) : "";
         const std::string name = common::padded(task->name, INDENT - 2) + "  ";
-        text += name + fit(time_text(*task) + attempts, name.size(), INDENT) + "\n" + std::string(INDENT, ' ') +
-                fit(options_text(*task), INDENT, INDENT) + "\n";
+        text += fmt::format("{}{}\n{:{}}{}\n", name, fit(time_text(*task) + attempts, name.size(), INDENT), "", INDENT,
+                            fit(options_text(*task), INDENT, INDENT));
     }
     return text;
 }
