@@ -1,24 +1,55 @@
 /* SPDX-License-Identifier: MIT
  *
- * Reads a plan file: the unit, its panel and the labels of a run.
+ * A plan's file, but for its steps, and what is asked of a plan that was read.
  */
+#include "plan.h"
+
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <regex>
 
 #include "common/text.h"
-#include "digest.h"
 #include "facmsg_protocol.h"
-#include "plan.h"
 #include "step_file.h"
+
+extern "C" {
+#include <sha2.h>
+}
 
 namespace plan
 {
 
 /* The patterns of plans that give none. */
-static constexpr const char *any_serial = "[A-Za-z0-9._-]{1,64}";
-static constexpr const char *any_text = ".{1,64}";
-static constexpr size_t longest_label = 256; /* std::regex takes stack by the character */
+static constexpr const char *ANY_SERIAL = "[A-Za-z0-9._-]{1,64}";
+static constexpr const char *ANY_TEXT = ".{1,64}";
+static constexpr size_t LONGEST_LABEL = 256; /* std::regex takes stack by the character */
+
+const char *request_name(const step &task)
+{
+    switch (task.is) {
+    case step_kind::instruction:
+        return "instruction";
+    case step_kind::question:
+        return "manual";
+    case step_kind::pause:
+        return "pause";
+    case step_kind::request:
+        break;
+    }
+    return task.row->name;
+}
+
+int64_t expected_s(const step &task)
+{
+    return task.row != nullptr ? task.row->expected.typical_s : task.pause_s;
+}
+
+bool is_by_hand(const step &task)
+{
+    return task.is == step_kind::instruction || task.is == step_kind::question;
+}
 
 /* Takes time that grows with the text and no faster, whatever the pattern: a library's own mode, without references
  * back into the text. */
@@ -27,18 +58,19 @@ static std::regex compiled(const std::string &pattern)
     return std::regex(pattern, std::regex::ECMAScript | std::regex_constants::__polynomial);
 }
 
-bool matches(const label &wanted, const std::string &text)
+bool matches(const label &field, const std::string &text)
 {
+    const std::regex pattern = compiled(field.pattern);
     const bool readable = common::printable(text) == text && text.find_first_of("\t\n") == std::string::npos;
-    return readable && text.size() <= longest_label && std::regex_match(text, compiled(wanted.pattern));
+    return readable && text.size() <= LONGEST_LABEL && std::regex_match(text, pattern);
 }
 
-std::string expected_text(const label &wanted)
+std::string expected_text(const label &field)
 {
-    if (wanted.pattern == any_serial)
+    if (field.pattern == ANY_SERIAL)
         return "1 to 64 letters, digits, dots, - and _";
-    return wanted.pattern == any_text ? "1 to 64 readable characters"
-                                      : fmt::format("a text that matches {}", wanted.pattern);
+    return field.pattern == ANY_TEXT ? "1 to 64 readable characters"
+                                     : fmt::format("a text that matches {}", field.pattern);
 }
 
 bool has_port(const test_plan &plan, uint32_t port)
@@ -57,17 +89,26 @@ static std::string needed_text(const common::toml_reader &reader, std::string_vi
     return *value;
 }
 
-static void read_label(const common::toml_reader &reader, label &wanted)
+static void read_label(const common::toml_reader &reader, label &field)
 {
-    wanted.pattern = reader.text("pattern").value_or(wanted.pattern);
+    field.pattern = reader.text("pattern").value_or(field.pattern);
     try {
-        compiled(wanted.pattern);
+        matches(field, "");
     } catch (const std::regex_error &) {
         reader.fail("pattern",
                     fmt::format("pattern is \"{}\", expected an ECMAScript regular expression without back-references",
-                                wanted.pattern));
+                                field.pattern));
     }
-    wanted.hint = reader.text("hint").value_or("");
+    field.hint = reader.text("hint").value_or("");
+}
+
+static void read_station(const common::toml_reader &section, label &field)
+{
+    read_label(section, field);
+    field.required = section.flag("required", false);
+    field.preset = section.text("default").value_or("");
+    if (!field.preset.empty() && !matches(field, field.preset))
+        section.fail("default", fmt::format("default is \"{}\", expected {}", field.preset, expected_text(field)));
 }
 
 static void read_labels(const std::string &file, const common::toml_reader &reader, test_plan &into)
@@ -81,13 +122,7 @@ static void read_labels(const std::string &file, const common::toml_reader &read
         into.operator_name.required = section.flag("required", true);
     });
     reader.for_table("station", [&](const toml::table &table) {
-        const common::toml_reader section(file, table, {"required", "pattern", "default", "hint"});
-        read_label(section, into.station);
-        into.station.required = section.flag("required", false);
-        into.station.preset = section.text("default").value_or("");
-        if (!into.station.preset.empty() && !matches(into.station, into.station.preset))
-            section.fail("default", fmt::format("default is \"{}\", expected {}", into.station.preset,
-                                                expected_text(into.station)));
+        read_station(common::toml_reader(file, table, {"required", "pattern", "default", "hint"}), into.station);
     });
 }
 
@@ -106,6 +141,17 @@ static void read_panel(const std::string &file, const toml::table &table, test_p
     into.panel.push_back(std::move(group));
 }
 
+/* SHA-256 in small hexadecimal letters. */
+static std::string sha256_of(std::string_view bytes)
+{
+    SHA2_CTX state;
+    std::array<uint8_t, SHA256_DIGEST_LENGTH> digest;
+    SHA256Init(&state);
+    SHA256Update(&state, reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    SHA256Final(digest.data(), &state);
+    return fmt::format("{:02x}", fmt::join(digest, ""));
+}
+
 test_plan read_plan(const std::string &path)
 {
     const std::string bytes = common::read_bytes(path, "a plan file");
@@ -118,9 +164,9 @@ test_plan read_plan(const std::string &path)
                    .version = needed_text(reader, "version", "the plan's version"),
                    .product = needed_text(reader, "product", "the product's name"),
                    .panel = {},
-                   .serial = {"serial number", "--serial", true, any_serial},
-                   .operator_name = {"operator", "--operator", true, any_text},
-                   .station = {"station", "--station", false, any_text},
+                   .serial = {"serial number", "--serial", true, ANY_SERIAL},
+                   .operator_name = {"operator", "--operator", true, ANY_TEXT},
+                   .station = {"station", "--station", false, ANY_TEXT},
                    .steps = {}};
     read_labels(path, reader, into);
     reader.for_each_table("panel", [&](const toml::table &entry) { read_panel(path, entry, into); });
