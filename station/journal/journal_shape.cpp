@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "journal_text.h"
 
 namespace journal

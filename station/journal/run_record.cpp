@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <map>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "journal_check.h"
 #include "journal_reader.h"
 #include "journal_text.h"

@@ -6,9 +6,7 @@
 #include <fmt/format.h>
 #include <sstream>
 
-#include "common/printable.h"
-#include "common/say.h"
-#include "common/wrap.h"
+#include "common/text.h"
 #include "findings.h"
 #include "reports.h"
 

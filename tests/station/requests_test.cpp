@@ -10,63 +10,13 @@
 
 #include "facmsg_protocol.h"
 #include "programs.h"
+#include "transcripts.h"
 
 static const std::string who = "facmsg-station: ";
 
-/* Of neighbouring port rows that differ in the number alone only the first is left. */
-static std::string condensed(const std::string &text)
-{
-    std::istringstream lines(text);
-    std::string shown, previous;
-    for (std::string line; std::getline(lines, line);) {
-        const size_t digit = line.find_first_not_of(' ');
-        const size_t after = line.find("  ", digit);
-        const bool is_row = digit != line.npos && after != line.npos && isdigit(line[digit]);
-        const std::string rest = is_row ? line.substr(after) : "";
-        if (!is_row || rest != previous)
-            shown += line + "\n";
-        previous = rest;
-    }
-    return shown;
-}
-
-/* One entry of a transcript: a board's name and what is added to its file, a command line, and what came of it. */
-static void play(const std::string &entry)
-{
-    std::istringstream lines(entry);
-    std::string board, faults, command, expected;
-    std::getline(lines, board);
-    while (std::getline(lines, command) && !command.starts_with("$ "))
-        faults += command + "\n";
-    for (std::string line; std::getline(lines, line);)
-        expected += line + "\n";
-    words arguments;
-    std::istringstream options(command.substr(2));
-    for (std::string word; options >> word;)
-        arguments.push_back(word);
-    const temporary_folder folder;
-    const std::string file = folder.path + "/board.toml";
-    std::ofstream(file) << "base = \"" BOARDS "/" << board << ".toml\"\nname = \"changed\"\n" << faults;
-    const finished end = simulated_switch(file).run(arguments);
-    EXPECT_EQ(condensed(end.out) + end.err + "exit " + std::to_string(end.code) + "\n", expected) << board << "\n"
-                                                                                                  << faults << command;
-}
-
 TEST(requests, transcripts)
 {
-    std::ifstream file(TRANSCRIPTS);
-    std::string entry;
-    int played = 0;
-    for (std::string line; std::getline(file, line);) {
-        if (!line.starts_with("#"))
-            entry += line + "\n";
-        if (line.starts_with("exit ")) {
-            play(entry.substr(entry.find_first_not_of('\n')));
-            entry.clear();
-            played++;
-        }
-    }
-    EXPECT_GT(played, 0);
+    play_transcripts(TRANSCRIPTS, [](const simulated_switch &board, const words &line) { return board.run(line); });
 }
 
 TEST(requests, fpga_gives_back_what_was_written)
@@ -74,16 +24,16 @@ TEST(requests, fpga_gives_back_what_was_written)
     const simulated_switch healthy("healthy-28");
     const temporary_folder folder;
     std::string data;
-    for (int i = 0; i < 4096; i++)
-        data += static_cast<char>(i * 7 + i / 256);
+    for (int i = 0; i < 204; i++) /* seven writes and four reads, the last ones shorter, at 0.1 s each */
+        data += static_cast<char>(i * 7);
     std::ofstream(folder.path + "/in") << data;
     EXPECT_EQ(healthy.run({"fpga", "write", "20000", "--file", folder.path + "/in"}),
               (finished{0,
-                        "NOT JUDGED  4096 bytes sent to FPGA address 0x20000; only reading them back\n"
-                        "            shows that they arrived\n",
+                        "NOT JUDGED  204 bytes sent to FPGA address 0x20000; only reading them back shows\n"
+                        "            that they arrived\n",
                         ""}));
-    EXPECT_EQ(healthy.run({"fpga", "read", "20000", "4096", "--output", folder.path + "/out"}),
-              (finished{0, "NOT JUDGED  4096 bytes read from FPGA address 0x20000\n", ""}));
+    EXPECT_EQ(healthy.run({"fpga", "read", "20000", "204", "--output", folder.path + "/out"}),
+              (finished{0, "NOT JUDGED  204 bytes read from FPGA address 0x20000\n", ""}));
     std::ostringstream read_back;
     read_back << std::ifstream(folder.path + "/out").rdbuf();
     EXPECT_EQ(read_back.str(), data);
