@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <sstream>
 
+#include "common/terminal.h"
 #include "common/text.h"
 #include "findings.h"
 #include "reports.h"
