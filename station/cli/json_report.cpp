@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "common/error_json.h"
+#include "common/program.h"
 #include "tools.h"
 
 namespace station

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <fmt/format.h>
 
-#include "common/wrap.h"
+#include "common/text.h"
 #include "report.h"
 #include "tools.h"
 

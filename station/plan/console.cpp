@@ -6,10 +6,11 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/printable.h"
-#include "common/say.h"
 #include "common/terminal.h"
-#include "common/wrap.h"
+#include "common/text.h"
+#include "common/verdict.h"
+#include "common/words.h"
+#include "station/reports/findings.h"
 
 namespace plan
 {

@@ -11,9 +11,9 @@
 #include <random>
 #include <unistd.h>
 
-#include "common/printable.h"
-#include "common/say.h"
-#include "common/version.h"
+#include "common/program.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "facmsg.h"
 #include "judgement.h"
 #include "operator.h"

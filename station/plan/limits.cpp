@@ -8,7 +8,8 @@
 #include <limits>
 #include <optional>
 
-#include "common/nearest.h"
+#include "common/words.h"
+#include "values.h"
 
 namespace plan
 {

@@ -12,10 +12,8 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "common/printable.h"
-#include "common/say.h"
 #include "common/terminal.h"
-#include "common/wrap.h"
+#include "common/text.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
 

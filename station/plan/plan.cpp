@@ -10,7 +10,7 @@
 #include <fmt/ranges.h>
 #include <regex>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "facmsg_protocol.h"
 #include "step_file.h"
 

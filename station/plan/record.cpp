@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "common/program.h"
+#include "facmsg.h"
 #include "limits.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"

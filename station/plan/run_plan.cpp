@@ -8,10 +8,10 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include "common/error_json.h"
-#include "common/say.h"
+#include "common/program.h"
 #include "common/terminal.h"
-#include "common/wrap.h"
+#include "common/text.h"
+#include "common/words.h"
 #include "identity.h"
 #include "operator.h"
 #include "record.h"

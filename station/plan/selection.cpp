@@ -7,10 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "common/count.h"
-#include "common/duration.h"
-#include "common/nearest.h"
-#include "common/wrap.h"
+#include "common/text.h"
+#include "common/words.h"
 #include "plan.h"
 #include "station/journal/run_record.h"
 

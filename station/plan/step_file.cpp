@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "facmsg_protocol.h"
 #include "limits.h"
 #include "station/requests/carry_out.h"

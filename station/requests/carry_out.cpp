@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/path_fault.h"
+#include "common/file.h"
 #include "interruption.h"
 #include "unreachable.h"
 

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "families.h"
 #include "hex.h"
 

@@ -8,10 +8,10 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <system_error>
 #include <unistd.h>
 
+#include "common/socket_address.h"
 #include "facmsg_protocol.h"
 
 namespace station
@@ -52,9 +52,7 @@ static bool is_closed_soon(int fd)
 /* 0, or the error number of connecting. Never waits long: a service with a full backlog gives EAGAIN. */
 static int connect_error(bool once_more = true)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    fmt::format_to_n(address.sun_path, sizeof(address.sun_path) - 1, "{}", FACMSG_SOCKET_PATH);
+    const sockaddr_un address = common::socket_address(FACMSG_SOCKET_PATH);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd < 0)
         return errno;
