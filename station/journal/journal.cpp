@@ -60,16 +60,20 @@ std::filesystem::path create_run_folder(const std::filesystem::path &results, co
     }
 }
 
-/* Now in UTC, with milliseconds. */
-static std::string timestamp()
+std::chrono::sys_time<std::chrono::milliseconds> system_time()
 {
-    const auto now = std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
-    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(std::chrono::system_clock::to_time_t(now)),
-                       now.time_since_epoch().count() % 1000);
+    return std::chrono::time_point_cast<std::chrono::milliseconds>(std::chrono::system_clock::now());
 }
 
-writer::writer(const std::filesystem::path &run_dir)
-    : run_dir_(run_dir),
+/* In UTC, as 2026-11-23T08:15:02.114Z. */
+static std::string timestamp(std::chrono::sys_time<std::chrono::milliseconds> time)
+{
+    return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(std::chrono::system_clock::to_time_t(time)),
+                       time.time_since_epoch().count() % 1000);
+}
+
+writer::writer(const std::filesystem::path &run_dir, clock_source clock)
+    : run_dir_(run_dir), clock_(std::move(clock)),
       fd_(open((run_dir / file_name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
 {
     if (fd_ < 0)
@@ -95,7 +99,7 @@ void writer::fail(const std::string &reason)
 
 void writer::write_line(const char *kind, const ordered_json &content)
 {
-    const ordered_json artifact{{kind, content}, {"sequenceNumber", lines_}, {"timestamp", timestamp()}};
+    const ordered_json artifact{{kind, content}, {"sequenceNumber", lines_}, {"timestamp", timestamp(clock_())}};
     const std::string line = artifact.dump(-1, ' ', false, ordered_json::error_handler_t::replace) + "\n";
     errno = EBADF; /* of a journal that was given up before */
     const ssize_t written = fd_ < 0 ? -1 : write(fd_, line.data(), line.size());

@@ -6,8 +6,10 @@
 #ifndef JOURNAL_JOURNAL_H
 #define JOURNAL_JOURNAL_H
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <stdexcept>
 #include <string>
@@ -28,15 +30,22 @@ struct not_saved : std::runtime_error {
  * is taken. Never takes a folder that exists. Throws not_saved. */
 std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name);
 
+/* The log of a step that had to wait has this when the wait is over: its time counts from here. */
+constexpr const char *service_began = "the service has begun the request";
+
 enum class step_status { complete, error, skip };
 enum class run_status { pass, fail, error, skip }; /* error and skip have no result; skip: see run_error */
+
+/* Where the times of the lines come from. */
+using clock_source = std::function<std::chrono::sys_time<std::chrono::milliseconds>()>;
+std::chrono::sys_time<std::chrono::milliseconds> system_time();
 
 /* The journal of one run. Every function throws not_saved, and nothing is written after the first failure. */
 class writer
 {
   public:
     /* Creates journal.jsonl in the run's folder, where none may be, and writes the schema version. */
-    explicit writer(const std::filesystem::path &run_dir);
+    explicit writer(const std::filesystem::path &run_dir, clock_source clock = system_time);
     ~writer();
     writer(const writer &) = delete;
     writer &operator=(const writer &) = delete;
@@ -63,6 +72,7 @@ class writer
     [[noreturn]] void fail(const std::string &reason);
 
     std::filesystem::path run_dir_;
+    clock_source clock_;
     int fd_;
     uint64_t lines_ = 0;
     uint64_t steps_ = 0;

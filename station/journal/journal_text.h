@@ -5,7 +5,9 @@
 #ifndef JOURNAL_JOURNAL_TEXT_H
 #define JOURNAL_JOURNAL_TEXT_H
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -30,7 +32,12 @@ struct text_line {
     bool complete; /* has its line end: what was written before a crash may lack it */
 };
 
+/* Points into the text. */
 std::vector<text_line> lines_of(std::string_view text);
+
+/* Milliseconds since 1970 of a text such as 2026-11-23T08:15:02.114Z (UTC, milliseconds or finer); nothing for any
+ * other form and for days that do not exist. */
+std::optional<int64_t> parse_timestamp(std::string_view text);
 
 } // namespace journal
 

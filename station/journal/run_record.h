@@ -46,6 +46,7 @@ struct attempt {
     std::vector<int> covers = {}; /* the ports that it has to judge; empty: whichever its reply names */
     bool judges_ports = true;     /* false: it has no reply that could */
     moment start = {}, end = {};
+    moment begun = {}; /* by the service, after another request was done; start when the journal does not say so */
     common::verdict verdict = common::verdict::incomplete;
     std::string summary = {};       /* the sentence on the whole, or why there is no verdict */
     std::vector<check> checks = {}; /* in the journal's order, without the judgement on the whole */
@@ -76,6 +77,9 @@ bool is_meant(const std::string &name, const std::string &step);
 
 /* The time between, never negative although clocks are set; nothing when either is unknown. */
 std::optional<double> seconds_between(const moment &start, const moment &end);
+
+/* How long the request was at work: the wait for a busy service is not the step's. Nothing without an end. */
+std::optional<double> time_of(const attempt &tried);
 
 /* Whether the step passed after attempts that failed. */
 bool passed_by_retry(const attempt &tried);

@@ -9,7 +9,6 @@
 #include <optional>
 
 #include "common/words.h"
-#include "values.h"
 
 namespace plan
 {

@@ -2,7 +2,6 @@
  *
  * How a run ended: in a code for programs, and in a few words under its result.
  */
-#include "ending.h"
 
 #include <algorithm>
 #include <fmt/format.h>

@@ -42,6 +42,15 @@ std::string limits_text(const std::vector<common::limit> &limits);
 std::string limits_with_unit(const common::check &made);
 using common::counted;
 
+/* What keeps it from being a run of the whole plan: by which signal it was interrupted, how many steps were run; empty
+ * when nothing does. */
+std::string shortfall_text(const journal::run_record &run);
+
+bool is_whole_plan(const journal::run_record &run);
+
+/* What the result comes to, such as "5 failed checks" or "every step passed". */
+std::string headline(const journal::run_record &run);
+
 } // namespace reports
 
 #endif

@@ -11,7 +11,7 @@
 
 #include "common/text.h"
 #include "findings.h"
-#include "station/journal/timestamp.h"
+#include "station/journal/journal_text.h"
 
 namespace reports
 {

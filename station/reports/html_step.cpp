@@ -80,7 +80,7 @@ static std::string meta_of(const journal::attempt &tried)
 {
     std::string text = tried.request.empty() ? "" : fmt::format("Request {}. ", tried.request);
     text += fmt::format("Started {}", or_dash(time_text(tried.start)));
-    if (const auto took = seconds_between(tried.start, tried.end))
+    if (const auto took = time_of(tried))
         text += ", took " + duration_text(took);
     return text + ".";
 }
@@ -108,23 +108,22 @@ data step_data(const journal::attempt &tried)
 {
     const step_table table = table_of(tried);
     const std::vector<const check *> unit = unit_line(tried, table);
-    return object(
-        {{"step", tried.step},
-         {"request", tried.request},
-         {"attempt", fmt::format("{} of {}", tried.number, std::max(tried.number, tried.most))},
-         {"style", style_of(tried.verdict)},
-         {"word", word_of(tried.verdict)},
-         {"bad", is_bad(tried.verdict)},
-         {"took", tried.verdict == verdict::not_run ? "–" : duration_text(seconds_between(tried.start, tried.end))},
-         {"expected", tried.expected_s > 0 ? duration_text(tried.expected_s) : "–"},
-         {"summary", summary_of(tried)},
-         {"meta", meta_of(tried)},
-         {"notes", notes_of(tried)},
-         {"has_unit", !unit.empty()},
-         {"unit", list(unit, unit_data)},
-         {"has_rows", !table.rows.empty()},
-         {"columns", list(table.columns, column_data)},
-         {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
+    return object({{"step", tried.step},
+                   {"request", tried.request},
+                   {"attempt", fmt::format("{} of {}", tried.number, std::max(tried.number, tried.most))},
+                   {"style", style_of(tried.verdict)},
+                   {"word", word_of(tried.verdict)},
+                   {"bad", is_bad(tried.verdict)},
+                   {"took", tried.verdict == verdict::not_run ? "–" : duration_text(time_of(tried))},
+                   {"expected", tried.expected_s > 0 ? duration_text(tried.expected_s) : "–"},
+                   {"summary", summary_of(tried)},
+                   {"meta", meta_of(tried)},
+                   {"notes", notes_of(tried)},
+                   {"has_unit", !unit.empty()},
+                   {"unit", list(unit, unit_data)},
+                   {"has_rows", !table.rows.empty()},
+                   {"columns", list(table.columns, column_data)},
+                   {"rows", list(table.rows, [&](const table_row &row) { return row_data(row, table.columns); })}});
 }
 
 } // namespace reports

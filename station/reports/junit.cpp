@@ -9,7 +9,6 @@
 #include <set>
 #include <span>
 
-#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 
@@ -152,7 +151,7 @@ static void add_step(suite &cases, attempts step)
     for (const journal::attempt *tried : step) {
         const bool is_error = tried->verdict == verdict::no_verdict;
         whole.attempts.push_back({tried->number, tried->verdict, is_error ? all_errors(*tried) : tried->summary});
-        whole.seconds += seconds_between(tried->start, tried->end).value_or(0);
+        whole.seconds += time_of(*tried).value_or(0);
     }
     cases.add(whole);
 }

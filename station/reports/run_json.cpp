@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include "common/text.h"
-#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 
@@ -34,7 +33,7 @@ static ordered_json step_json(const journal::attempt &tried)
             {"request", tried.request},
             {"verdict", word_of(tried.verdict)},
             {"attempts", tried.number},
-            {"seconds", seconds_between(tried.start, tried.end).value_or(0)},
+            {"seconds", time_of(tried).value_or(0)},
             {"summary", tried.summary}};
 }
 

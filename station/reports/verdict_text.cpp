@@ -6,14 +6,50 @@
 #include <fmt/format.h>
 #include <sstream>
 
-#include "banner.h"
+#include "common/terminal.h"
 #include "common/text.h"
-#include "ending.h"
 #include "findings.h"
 #include "reports.h"
 
 namespace reports
 {
+
+constexpr size_t height = 5;
+
+struct letter {
+    char name;
+    std::string_view lines[height];
+};
+constexpr letter letters[] = {
+    {'A', {" ### ", "#   #", "#####", "#   #", "#   #"}}, {'C', {" ####", "#    ", "#    ", "#    ", " ####"}},
+    {'D', {"#### ", "#   #", "#   #", "#   #", "#### "}}, {'E', {"#####", "#    ", "###  ", "#    ", "#####"}},
+    {'F', {"#####", "#    ", "###  ", "#    ", "#    "}}, {'G', {" ####", "#    ", "#  ##", "#   #", " ####"}},
+    {'J', {"  ###", "   # ", "   # ", "#  # ", " ##  "}}, {'U', {"#   #", "#   #", "#   #", "#   #", " ### "}},
+    {'V', {"#   #", "#   #", "#   #", " # # ", "  #  "}}, {'I', {"#####", "  #  ", "  #  ", "  #  ", "#####"}},
+    {'K', {"#   #", "#  # ", "###  ", "#  # ", "#   #"}}, {'L', {"#    ", "#    ", "#    ", "#    ", "#####"}},
+    {'M', {"#   #", "## ##", "# # #", "#   #", "#   #"}}, {'N', {"#   #", "##  #", "# # #", "#  ##", "#   #"}},
+    {'O', {" ### ", "#   #", "#   #", "#   #", " ### "}}, {'P', {"#### ", "#   #", "#### ", "#    ", "#    "}},
+    {'R', {"#### ", "#   #", "#### ", "#  # ", "#   #"}}, {'S', {" ####", "#    ", " ### ", "    #", "#### "}},
+    {'T', {"#####", "  #  ", "  #  ", "  #  ", "  #  "}},
+};
+
+/* The word in letters five lines high, each line with its line end, indented by two. Knows the letters of the words
+ * for results; others are blank. */
+static std::string banner(std::string_view word)
+{
+    std::string text;
+    for (size_t line = 0; line < height; line++) {
+        std::string shown;
+        for (const char name : word) {
+            const auto *known = std::ranges::find(letters, name, &letter::name);
+            shown += "  ";
+            shown += known == std::end(letters) ? std::string_view("     ") : known->lines[line];
+        }
+        shown.erase(shown.find_last_not_of(' ') + 1);
+        text += shown + "\n";
+    }
+    return text;
+}
 
 using common::run_result;
 using common::verdict;

@@ -97,7 +97,9 @@ TEST(message, of_a_client_without_a_service_fails)
     world::fail("socket");
     EXPECT_EQ(facmsg_client_send(19, 0, nullptr, 1), -1);
     close(listener);
+    close(STDIN_FILENO); /* so that the client's descriptor is 0 */
     EXPECT_EQ(facmsg_client_send(19, 0, nullptr, 1), -1);
+    EXPECT_EQ(close(STDIN_FILENO), -1) << "the client should have closed it";
     const std::string op = "<facmsg_client_send> ", no_service = op + "Connect service fail()ret:-1).\n";
     EXPECT_EQ(log.text(), op + "Msg format error.\n" + no_service + no_service);
 }

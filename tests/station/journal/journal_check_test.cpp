@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "journal_builder.h"
+#include "sample_runs.h"
 #include "station/journal/journal_check.h"
 #include "station/journal/journal_text.h"
 
@@ -23,17 +23,14 @@ static std::string problems_of(const std::string &text)
     return shown;
 }
 
-TEST(JournalCheck, PassesGoodJournals)
+TEST(journal_check, good_journals_pass)
 {
     EXPECT_EQ(problems_of(foreign()), "");
-    journal_builder journal;
-    journal.begin("poe", 1, 2)
-        .measure(1, "code", 3, 5)
-        .judge(1, "overload", "fail-retried", "bad")
-        .whole("fail-retried", "");
-    journal.begin("poe", 2, 2).judge(1, "overload", "pass").whole("pass", "all good").end("COMPLETE", "PASS");
-    EXPECT_EQ(problems_of(journal.text()), "");
-    EXPECT_EQ(journal::check_journal(journal.text()).lines, 14U);
+    const std::string own =
+        journal_of("step poe 1/2 | 1 code = 3 <= 5 | 1 overload-fail-retried bad | over fail-retried | "
+                   "step poe 2/2 | 1 overload-pass | over pass all good | end PASS");
+    EXPECT_EQ(problems_of(own), "");
+    EXPECT_EQ(journal::check_journal(own).lines, 14U);
 }
 
 /* The good journal with one passage replaced. */
@@ -97,7 +94,7 @@ static const damage damages[] = {
     {"fail_without_diagnosis", "\"type\":\"FAIL\"", "\"type\":\"UNKNOWN\"", ""}, /* a measurement may say why */
 };
 
-TEST(JournalCheck, NamesTheLineAndTheReason)
+TEST(journal_check, names_the_line_and_the_reason)
 {
     for (const damage &one : damages) {
         SCOPED_TRACE(one.what);
@@ -109,25 +106,26 @@ TEST(JournalCheck, NamesTheLineAndTheReason)
     }
 }
 
-TEST(JournalCheck, WantsBeginningsAndEnds)
+TEST(journal_check, journals_have_a_beginning_and_an_end)
 {
-    EXPECT_EQ(problems_of(""), "1: the file is empty\n");
-    const std::string whole = journal_builder().begin("poe").end_step().end("SKIP", "NOT_APPLICABLE").text();
-    EXPECT_EQ(problems_of(whole.substr(0, whole.size() - 1)),
-              "6: the line has no line end, so it may not be whole\n6: the journal ends without testRunEnd\n");
-    EXPECT_EQ(problems_of(journal_builder("A", 4, 0, {{"skip", "poe"}}).end("COMPLETE", "PASS").text()),
-              "3: the run passed, but steps of its plan were left out; expected SKIP\n");
-    EXPECT_EQ(problems_of(journal_builder().begin("poe").end("SKIP", "NOT_APPLICABLE").text()),
-              "5: step \"0\" has not ended\n");
-    EXPECT_EQ(problems_of(journal_builder().end("SKIP", "NOT_APPLICABLE").end("SKIP", "NOT_APPLICABLE").text()),
-              "4: stands after testRunEnd, which must be the last line\n");
-    EXPECT_EQ(problems_of("{\"sequenceNumber\":0,\"timestamp\":\"2026-11-23T08:15:02.114Z\",\"testStepArtifact\":"
-                          "{\"testStepId\":\"0\",\"testStepStart\":{\"name\":\"poe\"}}}\n"),
-              "1: is no schemaVersion, which must be the first line\n1: a step before testRunStart\n"
-              "1: the journal ends without testRunEnd\n");
+    const std::string whole = journal_of("step poe | over none | end SKIP");
+    const std::pair<std::string, const char *> journals[] = {
+        {"", "1: the file is empty\n"},
+        {whole.substr(0, whole.size() - 1),
+         "6: the line has no line end, so it may not be whole\n6: the journal ends without testRunEnd\n"},
+        {journal_of("skip=poe | end PASS"), "3: the run passed, but steps of its plan were left out; expected SKIP\n"},
+        {journal_of("step poe | end SKIP"), "5: step \"0\" has not ended\n"},
+        {journal_of("end SKIP | end SKIP"), "4: stands after testRunEnd, which must be the last line\n"},
+        {"{\"sequenceNumber\":0,\"timestamp\":\"2026-11-23T08:15:02.114Z\",\"testStepArtifact\":"
+         "{\"testStepId\":\"0\",\"testStepStart\":{\"name\":\"poe\"}}}\n",
+         "1: is no schemaVersion, which must be the first line\n1: a step before testRunStart\n"
+         "1: the journal ends without testRunEnd\n"},
+    };
+    for (const auto &[text, problems] : journals)
+        EXPECT_EQ(problems_of(text), problems);
 }
 
-TEST(JournalCheck, SurvivesWhateverALineHolds)
+TEST(journal_check, whatever_a_line_holds_is_harmless)
 {
     const std::string deep = "{\"schemaVersion\":" + std::string(200000, '[') + std::string(200000, ']') + "}\n";
     for (const std::string &text : {deep, std::string("\0\xFF\n", 3), std::string("[]\n7\n\"\"\n{}\n\n")})

@@ -1,48 +1,45 @@
 #!/usr/bin/python3 -B
 # SPDX-License-Identifier: MIT
-"""The schema takes the lines that the station writes, and none that says something else: schema_test.py SCHEMA"""
+"""The schema takes what the station's writer writes, and no line that is damaged: schema_test.py FOLDER
+WRITE_SAMPLES. The format's own takes these and what another program writes."""
+import json
+import pathlib
+import subprocess
 import sys
+import tempfile
 
 from check_schema import problem_of, validator_of
 
-
-def run(kind, content):
-    return {"testRunArtifact": {kind: content}, "sequenceNumber": 1, "timestamp": "2026-11-23T08:15:02.114Z"}
-
-
-def step(kind, content):
-    return run("", "") | {"testStepArtifact": {"testStepId": "0", kind: content}} | {"testRunArtifact": None}
-
-
-def line(artifact):
-    return {name: value for name, value in artifact.items() if value is not None}
-
-
-PORT = {"hardwareInfoId": "port20"}
-MOST = {"name": "max", "type": "LESS_THAN_OR_EQUAL", "value": 4}
-GOOD = [
-    run("testRunEnd", {"status": "COMPLETE", "result": "FAIL"}),
-    run("testRunEnd", {"status": "SKIP", "result": "NOT_APPLICABLE"}),
-    step("diagnosis", {"verdict": "link-fail", "type": "FAIL"} | PORT),
-    step("diagnosis", {"verdict": "link-fail-retried", "type": "UNKNOWN"} | PORT),
-    step("measurement", {"name": "code", "value": 3, "validators": [MOST]} | PORT),
-    step("measurement", {"name": "code", "value": 3, "subcomponent": {"name": "position 3"}}),
-]
-BAD = [
-    run("testRunEnd", {"status": "SKIP", "result": "PASS"}),
-    run("testRunEnd", {"status": "COMPLETE", "result": "NOT_APPLICABLE"}),
-    run("testRunEnd", {"status": "COMPLETE", "result": "PASS"}) | {"timestamp": "2026-11-23T08:15:02Z"},
-    step("diagnosis", {"verdict": "link-fail", "type": "PASS"} | PORT),
-    step("diagnosis", {"verdict": "link-fail-retried", "type": "FAIL"} | PORT),
-    step("diagnosis", {"verdict": "link-pass", "type": "PASS"}),
-    step("diagnosis", {"verdict": "link-pass", "type": "PASS", "hardwareInfoId": "port257"}),
-    step("measurement", {"name": "code", "value": None} | PORT),
-    step("measurement", {"name": "code", "value": 3, "validators": [MOST | {"name": "min"}]} | PORT),
-    step("measurement", {"name": "code", "value": 3, "subcomponent": {"name": "position 3"}} | PORT),
-    step("file", {"displayName": "a", "uri": "b", "isSnapshot": True}),
+DAMAGES = [
+    ('"status":"COMPLETE","result"', '"status":"SKIP","result"'),
+    ('"result":"FAIL"', '"result":"NOT_APPLICABLE"'),
+    ('.118Z"', 'Z"'),
+    ('"verdict":"link-fail"', '"verdict":"link-pass"'),
+    ('"verdict":"link-fail"', '"verdict":"link-fail-retried"'),
+    ('"type":"UNKNOWN"', '"type":"FAIL"'),
+    (',"hardwareInfoId":"port02"', ""),
+    ('"hardwareInfoId":"port02"', '"hardwareInfoId":"port257"'),
+    ('"hardwareInfoId":"port02"', '"hardwareInfoId":"port02","subcomponent":{"name":"position 3"}'),
+    ('"value":53.8', '"value":null'),
+    ('"name":"max"', '"name":"min"'),
+    ('"measurement"', '"file"'),
+    ('"metadata"', '"remarks":"none","metadata"'),
 ]
 
-validator = validator_of(sys.argv[1])
-refused = [str(problem) for case in GOOD if (problem := problem_of(validator, line(case)))]
-taken = [str(line(case)) for case in BAD if not problem_of(validator, line(case))]
-sys.exit("\n".join(["refused: " + text for text in refused] + ["taken: " + text for text in taken]) or 0)
+schemas = pathlib.Path(sys.argv[1])
+validator, wider = validator_of(schemas / "journal.schema.json"), validator_of(schemas / "format.schema.json")
+with tempfile.TemporaryDirectory() as folder:
+    subprocess.run([sys.argv[2], folder], check=True)
+    journals = {path.parent.name: path.read_text() for path in pathlib.Path(folder).glob("*/journal.jsonl")}
+foreign = {"hostile", "unexplained"}  # what no plan and no station says
+lines = [line for name, journal in journals.items() if name not in foreign for line in journal.splitlines()]
+faults = [f"refused: {line}: {problem}" for line in lines if (problem := problem_of(validator, json.loads(line)))]
+journals["other program"] = pathlib.Path(__file__).with_name("foreign.jsonl").read_text()
+for line in "".join(journals.values()).splitlines():
+    if problem := problem_of(wider, json.loads(line)):
+        faults.append(f"refused: {line}: {problem}")
+for passage, damage in DAMAGES:
+    line = next(line for line in journals["failing"].splitlines() if passage in line)
+    if not problem_of(validator, json.loads(line.replace(passage, damage))):
+        faults.append(f"taken: {passage} as {damage}")
+sys.exit("\n".join(faults) or 0)

@@ -4,357 +4,322 @@
  */
 #include <fmt/format.h>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <pugixml.hpp>
+#include <regex>
 #include <set>
 #include <sstream>
 
-#include "run_folders.h"
+#include "sample_runs.h"
 #include "station/journal/journal_text.h"
-#include "station/reports/findings.h"
-#include "station/reports/history.h"
-#include "station/reports/panel.h"
 #include "station/reports/port_state.h"
 #include "station/reports/report_tools.h"
 #include "station/reports/reports.h"
-#include "station/reports/step_table.h"
+
+namespace
+{
 
 using common::exit_code;
+using journal::run_record;
 
-static pugi::xml_document junit_of(const journal_builder &journal)
+const std::filesystem::path run_dir = "results/run";
+
+/* Without blanks at the ends of lines, and lines of nothing else. */
+std::string tidy(const std::string &text)
+{
+    std::istringstream lines(text);
+    std::string result;
+    for (std::string line; std::getline(lines, line);)
+        if (const size_t begin = line.find_first_not_of(" |"); begin != std::string::npos)
+            result += line.substr(begin, line.find_last_not_of(' ') + 1 - begin) + "\n";
+    return result;
+}
+
+std::string verdict_view(const run_record &run)
+{
+    const std::string text = reports::verdict_text(run, run_dir, false, 60);
+    return text.substr(text.find(fmt::format("\n{}  ", word_of(run.result))) + 1);
+}
+
+std::string csv_view(const run_record &run)
+{
+    std::string text = reports::csv_text(run);
+    for (size_t at = 0; (at = text.find('\r', at)) != std::string::npos; at += 2)
+        text.replace(at, 1, "\\r");
+    return text;
+}
+
+/* A line for each member, and for each element of the lists. */
+std::string json_view(const run_record &run)
+{
+    using nlohmann::ordered_json;
+    std::string text;
+    const ordered_json object = ordered_json::parse(reports::run_json(run, run_dir));
+    for (const auto &[name, value] : object.items()) {
+        const ordered_json lines = value.is_array() ? value : ordered_json::array({value});
+        for (const auto &one : lines)
+            text += name + " " + one.dump() + "\n";
+    }
+    return text;
+}
+
+std::string attributes_of(const pugi::xml_node &node)
+{
+    std::string text;
+    for (const auto &attribute : node.attributes())
+        text += fmt::format(" {}={}", attribute.name(), attribute.value());
+    return text;
+}
+
+std::string junit_view(const run_record &run)
 {
     pugi::xml_document document;
-    EXPECT_TRUE(document.load_string(reports::junit_text(record_of(journal)).c_str()));
-    return document;
+    EXPECT_TRUE(document.load_string(reports::junit_text(run).c_str()));
+    auto suites = document.child("testsuites"), suite = suites.child("testsuite");
+    std::string text = attributes_of(suite) + "\n", cases;
+    std::set<std::string> names;
+    for (const auto &property : suite.child("properties").children())
+        text += fmt::format("{}={} ", property.attribute("name").value(), property.attribute("value").value());
+    for (const auto &node : suite.children("testcase")) {
+        EXPECT_TRUE(names.insert(attributes_of(node)).second);
+        if (node.first_child())
+            cases += fmt::format("{} {} {}:", node.attribute("classname").value(), node.attribute("name").value(),
+                                 node.attribute("time").value());
+        for (const auto &inner : node.children())
+            cases += fmt::format(" {} {}: {}\n", inner.name(), inner.attribute("type").value(), inner.text().get());
+        EXPECT_STREQ(node.child("failure").attribute("message").value(), node.child("failure").text().get());
+    }
+    EXPECT_EQ(names.size(), suite.attribute("tests").as_uint());
+    suite.remove_attribute("timestamp");
+    suite.remove_attribute("hostname");
+    EXPECT_EQ(attributes_of(suites), attributes_of(suite));
+    return tidy(text + "\n" + cases);
 }
 
-/* The elements within a case, such as "failure: No link."; "passed" when there is none. */
-static std::string case_of(const pugi::xml_document &document, const std::string &class_name, const std::string &name)
+/* The colours that the classes of an element name: [fail]. */
+std::string colours_of(const pugi::xml_node &node)
 {
-    for (const auto &node : document.child("testsuites").child("testsuite").children("testcase"))
-        if (class_name == node.attribute("classname").value() && name == node.attribute("name").value()) {
-            std::string told;
-            for (const auto &inner : node.children())
-                told += std::string(inner.name()) + ": " + inner.text().get();
-            return told.empty() ? "passed" : told;
-        }
-    return "no such case";
+    std::istringstream classes(node.attribute("class").value());
+    std::string colours;
+    for (std::string name; classes >> name;)
+        if (name == "bad" || name.starts_with("v-") || name.starts_with("p-") || name.starts_with("said-"))
+            colours += fmt::format("[{}]", name.substr(name.find('-') + 1));
+    return colours;
 }
 
-TEST(Junit, TellsTheUnitFromTheStation)
+/* The text of the page below an element, a line for each block. */
+std::string text_of(const pugi::xml_node &node)
 {
-    const auto failed = junit_of(failing_run()), erred = junit_of(erring_run()),
-               interrupted = junit_of(interrupted_run()), partial = junit_of(partial_run()),
-               cut_off = junit_of(incomplete_run());
-    EXPECT_EQ(case_of(failed, "packet.port13", "link"),
-              "failure: No link at the last check; expected a link. No frame was sent.");
-    EXPECT_EQ(case_of(failed, "packet.port20", "link"), "skipped: NOT TESTED: Another port refused its settings.");
-    EXPECT_EQ(case_of(failed, "packet.port12", "link"), "passed");
-    EXPECT_EQ(case_of(failed, "broadcast.port05", "fcs-errors"),
-              "system-out: attempt 1: RETRIED: 9 FCS errors; expected at most 4.\n");
-    EXPECT_EQ(case_of(failed, "broadcast.unit", "step"), "system-out: attempt 1: RETRIED: 1 port failed\n");
-    EXPECT_EQ(case_of(failed, "broadcast.port06", "fcs-errors"), "passed");
-    EXPECT_EQ(case_of(failed, "poe.unit", "step"), "failure: 1 port failed the PoE test.");
-    EXPECT_EQ(case_of(erred, "poe.unit", "step"),
-              "error: timeout: The service did not answer within 120 s; expected 26 s.");
-    EXPECT_EQ(case_of(interrupted, "poe.unit", "step"), "skipped: NOT RUN: The run was interrupted.");
-    EXPECT_EQ(case_of(interrupted, "run", "end"),
-              "error: interrupted by SIGTERM; of 2 steps only 1 was run: this is not the whole plan");
-    EXPECT_EQ(case_of(partial, "run", "whole plan"),
-              "skipped: PARTIAL: of 3 steps only 1 was run: this is not the whole plan");
-    EXPECT_EQ(case_of(cut_off, "run", "end"), "error: The journal has no end: the run was cut off. It is no pass.");
+    static const std::set<std::string> blocks{"tr", "li", "p", "div", "h1", "h2", "svg", "g", "figcaption", "summary"};
+    if (node.type() == pugi::node_pcdata)
+        return node.value();
+    const std::string name = node.name();
+    std::string text = blocks.contains(name) ? "\n" : name == "td" || name == "th" ? " | " : " ";
+    text += colours_of(node) + node.attribute("transform").value();
+    for (const auto &inner : node.children())
+        text += text_of(inner);
+    return text;
 }
 
-TEST(Junit, CountsAndNamesAgreeInEveryRun)
+std::string page_view(const run_record &run)
 {
-    journal_builder empty, says_nothing;
-    says_nothing.begin("poe").whole("pass", "").end("COMPLETE", "FAIL");
-    for (const journal_builder &journal : {passing_run(), failing_run(), erring_run(), interrupted_run(),
-                                           incomplete_run(), hostile_run(), empty, says_nothing}) {
-        const auto document = junit_of(journal);
-        const auto suite = document.child("testsuites").child("testsuite");
-        std::map<std::string, int> count{{"", 0}, {"failure", 0}, {"error", 0}, {"skipped", 0}};
-        std::set<std::string> names;
-        int cases = 0;
-        for (const auto &node : suite.children("testcase")) {
-            count[node.first_child().name()]++;
-            names.insert(fmt::format("{}/{}", node.attribute("classname").value(), node.attribute("name").value()));
-            cases++;
-        }
-        EXPECT_GT(cases, 0);
-        EXPECT_EQ(names.size(), size_t(cases));
-        EXPECT_EQ(suite.attribute("tests").as_int(), cases);
-        EXPECT_EQ(suite.attribute("failures").as_int(), count["failure"]);
-        EXPECT_EQ(suite.attribute("errors").as_int(), count["error"]);
-        EXPECT_EQ(suite.attribute("skipped").as_int(), count["skipped"]);
-        const auto run = record_of(journal);
-        EXPECT_EQ(run.result == journal::run_result::fail, count["failure"] > 0) << journal.text();
-        EXPECT_EQ(run.result >= journal::run_result::no_verdict && run.result != journal::run_result::partial &&
-                      run.result != journal::run_result::unjudged,
-                  count["error"] > 0);
-        EXPECT_EQ(std::string(suite.attribute("time").value()).find_first_not_of("0123456789."), std::string::npos);
+    std::string text = reports::html_text(run);
+    for (size_t at = 0; (at = text.find("<details open>", at)) != std::string::npos;)
+        text.replace(at, 14, "<details>OPEN\n");
+    const size_t begin = text.find("<main>");
+    pugi::xml_document page;
+    EXPECT_TRUE(page.load_string(text.substr(begin, text.find("</main>") + 7 - begin).c_str()));
+    return tidy(text_of(page.child("main")));
+}
+
+std::string panel_view(const run_record &run)
+{
+    const std::string page = page_view(run);
+    const size_t begin = page.find("Front panel");
+    return page.substr(0, page.find('\n') + 1) + page.substr(begin, page.find("\nSteps\n") + 1 - begin);
+}
+
+/* The ports' places, a line for each block. */
+std::string layout_view(const run_record &run)
+{
+    const std::string page = reports::html_text(run);
+    const std::regex part(
+        R"((?:<figcaption>|aria-label=")([^"<]* ports \d+ to \d+)\" (width="\d+" height="\d+")|data-port="(\d+)\"[^>]*translate(\([^)]*\)))");
+    std::string text;
+    for (std::sregex_iterator found(page.begin(), page.end(), part), end; found != end; ++found)
+        text += (*found)[1].matched ? fmt::format("{}{}: {}", text.empty() ? "" : "\n", found->str(1), found->str(2))
+                                    : " " + found->str(3) + found->str(4);
+    return text + "\n";
+}
+
+const std::map<std::string, std::string (*)(const run_record &)> views{
+    {"verdict", verdict_view}, {"csv", csv_view},     {"json", json_view},    {"junit", junit_view},
+    {"page", page_view},       {"panel", panel_view}, {"layout", layout_view}};
+
+TEST(reports, say_of_a_run_what_they_have_to)
+{
+    for (const sample &one : read_samples(SAMPLES)) {
+        const run_record run = record_of(one.story);
+        for (const auto &[view, expected] : one.views)
+            EXPECT_EQ(views.at(view)(run) + "\n", expected) << one.name << ": " << view;
+        std::istringstream lines(reports::verdict_text(run, run_dir, false, 40));
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 40U) << line;
     }
 }
 
-TEST(Csv, QuotesWhatNeedsItAndArmsNoFormula)
+TEST(reports, say_how_a_run_ended)
 {
-    std::istringstream lines(reports::csv_text(record_of(hostile_run())));
-    const char *start = "'=cmd|' /C calc'!A0,7c1e,<script>alert(1)</script>,1,";
-    const std::vector<std::string> expected = {
-        "serial,run_id,step,attempt,port,kind,name,value,unit,limits,verdict,message,time\r",
-        fmt::format("{}1,measurement,'-2+3,\"'@SUM(1,2)\",,,,,2026", start),
-        fmt::format("{}1,measurement,delta,-5,,,,,2026", start),
-        fmt::format("{}1,diagnosis,\"a\"\"b,c\",,,,FAIL,\"[31mred ]]> & \"\"quoted\"\", line", start), "end \",2026"};
-    for (const std::string &line : expected) {
-        std::string found;
-        std::getline(lines, found);
-        EXPECT_EQ(found.substr(0, line.size()), line);
+    const std::pair<const char *, const char *> runs[] = {
+        {"end PASS", "0 PASS: no step was run"},
+        {"step poe | over pass | end PASS", "0 PASS: every step passed"},
+        {"step poe 1/2 | over fail-retried | step poe 2/2 | over pass | end PASS",
+         "0 PASS: after steps were tried again"},
+        {"step poe | over pass | step trace | over unknown | step vop | left x | end PASS",
+         "0 PASS: 1 of 3 steps passed, 1 NOT RUN, 1 NOT JUDGED"},
+        {"step poe | 1 link-fail | 2 link-fail | over fail | end FAIL", "1 FAIL: 2 failed checks"},
+        {"skip=vop | step poe | 1 link-fail | over fail | step vop | left x | end FAIL",
+         "1 FAIL: 1 failed check; of 2 steps only 1 was run: this is not the whole plan"},
+        {"step poe | error busy x | end ERROR", "3 NO VERDICT: no verdict on the unit"},
+        {"skip=vop | step poe | over pass | step vop | over fail | end SKIP",
+         "3 NO VERDICT: no verdict on the unit; steps were left out: this is not the whole plan"},
+        {"step poe", "3 INCOMPLETE: the run was cut off; no pass"},
+        {"step poe | over unknown | end SKIP", "5 NOT JUDGED: nothing was judged"},
+        {"only=poe,vop | step poe | over unknown | step packet | left x | end SKIP",
+         "5 NOT JUDGED: nothing was judged; of 2 steps only 1 was run: this is not the whole plan"},
+        {"only=poe | step poe | over pass | step poe.1.a | over pass | end SKIP",
+         "6 PARTIAL: steps were left out: this is not the whole plan"},
+        {"skip=vop | step a | over pass | step b | over pass | step vop | left x | end PASS", /* of an earlier version
+                                                                                               */
+         "6 PARTIAL: of 3 steps only 2 were run: this is not the whole plan"},
+        {"fault interrupted by SIGHUP. | end SKIP", "129 INTERRUPTED: interrupted by SIGHUP"},
+        {"step poe | over pass | end SKIP", "130 INTERRUPTED: interrupted"},
+        {"plan_sha256= | only=poe,vop | step poe | over pass | step vop.1.a | left x | end SKIP",
+         "130 INTERRUPTED: interrupted; of 2 steps only 1 was run: this is not the whole plan"},
+        {"step poe | 1 link-fail | over fail | step vop | left x | fault interrupted by SIGQUIT. | end SKIP",
+         "131 INTERRUPTED: 1 failed check; interrupted by SIGQUIT; of 2 steps only 1 was run: this is not the whole "
+         "plan"},
+        {"step vop | left x | fault interrupted by SIGTERM. | end SKIP",
+         "143 INTERRUPTED: interrupted by SIGTERM; of 1 step only none was run: this is not the whole plan"},
+    };
+    for (const auto &[story, expected] : runs) {
+        const run_record run = record_of(story);
+        const auto object = nlohmann::json::parse(reports::run_json(run, run_dir));
+        EXPECT_EQ(
+            fmt::format("{} {}: {}", object["exit_code"].dump(), word_of(run.result), std::string(object["summary"])),
+            expected)
+            << story;
     }
-    EXPECT_NE(reports::csv_text(record_of(failing_run())).find(",broadcast,2,5,measurement,fcs_errors,0,,<= 4,,,2026"),
-              std::string::npos);
 }
 
-static std::string verdict_of(const journal_builder &journal, bool colour = false)
+TEST(reports, say_the_verdict_large_where_it_fits)
 {
-    return reports::verdict_text(record_of(journal), "results/run", colour);
+    const std::string large =
+        "\n\033[1;32m  ####    ###    ####   ####\n  #   #  #   #  #      #\n  ####   #####   ###    ###\n"
+        "  #      #   #      #      #\n  #      #   #  ####   ####\n\033[0m\n\033[1;32mPASS\033[0m  ";
+    EXPECT_TRUE(reports::verdict_text(record_of("end PASS"), run_dir, true, 28).starts_with(large));
+    EXPECT_TRUE(reports::verdict_text(record_of("end PASS"), run_dir, false, 27).starts_with("\nPASS  "));
 }
 
-TEST(Verdict, SaysWhatFailedAndWhere)
+TEST(port_state, says_what_is_known_and_what_is_missing)
 {
     struct {
-        journal_builder journal;
-        std::vector<std::string> parts;
-    } const runs[] = {
-        {passing_run(), {"\nPASS  serial SW28-0041"}},
-        {failing_run(),
-         {"\nFAIL  serial SW28-0042", "\n  port 7   poe, overload: The port kept", "\n  port 13  packet, link: No link",
-          "passed only when tried again:\n  broadcast  passed in attempt 2 of 2"}},
-        {erring_run(), {"\nNO VERDICT  ", "\n  poe  timeout: The service did not answer"}},
-        {interrupted_run(),
-         {"\nINTERRUPTED  ", "\n             interrupted by SIGTERM; of 2 steps only 1 was run: this is not",
-          "\n  poe  The run was interrupted."}},
-        {incomplete_run(), {"\nINCOMPLETE  ", "the run was cut off. It is no pass.", "\n  poe  The journal ends"}},
-        {partial_run(),
-         {"\nPARTIAL  serial SW28-0046, SW-28P\n         of 3 steps only 1 was run: this is not the whole plan\n",
-          "not run or not finished:\n  broadcast  The operator left the step out.\n  poe "}},
-        {hostile_run(), {"[31mred ]]> & \"quoted\", line end"}},
-    };
-    for (const auto &run : runs) {
-        const std::string text = verdict_of(run.journal);
-        for (const std::string &part : run.parts)
-            EXPECT_NE(text.find(part), std::string::npos) << part << "\nis not in" << text;
-        EXPECT_TRUE(text.ends_with("\nReport: results/run/report.html\n"));
-        EXPECT_EQ(text.find('\033'), std::string::npos);
-        for (const size_t columns : {80U, 40U}) {
-            std::istringstream lines(reports::verdict_text(record_of(run.journal), "results/run", false, columns));
-            for (std::string line; std::getline(lines, line);)
-                EXPECT_LE(line.size(), columns) << line;
-        }
-    }
-    EXPECT_EQ(verdict_of(passing_run()).find("failed"), std::string::npos);
-    EXPECT_EQ(verdict_of(passing_run()).find("plan\n"), std::string::npos);
-    EXPECT_NE(verdict_of(failing_run(), true).find("\033[1;31mFAIL\033[0m"), std::string::npos);
-}
-
-/* What stands under the result. */
-static std::string headline_of(const journal_builder &journal)
-{
-    const std::string page = reports::html_text(record_of(journal));
-    const std::string before = "</b><span>";
-    const size_t begin = page.find(before) + before.size();
-    return page.substr(begin, page.find("</span>", begin) - begin);
-}
-
-TEST(Html, SaysThatEveryStepPassedOnlyWhenItDid)
-{
-    journal_builder unjudged, retried, empty, partial("A", 4, 0, {{"skip", "packet,poe"}});
-    unjudged.begin("poe").whole("pass", "").begin("trace").whole("unknown", "").leave_out("packet");
-    retried.begin("poe", 1, 2).whole("fail-retried", "").begin("poe", 2, 2).whole("pass", "");
-    partial.begin("broadcast").judge(1, "link", "fail", "No link.").whole("fail", "").leave_out("packet");
-    const std::pair<journal_builder, const char *> runs[] = {
-        {passing_run(), "every step passed"},
-        {unjudged.end("COMPLETE", "PASS"), "1 of 3 steps passed, 1 NOT RUN, 1 NOT JUDGED"},
-        {retried.end("COMPLETE", "PASS"), "after steps were tried again"},
-        {empty.end("COMPLETE", "PASS"), "no step was run"},
-        {partial_run(), "of 3 steps only 1 was run: this is not the whole plan"},
-        {partial.end("COMPLETE", "FAIL"), "1 failed check; of 2 steps only 1 was run: this is not the whole plan"},
-    };
-    for (const auto &[journal, expected] : runs)
-        EXPECT_EQ(headline_of(journal), expected);
-}
-
-TEST(Reports, NoneShowsADamagedPassAsAPass)
-{
-    const run_folders folder;
-    const auto run_dir = passing_run().save(folder.path / "run");
-    const std::string whole = journal::read_text(run_dir / journal::file_name);
-    const auto lines = journal::lines_of(whole);
-    std::ofstream(run_dir / journal::file_name) << lines[0].text << "\n"
-                                                << lines[1].text << "\n"
-                                                << lines.back().text << "\n";
-    const journal::run_record run = journal::read_run(run_dir);
-    const std::string sentence = "The journal ends with PASS, but is not valid: line 3: sequenceNumber is ";
-    const auto plain = [](std::string shown) {
-        for (size_t at = 0; (at = shown.find("\n  ", at)) != std::string::npos;)
-            shown.replace(at, shown.find_first_not_of(" \n", at) - at, " ");
-        return shown;
-    };
-    const std::string verdict = reports::verdict_text(run, run_dir, false);
-    EXPECT_NE(verdict.find("\nNO VERDICT  "), std::string::npos);
-    EXPECT_NE(plain(verdict).find(sentence), std::string::npos) << verdict;
-    EXPECT_NE(reports::junit_text(run).find(sentence), std::string::npos);
-    EXPECT_NE(reports::html_text(run).find(sentence), std::string::npos);
-    EXPECT_EQ(reports::read_history(folder.path).passed_first, 0U);
-    EXPECT_EQ(reports::report_tool(run_dir, reports::form::text), exit_code::no_verdict);
-}
-
-TEST(PortState, SaysWhatIsKnownAndWhatIsMissing)
-{
-    journal_builder unfinished_retry("A", 4);
-    unfinished_retry.begin("poe", 1, 2, 4).judge(1, "link", "fail-retried", "No link.").judge(2, "link", "pass");
-    unfinished_retry.whole("fail-retried", "").begin("poe", 2, 2, 4).end_step("SKIP").end("SKIP", "NOT_APPLICABLE");
-    journal_builder unjudged("A", 4);
-    unjudged.begin("vop").judge(1, "vop", "unknown").judge(1, "limit", "pass").judge(2, "vop", "unknown");
-    unjudged.whole("pass", "").end("COMPLETE", "PASS");
-    journal_builder unnamed("A", 4);
-    unnamed.begin("poe").judge(1, "link", "pass").whole("pass", "");
-    unnamed.begin("broadcast").whole("fail", "No link.").end("COMPLETE", "FAIL");
-    struct {
-        journal_builder journal;
+        const char *story;
         size_t port;
         const char *expected;
     } const ports[] = {
-        {failing_run(), 1, "PASS: Passed all that the plan asks of it."},
-        {failing_run(), 5, "RETRIED: broadcast, fcs-errors: 9 FCS errors; expected at most 4."},
-        {failing_run(), 13, "FAIL: packet, link: No link at the last check; expected a link. No frame was sent."},
-        {failing_run(), 20, "PASSED SO FAR: Passed broadcast, poe. Missing: packet (NOT TESTED)."},
-        {interrupted_run(), 24, "PASSED SO FAR: Passed packet. Missing: poe (NOT RUN)."},
-        {interrupted_run(), 25, "PASS: Passed all that the plan asks of it."}, /* poe does not cover it */
-        {erring_run(), 28, "PASSED SO FAR: Passed packet. Missing: poe (NO VERDICT)."},
-        {partial_run(), 1, "PASSED SO FAR: Passed packet. Missing: broadcast (NOT RUN), poe (NOT RUN)."},
-        {incomplete_run(), 9,
-         "PASSED SO FAR: Passed packet. Missing: poe (INCOMPLETE), the rest of the plan (INCOMPLETE)."},
-        {unfinished_retry, 1, "RETRIED: poe, link: No link. Missing: poe (NOT RUN)."},
-        {unfinished_retry, 3, "–: Missing: poe (NOT RUN)."},
-        {unjudged, 1, "PASS: Passed all that the plan asks of it."},
-        {unjudged, 2, "–: No step judges it."},
-        {unnamed, 1, "PASSED SO FAR: Passed poe. Missing: broadcast (FAIL as a whole)."},
-        {unnamed, 2, "–: Missing: broadcast (FAIL as a whole)."},
+        {"step poe 1/2 covers=4 | 1 link-fail-retried No link. | 2 link-pass | over fail-retried | step poe 2/2 "
+         "covers=4 | "
+         "left x | end SKIP",
+         1, "RETRIED: poe, link: No link. Missing: poe (NOT RUN)."},
+        {"step poe covers=2 | 1-2 link-pass | over pass | step vop covers=1 | 1 vop-unknown | over unknown | end PASS",
+         1,
+         "PASSED SO FAR: Passed poe. Missing: vop (NOT TESTED)."}, /* NOT JUDGED is no pass of a port that is covered */
+        {"step poe | 1 link-pass | over pass | step vop | 1 vop-unknown | over unknown | end PASS", 1,
+         "PASS: Passed all that the plan asks of it."},
+        {"step poe | 1 link-pass | over pass | step broadcast | over fail No link. | end FAIL", 1,
+         "PASSED SO FAR: Passed poe. Missing: broadcast (FAIL as a whole)."},
+        {"step poe | 1 link-pass | over pass | step prbs | position:2 lock-fail | over fail | end FAIL", 2,
+         "–: Missing: prbs (FAIL at a position that nobody can name)."},
+        {"step poe | 1 link-pass | over pass | step broadcast alone | over fail No link. | end FAIL", 1,
+         "PASS: Passed all that the plan asks of it."},
+        {"step poe | 1 link-fail-retried a | 1 power-fail b | over fail | step vop | 1 vop-fail c | over fail | end "
+         "FAIL",
+         1, "FAIL: poe, power: b"},
+        {"step poe | 1 link-pass | 1 power-not-tested | over pass | end PASS", 1, "–: Missing: poe (NOT TESTED)."},
     };
-    for (const auto &[journal, port, expected] : ports) {
-        const auto found = reports::ports_of(record_of(journal)).at(port - 1);
-        EXPECT_EQ(fmt::format("{}: {}", word_of(found.state), found.sentence), expected) << port;
+    for (const auto &[story, port, expected] : ports) {
+        const auto state = reports::ports_of(record_of(story)).at(port - 1);
+        EXPECT_EQ(fmt::format("{}: {}", word_of(state.state), state.sentence), expected) << story;
     }
-    const auto missing = reports::missing_in(reports::ports_of(record_of(interrupted_run())));
-    ASSERT_EQ(missing.size(), 1U);
-    EXPECT_EQ(missing[0].ports, "ports 1-24");
 }
 
-TEST(Panel, OddPortsStandAboveEvenOnes)
+TEST(reports, read_journals_of_other_programs)
 {
-    const journal::run_record run = record_of(passing_run());
-    const auto ports = reports::ports_of(run);
-    const auto groups = reports::lay_out(ports);
-    ASSERT_EQ(groups.size(), 2U);
-    ASSERT_EQ(groups[0].blocks.size(), 2U);
-    std::string shown;
-    for (const auto &port : groups[0].blocks[1].ports)
-        shown += fmt::format("{}:{}/{} ", port.found->port.port, port.column, port.row);
-    EXPECT_EQ(shown, "13:0/0 14:0/1 15:1/0 16:1/1 17:2/0 18:2/1 19:3/0 20:3/1 21:4/0 22:4/1 23:5/0 24:5/1 ");
-    EXPECT_EQ(groups[1].name, "SFP+");
-    EXPECT_EQ(groups[1].blocks[0].rows, 1);
-    EXPECT_EQ(groups[1].blocks[0].columns, 4);
+    EXPECT_EQ("\n" + csv_view(record_in(journal::read_text(FOREIGN_JOURNAL))), R"(
+serial,run_id,step,attempt,port,kind,name,value,unit,limits,verdict,message,time\r
+R7,,power,1,1,measurement,voltage,53.8,V,">= 50.0, < 57",,,2025-03-04T08:15:04.114Z\r
+R7,,power,1,1,diagnosis,voltage-good,,,,PASS,,2025-03-04T08:15:05.114Z\r
+R7,,power,1,unit,diagnosis,step,,,,PASS,,2025-03-04T08:15:09.114Z\r
+R7,,errors,1,1,measurement,bit-errors,0,count,<= 0,,,2025-03-04T08:15:08.114Z\r
+R7,,errors,1,1,measurement,bit-errors,17,count,<= 0,,,2025-03-04T08:15:10.114Z\r
+R7,,errors,1,1,diagnosis,bit-errors-high,,,,FAIL,17 bit errors; expected none.,2025-03-04T08:15:12.114Z\r
+R7,,errors,1,unit,diagnosis,step,,,,FAIL,,2025-03-04T08:15:15.114Z\r
+)");
 }
 
-TEST(StepTable, APortThatIsTestedTwiceHasTwoRows)
+/* What the tool prints as JSON, with its exit code in front. */
+std::string printed_by(const std::function<exit_code()> &tool)
 {
-    journal_builder journal;
-    journal.begin("hpoe");
-    for (const char *outcome : {"pass", "fail"})
-        for (const int port : {3, 4})
-            journal.measure(port, "class", 4).judge(port, "state", outcome, outcome).judge(port, "overload", "pass");
-    const journal::run_record run = record_of(journal.whole("fail", "").end("COMPLETE", "FAIL"));
-    const auto table = reports::table_of(run.attempts[0]);
-    std::string shown;
-    for (const auto &row : table.rows)
-        shown += fmt::format("{} {} {}; ", row.where.name, word_of(row.verdict), row.reason);
-    EXPECT_EQ(shown, "port 3 PASS pass; port 4 PASS pass; port 3 FAIL fail; port 4 FAIL fail; ");
-    EXPECT_EQ(table.columns.size(), 3U);
+    testing::internal::CaptureStdout();
+    const int code = static_cast<int>(tool());
+    return fmt::format("{} {}", code, testing::internal::GetCapturedStdout());
 }
 
-TEST(ReportTool, WritesTheReportsAndAnswersWithTheVerdict)
+TEST(tools, write_the_reports_and_answer_with_the_verdict)
 {
+    using reports::form, reports::report_tool;
     const run_folders folder;
-    const std::pair<journal_builder, exit_code> runs[] = {
-        {passing_run(), exit_code::passed},    {failing_run(), exit_code::failed},
-        {erring_run(), exit_code::no_verdict}, {interrupted_run(), exit_code::terminated},
-        {partial_run(), exit_code::partial},   {incomplete_run(), exit_code::no_verdict}};
-    for (const auto &[journal, code] : runs)
-        EXPECT_EQ(reports::report_tool(journal.save(folder.path / "run"), reports::form::text), code);
-    std::set<std::string> names;
-    for (const auto &entry : std::filesystem::directory_iterator(folder.path / "run"))
-        names.insert(entry.path().filename());
-    EXPECT_EQ(names, (std::set<std::string>{journal::file_name, "junit.xml", "report.html", "results.csv"}));
-    EXPECT_EQ(reports::report_tool(folder.path, reports::form::text), exit_code::usage);
-    std::filesystem::remove(folder.path / "run" / "report.html");
-    std::filesystem::create_directories(folder.path / "run" / "report.html" / "in the way");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::text), exit_code::not_saved);
-    const std::string shown = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(shown.find("RESULTS NOT SAVED  "), 0U) << shown; /* in place of the verdict */
-    EXPECT_EQ(shown.find("INCOMPLETE"), std::string::npos) << shown;
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::report_tool(folder.path / "run", reports::form::json), exit_code::not_saved);
-    const auto told = nlohmann::json::parse(testing::internal::GetCapturedStdout());
-    EXPECT_EQ(told["verdict"], "INCOMPLETE");
-    EXPECT_EQ(told["exit_code"], 4);
-    EXPECT_EQ(told["error"].get<std::string>().find("cannot write "), 0U) << told;
-    EXPECT_FALSE(std::filesystem::exists(folder.path / "run" / "report.html.unfinished"));
+    const auto run = write_run(folder.path / "run", "step poe | over fail | end FAIL");
+    EXPECT_EQ(report_tool(run, form::text), exit_code::failed);
+    for (const char *name : {"junit.xml", "report.html", "results.csv"})
+        EXPECT_GT(std::filesystem::file_size(run / name), 100U);
+    EXPECT_EQ(report_tool(folder.path, form::text), exit_code::usage);
+    EXPECT_EQ(printed_by([&] { return report_tool(folder.path, form::json); }).find("2 {\n  \"verdict\": "), 0U);
+    std::filesystem::remove(run / "report.html");
+    std::filesystem::create_directories(run / "report.html" / "in the way");
+    const std::string text = printed_by([&] { return report_tool(run, form::text); });
+    EXPECT_EQ(text.find("4 RESULTS NOT SAVED  "), 0U) << text; /* in place of the verdict */
+    EXPECT_EQ(text.find("FAIL"), std::string::npos) << text;
+    const auto object = nlohmann::json::parse(printed_by([&] { return report_tool(run, form::json); }).substr(2));
+    EXPECT_EQ(object["verdict"], "FAIL");
+    EXPECT_EQ(object["exit_code"], 4);
+    EXPECT_EQ(object["error"].get<std::string>().find("cannot write "), 0U) << object;
+    EXPECT_FALSE(std::filesystem::exists(run / "report.html.unfinished"));
 }
 
-static nlohmann::json printed_by(const auto &tool, exit_code code)
+TEST(tools, check_a_journal_line_by_line)
 {
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(tool(), code);
-    return nlohmann::json::parse(testing::internal::GetCapturedStdout());
-}
-
-TEST(Tools, PrintOneJsonObject)
-{
-    using reports::form;
+    using reports::form, reports::check_tool;
     const run_folders folder;
-    const auto run_dir = failing_run().save(folder.path / "run");
-    const auto run = printed_by([&] { return reports::report_tool(run_dir, form::json); }, exit_code::failed);
-    EXPECT_EQ(run["verdict"], "FAIL");
-    EXPECT_EQ(run["exit_code"], 1);
-    EXPECT_EQ(run["run_dir"], run_dir.string());
-    EXPECT_EQ(run["whole_plan"], true);
-    EXPECT_EQ(run["failures"].size(), 2U);
-    EXPECT_EQ(run["failures"][0]["port"], 7);
-    EXPECT_EQ(run["failures"][0]["sentence"], "The port kept its power under overload; expected it to switch off.");
-    EXPECT_EQ(run["steps"].size(), 3U); /* the last attempt at each */
-    const auto file = run_dir / journal::file_name;
-    EXPECT_EQ(printed_by([&] { return reports::check_tool(file, form::json); }, exit_code::passed)["valid"], true);
+    const auto file = write_run(folder.path, "step poe | over fail | end FAIL") / journal::file_name;
+    EXPECT_EQ(printed_by([&] { return check_tool(file, form::text); }), "0 " + file.string() + ": 7 lines, valid\n");
     std::ofstream(file, std::ios::app) << "{";
-    const auto found = printed_by([&] { return reports::check_tool(file, form::json); }, exit_code::failed);
-    EXPECT_EQ(found["problems"][0]["line"], found["lines"]);
-    EXPECT_EQ(printed_by([&] { return reports::report_tool(folder.path, form::json); }, exit_code::usage)["exit_code"],
-              2);
+    EXPECT_EQ(printed_by([&] { return check_tool(file, form::text); }),
+              "1 " + file.string() + ":8: the line has no line end, so it may not be whole\n");
+    const auto object = nlohmann::json::parse(printed_by([&] { return check_tool(file, form::json); }).substr(2));
+    EXPECT_EQ(
+        object.dump(),
+        (nlohmann::json{{"valid", false},
+                        {"exit_code", 1},
+                        {"file", file.string()},
+                        {"lines", 8},
+                        {"problems", {{{"line", 8}, {"sentence", "the line has no line end, so it may not be whole"}}}}}
+             .dump()));
+    EXPECT_EQ(check_tool(folder.path, form::text), exit_code::usage);
 }
 
-TEST(CheckTool, PrintsOneLineForEachProblem)
-{
-    const run_folders folder;
-    const auto file = failing_run().save(folder.path) / journal::file_name;
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file, reports::form::text), exit_code::passed);
-    const std::string valid = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(valid.ends_with("lines, valid\n")) << valid;
-    std::ofstream(file, std::ios::app) << "{";
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(reports::check_tool(file, reports::form::text), exit_code::failed);
-    EXPECT_NE(testing::internal::GetCapturedStdout().find(": the line has no line end, so it may not be whole\n"),
-              std::string::npos);
-    EXPECT_EQ(reports::check_tool(folder.path, reports::form::text), exit_code::usage);
-}
+} // namespace
