@@ -2,6 +2,7 @@
  *
  * Runs of plans that are cut short: nobody answers, somebody interrupts, the disk is full, the program is killed.
  */
+#include <array>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -279,7 +280,7 @@ static void kill_runs(unsigned seed)
 /* At several switches at once, as a run waits most of its time. */
 TEST(plan_end, a_kill_loses_no_step)
 {
-    std::vector<std::jthread> switches;
-    for (int i = 0; i < 5; i++)
-        switches.emplace_back(kill_runs, std::random_device{}());
+    std::array<std::jthread, 5> switches;
+    for (std::jthread &one : switches)
+        one = std::jthread(kill_runs, std::random_device{}());
 }
