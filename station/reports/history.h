@@ -14,7 +14,6 @@
 
 #include "common/text.h"
 #include "common/verdict.h"
-#include "station/journal/verdict.h"
 
 namespace reports
 {
