@@ -11,7 +11,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "common/socket_address.h"
+#include "common/file.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Files that people name: why one cannot be used, in words, and what is in it.
+ * Files that people name: why one cannot be used, in words, and what is in it; and the address of a socket.
  */
 #ifndef COMMON_FILE_H
 #define COMMON_FILE_H
@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace common
 {
@@ -29,6 +31,16 @@ std::string write_fault(const std::string &path);
 
 /* What is in a regular file. Throws file_error, in which expected says what the file should have been. */
 std::string read_bytes(const std::string &path, std::string_view expected);
+
+/* The address of a Unix socket. A path of at most 107 bytes; what is longer is cut off. Relative to the working
+ * directory when it is used. */
+inline sockaddr_un socket_address(std::string_view path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return address;
+}
 
 } // namespace common
 

@@ -8,6 +8,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <nlohmann/json.hpp>
+
 #include "text.h"
 
 namespace common
@@ -47,9 +49,9 @@ terminal terminal_of(int fd)
     constexpr size_t MOST_WIDTH = 200;
     const bool there = isatty(fd) == 1;
     winsize size{};
-    const bool known = there && ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    const bool has_width = there && ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return {there, there && takes_escapes(),
-            known ? std::clamp<size_t>(size.ws_col, LEAST_WIDTH, MOST_WIDTH) : SCREEN_COLUMNS};
+            has_width ? std::clamp<size_t>(size.ws_col, LEAST_WIDTH, MOST_WIDTH) : SCREEN_COLUMNS};
 }
 
 bool colour_wanted()
@@ -67,9 +69,9 @@ size_t stdout_columns()
 void say(std::string_view line)
 {
     const terminal screen = terminal_of(STDERR_FILENO);
-    const std::string shown = escaped(line);
-    const bool fits = !screen.there || length(shown) <= screen.width;
-    std::fputs(((fits ? shown : folded(shown, 0, 4, screen.width)) + "\n").c_str(), stderr);
+    const std::string text = escaped(line);
+    const bool fits = !screen.there || length(text) <= screen.width;
+    std::fputs(((fits ? text : folded(text, 0, 4, screen.width)) + "\n").c_str(), stderr);
 }
 
 void rewrite_line(int fd, std::string_view text)
@@ -81,6 +83,20 @@ void rewrite_line(int fd, std::string_view text)
 void clear_line(int fd)
 {
     write_all(fd, ERASE);
+}
+
+const char *version()
+{
+    return FACMSG_VERSION;
+}
+
+std::string error_json(exit_code code, const std::string &error, const char *verdict, const char *request)
+{
+    nlohmann::ordered_json object;
+    if (request != nullptr)
+        object["request"] = {{"name", request}};
+    object.update({{"verdict", verdict}, {"exit_code", static_cast<int>(code)}, {"error", printable(error)}});
+    return object.dump(2) + "\n";
 }
 
 } // namespace common

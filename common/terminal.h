@@ -1,12 +1,16 @@
 /* SPDX-License-Identifier: MIT
  *
- * The terminals that stdout and stderr lead to, and lines for whoever looks at them.
+ * What a program says: lines for whoever looks at the terminals that stdout and stderr lead to, its version, and to
+ * other programs why it has no result.
  */
 #ifndef COMMON_TERMINAL_H
 #define COMMON_TERMINAL_H
 
 #include <cstddef>
+#include <string>
 #include <string_view>
+
+#include "verdict.h"
 
 namespace common
 {
@@ -34,6 +38,14 @@ void say(std::string_view line);
  * terminal only. */
 void rewrite_line(int fd, std::string_view text);
 void clear_line(int fd);
+
+/* Of the library and the programs, which are released together; as in "0.1.0". */
+const char *version();
+
+/* What a program is told in place of a result: one JSON object on several lines with its line end. It has the name of
+ * the request if there is one, then verdict, exit_code and error, which says why. */
+std::string error_json(exit_code code, const std::string &error, const char *verdict = "NO VERDICT",
+                       const char *request = nullptr);
 
 } // namespace common
 

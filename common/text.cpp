@@ -14,22 +14,22 @@ namespace common
 struct code_range {
     uint32_t least, most;
 };
-static constexpr code_range UNWANTED[] = {{0x00, 0x08},     {0x0B, 0x1F},     {0x7F, 0x9F},     {0x200E, 0x200F},
-                                          {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFFE, 0xFFFF}};
+static constexpr code_range INVISIBLE[] = {{0x00, 0x08},     {0x0B, 0x1F},     {0x7F, 0x9F},     {0x200E, 0x200F},
+                                           {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFFE, 0xFFFF}};
 static constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD"; /* U+FFFD */
 
-static bool is_wanted(uint32_t code)
+static bool is_visible(uint32_t code)
 {
-    return std::ranges::none_of(UNWANTED, [=](code_range range) { return code >= range.least && code <= range.most; });
+    return std::ranges::none_of(INVISIBLE, [=](code_range range) { return code >= range.least && code <= range.most; });
 }
 
-/* Adds what is wanted of a text that is valid UTF-8. */
-static void add_wanted(std::string &shown, std::string_view valid)
+/* Adds what is visible of a text that is valid UTF-8. */
+static void add_visible(std::string &result, std::string_view valid)
 {
     for (const auto *at = valid.begin(); at != valid.end();) {
         const auto *start = at;
-        if (is_wanted(utf8::unchecked::next(at)))
-            shown.append(start, at);
+        if (is_visible(utf8::unchecked::next(at)))
+            result.append(start, at);
     }
 }
 
@@ -45,25 +45,25 @@ static std::string escaped_char(char c)
 
 std::string printable(std::string_view text)
 {
-    std::string shown;
+    std::string result;
     while (!text.empty()) {
         const auto *end = utf8::find_invalid(text.begin(), text.end());
         const auto valid = static_cast<size_t>(end - text.begin());
-        add_wanted(shown, text.substr(0, valid));
+        add_visible(result, text.substr(0, valid));
         if (valid == text.size())
             break;
-        shown += REPLACEMENT;
+        result += REPLACEMENT;
         text.remove_prefix(valid + 1);
     }
-    return shown;
+    return result;
 }
 
 std::string escaped(std::string_view text)
 {
-    std::string shown;
+    std::string result;
     for (const char c : text)
-        shown += escaped_char(c);
-    return shown;
+        result += escaped_char(c);
+    return result;
 }
 
 /* Counts the bytes that begin a character, as the text may be no valid UTF-8. */

@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "port_list.h"
 #include "words.h"
 
 namespace common
@@ -42,12 +41,12 @@ toml::table read_toml(const std::string &path, std::string_view expected)
     return parse_toml(read_bytes(path, expected), path);
 }
 
-toml_reader::toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known)
+toml_reader::toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &keys)
     : file_(file), table_(table)
 {
     for (const auto &[key, value] : table_) {
-        if (std::find(known.begin(), known.end(), key.str()) == known.end())
-            fail_at(value, fmt::format("unknown key {}{}", key.str(), expected_one_of(key.str(), known)));
+        if (std::find(keys.begin(), keys.end(), key.str()) == keys.end())
+            fail_at(value, fmt::format("unknown key {}{}", key.str(), expected_one_of(key.str(), keys)));
     }
 }
 
@@ -60,7 +59,7 @@ void toml_reader::fail_at(const toml::node &node, const std::string &message) co
 void toml_reader::fail(std::string_view key, const std::string &message) const
 {
     const auto *node = table_.get(key);
-    fail_at(node ? *node : table_, message);
+    fail_at(node != nullptr ? *node : table_, message);
 }
 
 bool toml_reader::has(std::string_view key) const
@@ -71,16 +70,16 @@ bool toml_reader::has(std::string_view key) const
 bool toml_reader::is_text(std::string_view key) const
 {
     const auto *node = table_.get(key);
-    return node && node->is_string();
+    return node != nullptr && node->is_string();
 }
 
 std::optional<int64_t> toml_reader::number(std::string_view key, number_range range) const
 {
     const auto *node = table_.get(key);
-    if (!node)
+    if (node == nullptr)
         return std::nullopt;
     const auto *value = node->as_integer();
-    if (!value || value->get() < range.lowest || value->get() > range.highest)
+    if (value == nullptr || value->get() < range.lowest || value->get() > range.highest)
         fail_at(*node, fmt::format("{} is {}, expected a whole number from {} to {}", key, shown(*node), range.lowest,
                                    range.highest));
     return value->get();
@@ -94,7 +93,7 @@ uint32_t toml_reader::word(std::string_view key, number_range range, uint32_t fa
 bool toml_reader::flag(std::string_view key, bool fallback) const
 {
     const auto *node = table_.get(key);
-    if (!node)
+    if (node == nullptr)
         return fallback;
     if (!node->is_boolean())
         fail_at(*node, fmt::format("{} is {}, expected true or false", key, shown(*node)));
@@ -104,7 +103,7 @@ bool toml_reader::flag(std::string_view key, bool fallback) const
 std::optional<std::string> toml_reader::text(std::string_view key) const
 {
     const auto *node = table_.get(key);
-    if (!node)
+    if (node == nullptr)
         return std::nullopt;
     if (!node->is_string())
         fail_at(*node, fmt::format("{} is {}, expected a string", key, shown(*node)));
@@ -115,7 +114,7 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
                                    const std::vector<std::string_view> &names) const
 {
     const auto *text = node.as_string();
-    if (!text)
+    if (text == nullptr)
         fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), joined(names)));
     if (std::find(names.begin(), names.end(), text->get()) == names.end())
         fail_at(node, fmt::format("{} is {}{}", key, shown(node), expected_one_of(text->get(), names)));
@@ -125,31 +124,31 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
 std::optional<std::string> toml_reader::one_of(std::string_view key, const std::vector<std::string_view> &names) const
 {
     const auto *node = table_.get(key);
-    return node ? std::optional(name_from(*node, key, names)) : std::nullopt;
+    return node != nullptr ? std::optional(name_from(*node, key, names)) : std::nullopt;
 }
 
 const toml::array *toml_reader::array(std::string_view key, std::string_view expected) const
 {
     const auto *node = table_.get(key);
-    if (node && !node->is_array())
+    if (node != nullptr && !node->is_array())
         fail_at(*node, fmt::format("{} is {}, expected {}", key, shown(*node), expected));
-    return node ? node->as_array() : nullptr;
+    return node != nullptr ? node->as_array() : nullptr;
 }
 
 std::vector<std::string> toml_reader::some_of(std::string_view key, const std::vector<std::string_view> &names) const
 {
-    std::vector<std::string> chosen;
+    std::vector<std::string> values;
     if (const auto *entries = array(key, fmt::format("a list of {}", joined(names)))) {
         for (const auto &entry : *entries)
-            chosen.push_back(name_from(entry, key, names));
+            values.push_back(name_from(entry, key, names));
     }
-    return chosen;
+    return values;
 }
 
 uint32_t toml_reader::port_from(const toml::node &node, uint32_t highest) const
 {
     const auto *number = node.as_integer();
-    if (!number || number->get() < 1 || number->get() > highest)
+    if (number == nullptr || number->get() < 1 || number->get() > highest)
         fail_at(node, fmt::format("found {}, expected a port between 1 and {}", shown(node), highest));
     return static_cast<uint32_t>(number->get());
 }
@@ -157,7 +156,7 @@ uint32_t toml_reader::port_from(const toml::node &node, uint32_t highest) const
 std::vector<uint32_t> toml_reader::ports(std::string_view key, uint32_t highest) const
 {
     const auto *node = table_.get(key);
-    if (!node)
+    if (node == nullptr)
         return {};
     if (node->is_integer())
         return {port_from(*node, highest)};
@@ -170,17 +169,17 @@ std::vector<uint32_t> toml_reader::ports(std::string_view key, uint32_t highest)
 
 std::vector<uint32_t> toml_reader::distinct_ports(std::string_view key, uint32_t highest) const
 {
-    std::vector<uint32_t> sorted = ports(key, highest);
-    std::ranges::sort(sorted);
-    if (const auto twice = std::ranges::adjacent_find(sorted); twice != sorted.end())
+    std::vector<uint32_t> numbers = ports(key, highest);
+    std::ranges::sort(numbers);
+    if (const auto twice = std::ranges::adjacent_find(numbers); twice != numbers.end())
         fail(key, fmt::format("{} names port {} twice, expected each port once", key, *twice));
-    return sorted;
+    return numbers;
 }
 
 void toml_reader::for_table(std::string_view key, const std::function<void(const toml::table &)> &use) const
 {
     const auto *node = table_.get(key);
-    if (!node)
+    if (node == nullptr)
         return;
     if (!node->is_table())
         fail_at(*node, fmt::format("{} is {}, expected a [{}] table", key, shown(*node), key));
@@ -206,7 +205,7 @@ void toml_reader::for_each_pair(std::string_view key, uint32_t highest,
     if (const auto *entries = array(key, PAIRS)) {
         for (const auto &entry : *entries) {
             const auto *pair = entry.as_array();
-            if (!pair || pair->size() != 2)
+            if (pair == nullptr || pair->size() != 2)
                 fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), PAIRS));
             use(port_from((*pair)[0], highest), port_from((*pair)[1], highest));
         }

@@ -40,8 +40,8 @@ constexpr number_range ANY_WORD = {0, UINT32_MAX};
 class toml_reader
 {
   public:
-    /* Refuses keys of the table that are not among the known ones. */
-    toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &known);
+    /* Refuses keys of the table that are not among these. */
+    toml_reader(const std::string &file, const toml::table &table, const std::vector<std::string_view> &keys);
 
     bool has(std::string_view key) const;
     bool is_text(std::string_view key) const;

@@ -15,8 +15,8 @@ template <class Type> constexpr bool IS_NUMBER = IS_WHOLE<Type> || std::is_same_
 /* Of the alternative with this index. */
 static int kind_of(size_t index)
 {
-    constexpr int kinds[] = {0, 1, 2, 2, 2, 3}; /* nothing, truth, number, text */
-    return kinds[index];
+    constexpr int KINDS[] = {0, 1, 2, 2, 2, 3}; /* nothing, truth, number, text */
+    return KINDS[index];
 }
 
 bool value::is_empty() const

@@ -8,9 +8,9 @@ namespace common
 {
 
 /* Each counts rather than those before it. */
-static constexpr verdict ranking[] = {
+static constexpr verdict RANKING[] = {
     verdict::none,       /* says nothing that another could not outweigh */
-    verdict::pass,       /* certain, and all that is wanted */
+    verdict::pass,       /* certain, and enough */
     verdict::unjudged,   /* a thing of which a part was not judged is not known to be good */
     verdict::retried,    /* failed once; a later attempt concludes */
     verdict::not_run,    /* nothing is known of it, as somebody chose */
@@ -22,7 +22,7 @@ static constexpr verdict ranking[] = {
 
 static auto rank_of(verdict of)
 {
-    return std::ranges::find(ranking, of) - std::begin(ranking);
+    return std::ranges::find(RANKING, of) - std::begin(RANKING);
 }
 
 bool is_worse(verdict a, verdict b)

@@ -2,6 +2,7 @@
 #include "words.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <numeric>
 
@@ -38,13 +39,13 @@ static std::string_view letters_of(std::string_view name)
     return name;
 }
 
-/* The known name most like this one, with at most a slip in three letters; empty when there is none. */
-static std::string_view nearest(std::string_view name, const std::vector<std::string_view> &known)
+/* The allowed name most like this one, with at most a slip in three letters; empty when there is none. */
+static std::string_view nearest(std::string_view name, const std::vector<std::string_view> &allowed)
 {
     const std::string_view letters = letters_of(name);
     std::string_view best;
     size_t best_distance = std::max<size_t>(letters.size() / 3, 1) + 1;
-    for (const auto candidate : known) {
+    for (const auto candidate : allowed) {
         const auto distance = edit_distance(letters, letters_of(candidate));
         if (distance < best_distance && distance < letters.size()) {
             best_distance = distance;
@@ -76,10 +77,42 @@ std::string joined(const std::vector<std::string_view> &names)
     return fmt::format("{}", fmt::join(names, ", "));
 }
 
-std::string expected_one_of(std::string_view name, const std::vector<std::string_view> &known)
+std::string expected_one_of(std::string_view name, const std::vector<std::string_view> &allowed)
 {
-    const auto best = nearest(name, known);
-    return best.empty() ? fmt::format(", expected one of {}", joined(known)) : fmt::format(", did you mean {}?", best);
+    const auto best = nearest(name, allowed);
+    return best.empty() ? fmt::format(", expected one of {}", joined(allowed))
+                        : fmt::format(", did you mean {}?", best);
+}
+
+/* Takes a number off the front of text. */
+static std::optional<uint32_t> take_number(std::string_view &text)
+{
+    uint32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<size_t>(end - text.data()));
+    return error == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+static bool take_char(std::string_view &text, char c)
+{
+    const bool there = text.starts_with(c);
+    if (there)
+        text.remove_prefix(1);
+    return there;
+}
+
+std::optional<std::vector<uint32_t>> parse_list(std::string_view text, uint32_t least, uint32_t most)
+{
+    std::vector<uint32_t> numbers;
+    do {
+        const auto first = take_number(text);
+        const auto last = take_char(text, '-') ? take_number(text) : first;
+        if (!first || !last || *first < least || *last < *first || *last > most)
+            return std::nullopt;
+        for (uint32_t number = *first; number <= *last; number++)
+            numbers.push_back(number);
+    } while (take_char(text, ','));
+    return text.empty() ? std::optional(numbers) : std::nullopt;
 }
 
 } // namespace common

@@ -62,7 +62,7 @@ static uint32_t value_of(const common::toml_reader &reader, const fault_number &
     return reader.word(number.key, number.range, 0);
 }
 
-static uint32_t known_port(const common::toml_reader &reader, uint32_t number, const board_config &board)
+static uint32_t port_of_board(const common::toml_reader &reader, uint32_t number, const board_config &board)
 {
     if (!board.ports.count(number))
         reader.fail("ports", fmt::format("ports names port {}, expected a port of the board", number));
@@ -79,7 +79,7 @@ static void read_port_fault(const std::string &file, const toml::table &table, c
     if (!reader.has("ports"))
         reader.fail("ports", "found no key ports, expected the ports that have the fault");
     for (const auto port : reader.ports("ports", FACMSG_MAX_PORTS)) {
-        auto &faults = board.ports.at(known_port(reader, port, board)).faults;
+        auto &faults = board.ports.at(port_of_board(reader, port, board)).faults;
         row.set(faults);
         for (const auto &number : row.numbers)
             number.set(faults, value_of(reader, number));
@@ -102,7 +102,7 @@ static void read_failing_call(const std::string &file, const toml::table &table,
     if (!reader.has("ports"))
         board.call_faults.push_back(fault);
     for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
-        fault.port = known_port(reader, number, board);
+        fault.port = port_of_board(reader, number, board);
         board.call_faults.push_back(fault);
     }
 }

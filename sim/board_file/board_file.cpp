@@ -15,7 +15,7 @@
 namespace sim
 {
 
-/* A board file and those that led to it by their base, and where boards are known by name. */
+/* A board file and those that led to it by their base, and the folder of the boards with names. */
 struct chain {
     std::vector<std::string> paths;
     std::string boards_dir;
@@ -43,9 +43,10 @@ static std::filesystem::path base_path(const common::toml_reader &reader, const 
     const auto names = boards_in(files.boards_dir);
     if (std::ranges::find(names, base) != names.end())
         return std::filesystem::path(files.boards_dir) / (base + ".toml");
-    const std::vector<std::string_view> known(names.begin(), names.end());
-    reader.fail("base", fmt::format("base is \"{}\", expected a board file beside this one{}", base,
-                                    known.empty() ? "" : " or a board's name" + common::expected_one_of(base, known)));
+    const std::vector<std::string_view> allowed(names.begin(), names.end());
+    reader.fail("base",
+                fmt::format("base is \"{}\", expected a board file beside this one{}", base,
+                            names.empty() ? "" : " or a board's name" + common::expected_one_of(base, allowed)));
 }
 
 static board_config base_of(const common::toml_reader &reader, const chain &files)
@@ -56,9 +57,9 @@ static board_config base_of(const common::toml_reader &reader, const chain &file
     const auto path = base_path(reader, *base, files);
     auto longer = files;
     longer.paths.push_back(path.string());
-    const auto same = [&](const auto &known) {
+    const auto same = [&](const auto &file) {
         std::error_code no_file;
-        return std::filesystem::equivalent(known, path, no_file);
+        return std::filesystem::equivalent(file, path, no_file);
     };
     if (const auto first = std::ranges::find_if(files.paths, same); first != files.paths.end())
         reader.fail("base", fmt::format("base is \"{}\", which makes a circle ({}), expected another board", *base,
@@ -113,7 +114,7 @@ static void read_cables(const common::toml_reader &reader, board_config &board)
                 reader.fail(key, fmt::format("{} names port {}, which is cabled already, expected a port without "
                                              "cable or plug",
                                              key, number));
-            std::erase_if(board.cables, [=](auto &known) { return known.first == number || known.second == number; });
+            std::erase_if(board.cables, [=](auto &cable) { return cable.first == number || cable.second == number; });
         }
         board.cables.emplace_back(a, b);
     }

@@ -82,15 +82,15 @@ static port_mode fastest(uint32_t word)
     const auto rank = [](const speed_row &row) { return std::pair(!row.name.starts_with("FC"), row.mbps); };
     const speed_row *best = nullptr;
     for (const auto &row : SPEEDS) {
-        if (ability_allows(word, row.code, 0) && (!best || rank(row) > rank(*best)))
+        if (ability_allows(word, row.code, 0) && (best == nullptr || rank(row) > rank(*best)))
             best = &row;
     }
-    if (!best)
+    if (best == nullptr)
         return {};
     return {best->code, ability_allows(word, best->code, 2) ? 2u : 1u};
 }
 
-/* Sets how the ports run at power-up: on the medium asked for, at the speed asked for or the fastest. */
+/* Sets how the ports run at power-up: on the medium and at the speed that the file names, or at the fastest. */
 static void read_modes(const common::toml_reader &reader, port_config &port)
 {
     const uint32_t words[] = {port.ability.copper, port.ability.fiber};
@@ -166,11 +166,11 @@ void read_load(const std::string &file, const toml::table &table, board_config &
     }
     const poe_load load = {reader.word("class", {0, 8}, 0), reader.word("draw_mw", {0, 200000}, 0)};
     for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
-        const auto found = board.ports.find(number);
-        const auto ability = found == board.ports.end() ? port_ability_row{} : found->second.ability;
+        const auto row = board.ports.find(number);
+        const auto ability = row == board.ports.end() ? port_ability_row{} : row->second.ability;
         if (((ability.copper | ability.fiber) & (FACMSG_ABILITY_POE | FACMSG_ABILITY_HPOE)) == 0)
             reader.fail("ports", fmt::format("ports names port {}, expected a port with PoE", number));
-        found->second.load = load;
+        row->second.load = load;
     }
 }
 

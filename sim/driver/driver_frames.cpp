@@ -2,7 +2,11 @@
  *
  * Driver functions: the frames and addresses of the CPU, where VLANs lead frames, and the switch as a whole.
  */
-#include "driver_slots.h"
+#include "driver_table.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
 
 namespace sim
 {
@@ -10,6 +14,20 @@ namespace sim
 /* Frames that the CPU can send: from a bare Ethernet header up to a jumbo frame. */
 static constexpr uint32_t SHORTEST_CPU_FRAME = 14;
 static constexpr uint32_t LONGEST_CPU_FRAME = 9216;
+
+/* Keeps a setting and prints a line when it changes. */
+template <class T> static void set_and_announce(T &setting, T value, const char *name)
+{
+    if (std::exchange(setting, value) != value && g_announce)
+        printf("%s: %d\n", name, static_cast<int>(value));
+}
+
+static mac_address mac_of(const uint8_t *bytes)
+{
+    mac_address mac;
+    std::copy_n(bytes, mac.size(), mac.begin());
+    return mac;
+}
 
 int slots::set_cpu_mac_addr(board &b, const uint8_t *mac)
 {

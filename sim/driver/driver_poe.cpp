@@ -2,7 +2,7 @@
  *
  * Driver functions: PoE.
  */
-#include "driver_slots.h"
+#include "driver_table.h"
 
 namespace sim
 {

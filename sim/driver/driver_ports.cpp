@@ -2,7 +2,7 @@
  *
  * Driver functions: ports, what their PHYs can do and count, their loopback and their bit sequence test.
  */
-#include "driver_slots.h"
+#include "driver_table.h"
 
 #include <cstring>
 

@@ -5,8 +5,6 @@
 #include <optional>
 #include <tuple>
 
-#include "driver_slots.h"
-
 namespace sim
 {
 
@@ -41,7 +39,7 @@ class call_faults
 bool g_announce;
 time_us g_call_us;
 
-static live_board *g_driven;
+static live_board *g_board;
 static call_faults g_faults({}); /* used with the board alone, as g_call_us is */
 
 static std::optional<uint32_t> number_of(board &, uint32_t number)
@@ -80,7 +78,7 @@ template <slot_port Parameter, class... P>
 static int call(std::string_view slot, int (*function)(board &, P...), P... arguments)
 {
     time_us duration = 0;
-    const int result = g_driven->with_board([&](board &b) {
+    const int result = g_board->with_board([&](board &b) {
         g_call_us = call_time(b, arguments...);
         const auto failure = g_faults.strike(slot, port_of<Parameter>(b, arguments...));
         const int answer = failure ? *failure : function(b, arguments...);
@@ -88,7 +86,7 @@ static int call(std::string_view slot, int (*function)(board &, P...), P... argu
         return answer;
     });
     if (duration != 0)
-        g_driven->wait(duration);
+        g_board->wait(duration);
     return result;
 }
 
@@ -114,21 +112,21 @@ const std::vector<std::string_view> &slot_names()
     return names;
 }
 
-vexa_diag_drv driver_table(const std::vector<std::string> &dropped)
+vexa_diag_drv driver_table(const std::vector<std::string> &empty)
 {
     vexa_diag_drv table{};
     for (const auto &row : SLOTS) {
-        if (std::find(dropped.begin(), dropped.end(), row.name) == dropped.end())
+        if (std::find(empty.begin(), empty.end(), row.name) == empty.end())
             row.fill(table);
     }
     return table;
 }
 
-void drive(live_board &driven, bool announce)
+void drive(live_board &target, bool announce)
 {
-    g_driven = &driven;
+    g_board = &target;
     g_announce = announce;
-    g_faults = driven.with_board([](const board &b) { return call_faults(b.config().call_faults); });
+    g_faults = target.with_board([](const board &b) { return call_faults(b.config().call_faults); });
 }
 
 } // namespace sim

@@ -11,7 +11,7 @@
 #include <fmt/format.h>
 
 #include "common/file.h"
-#include "common/program.h"
+#include "common/terminal.h"
 #include "common/text.h"
 #include "common/words.h"
 #include "sim/board_file/board_file.h"
@@ -25,14 +25,14 @@ namespace sim
 static constexpr double SLOWEST = 0.01;
 static constexpr double FASTEST = 1000;
 
-/* The values of options as they were given. */
+/* The values of options as the command line has them. */
 struct option_texts {
     std::string pace = "max";
     std::string level = "0";
     std::string slot; /* the last one */
 };
 
-/* An option with a text for its value, and what may be given. */
+/* An option with a text for its value, and what it takes. */
 struct text_option {
     std::string name;
     std::string &value;
@@ -46,14 +46,14 @@ struct flag_option {
     std::string help;
 };
 
-static std::vector<text_option> text_options(options &parsed, option_texts &texts)
+static std::vector<text_option> text_options(options &values, option_texts &texts)
 {
     return {
-        {"--board", parsed.board, "Board: a name from --list-boards, or a file", "a board's name or a .toml file"},
-        {"--boards-dir", parsed.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)",
+        {"--board", values.board, "Board: a name from --list-boards, or a file", "a board's name or a .toml file"},
+        {"--boards-dir", values.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)",
          "a folder with boards"},
-        {"--directory", parsed.directory, "Working directory; the socket is in its tmp/", "a folder"},
-        {"--pcap", parsed.pcap, "Write every CPU frame to this capture file", "a file that can be written"},
+        {"--directory", values.directory, "Working directory; the socket is in its tmp/", "a folder"},
+        {"--pcap", values.pcap, "Write every CPU frame to this capture file", "a file that can be written"},
         {"--drop-slot", texts.slot, "Leave a driver slot empty; repeatable", "the name of a driver slot"},
         {"--pace", texts.pace, "Board seconds per second, or max",
          fmt::format("max or a number from {} to {}", SLOWEST, FASTEST)},
@@ -62,21 +62,21 @@ static std::vector<text_option> text_options(options &parsed, option_texts &text
     };
 }
 
-static std::vector<flag_option> flag_options(options &parsed)
+static std::vector<flag_option> flag_options(options &values)
 {
     return {
-        {"--list-boards", parsed.list_boards, "List the boards by name and exit"},
-        {"--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit"},
-        {"--quiet", parsed.quiet, "Print the ready line only"},
+        {"--list-boards", values.list_boards, "List the boards by name and exit"},
+        {"--run-flow", values.run_flow, "Run the flow pressure test, print its reply and exit"},
+        {"--quiet", values.quiet, "Print the ready line only"},
     };
 }
 
-[[noreturn]] static void refuse(const text_option &option, const std::string &found)
+[[noreturn]] static void refuse(const text_option &option, const std::string &value)
 {
-    throw usage_error(fmt::format("{}: found {}, expected {}", option.name, found, option.expected));
+    throw usage_error(fmt::format("{}: found {}, expected {}", option.name, value, option.expected));
 }
 
-static const text_option &named(const std::vector<text_option> &options, std::string_view name)
+static const text_option &option_of(const std::vector<text_option> &options, std::string_view name)
 {
     return *std::ranges::find(options, name, &text_option::name);
 }
@@ -109,45 +109,55 @@ static int level_of(const text_option &option)
 
 static void check_slots(const std::vector<std::string> &dropped)
 {
-    const auto &known = slot_names();
+    const auto &slots = slot_names();
     for (const auto &name : dropped) {
-        if (std::ranges::find(known, name) == known.end())
-            throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, common::expected_one_of(name, known)));
+        if (std::ranges::find(slots, name) == slots.end())
+            throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, common::expected_one_of(name, slots)));
     }
 }
 
 /* The boards that lie beside the program, wherever it was installed or built, unless the user says otherwise. */
 static std::string default_boards_dir()
 {
-    const char *named = getenv("FACMSG_BOARDS");
-    if (named != nullptr && *named != 0)
-        return named;
+    const char *folder = getenv("FACMSG_BOARDS");
+    if (folder != nullptr && *folder != 0)
+        return folder;
     std::error_code unreadable;
     const fs::path program = fs::read_symlink("/proc/self/exe", unreadable);
     return (program.parent_path() / FACMSG_BOARDS_FROM_PROGRAM).lexically_normal();
 }
 
-/* The parser says which option is wrong, but not what it takes. */
-[[noreturn]] static void explain(const std::string &what, const CLI::App &app, const std::vector<text_option> &options)
+/* The option that an error is about, by the name in front of its text: the parser's exceptions tell it nowhere else. */
+static const CLI::Option *option_at_fault(const CLI::ParseError &error, const CLI::App &app)
 {
-    const auto name = what.substr(0, what.find_first_of(": "));
-    if (what.ends_with("flag override"))
-        throw usage_error(fmt::format("--{}: found a value, expected none", name));
-    for (const auto &option : options) {
-        if (option.name == name)
-            refuse(option, app.count(name) > 1 ? "more than one value" : "nothing");
-    }
-    throw usage_error(what);
+    const std::string text = error.what();
+    const auto name = text.substr(0, text.find_first_of(": "));
+    const auto all = app.get_options();
+    const auto option = std::ranges::find_if(
+        all, [&](const auto *each) { return each->get_name() == name || each->check_lname(name); });
+    return option == all.end() ? nullptr : *option;
 }
 
-static void refuse_unknown(const std::string &found, const std::vector<text_option> &options)
+/* The parser says which option has too many values or too few, but not what it takes. */
+[[noreturn]] static void explain(const CLI::ArgumentMismatch &error, const CLI::App &app,
+                                 const std::vector<text_option> &options)
 {
-    std::vector<std::string_view> known = {"--help", "--version", "--list-boards", "--run-flow", "--quiet"};
+    const auto *option = option_at_fault(error, app);
+    if (option == nullptr)
+        throw usage_error(error.what());
+    if (option->get_expected_max() == 0)
+        throw usage_error(fmt::format("{}: found a value, expected none", option->get_name()));
+    refuse(option_of(options, option->get_name()), option->count() > 1 ? "more than one value" : "nothing");
+}
+
+[[noreturn]] static void refuse_unknown(const std::string &word, const std::vector<text_option> &options)
+{
+    std::vector<std::string_view> names = {"--help", "--version", "--list-boards", "--run-flow", "--quiet"};
     for (const auto &option : options)
-        known.push_back(option.name);
-    if (!found.starts_with("-"))
-        throw usage_error(fmt::format("found '{}', expected options only; see --help", found));
-    throw usage_error(fmt::format("unknown option '{}'{}", found, common::expected_one_of(found, known)));
+        names.push_back(option.name);
+    if (!word.starts_with("-"))
+        throw usage_error(fmt::format("found '{}', expected options only; see --help", word));
+    throw usage_error(fmt::format("unknown option '{}'{}", word, common::expected_one_of(word, names)));
 }
 
 static void parse(CLI::App &app, int argc, const char *const *argv, const std::vector<text_option> &options)
@@ -155,10 +165,12 @@ static void parse(CLI::App &app, int argc, const char *const *argv, const std::v
     app.allow_extras();
     try {
         app.parse(argc, argv);
-    } catch (const CLI::Success &done) { /* help or the version was asked for */
-        throw early_exit{app.exit(done)};
+    } catch (const CLI::Success &help) { /* or the version */
+        throw early_exit{app.exit(help)};
+    } catch (const CLI::ArgumentMismatch &error) {
+        explain(error, app, options);
     } catch (const CLI::ParseError &error) {
-        explain(error.what(), app, options);
+        throw usage_error(error.what());
     }
     if (const auto extras = app.remaining(); !extras.empty())
         refuse_unknown(extras.front(), options);
@@ -170,26 +182,26 @@ static void parse(CLI::App &app, int argc, const char *const *argv, const std::v
 
 options parse_options(int argc, const char *const *argv)
 {
-    options parsed;
+    options values;
     option_texts texts;
-    parsed.boards_dir = default_boards_dir();
-    const auto options = text_options(parsed, texts);
+    values.boards_dir = default_boards_dir();
+    const auto options = text_options(values, texts);
     CLI::App app("Simulated switch that hosts the factory-test service.", "facmsg-simhost");
     for (const auto &option : options)
         app.add_option(option.name, option.value, option.help)->capture_default_str();
     app.get_option("--drop-slot")
-        ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
+        ->each([&](const std::string &name) { values.dropped_slots.push_back(name); })
         ->take_last();
     app.set_version_flag("--version", fmt::format("facmsg-simhost {}", common::version()), "Show the version and exit");
-    for (const auto &flag : flag_options(parsed))
+    for (const auto &flag : flag_options(values))
         app.add_flag(flag.name, flag.value, flag.help)->disable_flag_override();
     parse(app, argc, argv, options);
-    if (parsed.list_boards && parsed.run_flow)
+    if (values.list_boards && values.run_flow)
         throw usage_error("--list-boards: found beside --run-flow, expected one of the two");
-    parsed.pace = pace_of(named(options, "--pace"));
-    parsed.log_level = level_of(named(options, "--log-level"));
-    check_slots(parsed.dropped_slots);
-    return parsed;
+    values.pace = pace_of(option_of(options, "--pace"));
+    values.log_level = level_of(option_of(options, "--log-level"));
+    check_slots(values.dropped_slots);
+    return values;
 }
 
 static std::vector<std::string> board_names(const std::string &folder)
@@ -205,10 +217,10 @@ std::string find_board(const options &options)
     if (options.board.ends_with(".toml") || options.board.find('/') != std::string::npos)
         return options.board;
     const auto names = board_names(options.boards_dir);
-    const std::vector<std::string_view> known(names.begin(), names.end());
-    if (std::find(names.begin(), names.end(), options.board) == names.end())
+    const std::vector<std::string_view> allowed(names.begin(), names.end());
+    if (std::ranges::find(names, options.board) == names.end())
         throw usage_error(fmt::format("--board: found '{}', which is no .toml file and not in {}{}", options.board,
-                                      options.boards_dir, common::expected_one_of(options.board, known)));
+                                      options.boards_dir, common::expected_one_of(options.board, allowed)));
     return (fs::path(options.boards_dir) / (options.board + ".toml")).string();
 }
 

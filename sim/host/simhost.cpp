@@ -13,7 +13,6 @@
 #include "common/terminal.h"
 #include "common/text.h"
 #include "facmsg.h"
-#include "host_time.h"
 #include "options.h"
 #include "service.h"
 #include "sim/board_file/board_file.h"

@@ -17,7 +17,6 @@
 #include "fpga.h"
 #include "poe.h"
 #include "port.h"
-#include "wire.h"
 
 namespace sim
 {

@@ -60,7 +60,7 @@ void fabric::forward(const port &at, const frame &incoming)
     const bool held_back = vlan == DEFAULT_VLAN && !incoming.to_many();
     const auto number = at.config().number;
     if (vlan > MAX_VLAN || held_back || !vlans_[vlan].members.has(number)) {
-        dropped_++;
+        drops_++;
         return;
     }
     const auto &entry = vlans_[vlan];

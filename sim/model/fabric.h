@@ -50,9 +50,9 @@ class fabric
     bool broadcast_test = false;
 
     /* Sound frames that had nowhere to go. */
-    uint64_t dropped() const
+    uint64_t drops() const
     {
-        return dropped_;
+        return drops_;
     }
 
   private:
@@ -71,7 +71,7 @@ class fabric
     std::vector<vlan_entry> vlans_{MAX_VLAN + 1};
     port_set front_;
     std::array<port *, FACMSG_MAX_PORTS + 1> by_number_{};
-    uint64_t dropped_ = 0;
+    uint64_t drops_ = 0;
 };
 
 } // namespace sim

@@ -4,8 +4,8 @@
 namespace sim
 {
 
-live_board::live_board(board &driven, double pace, receiver deliver)
-    : board_(driven), pace_(pace), deliver_(deliver), board_start_(driven.clock.now())
+live_board::live_board(board &target, double pace, receiver deliver)
+    : board_(target), pace_(pace), deliver_(deliver), board_start_(target.clock.now())
 {
     if (pace_ > 0)
         follower_ = std::thread(&live_board::follow_wall_clock, this);
@@ -14,7 +14,7 @@ live_board::live_board(board &driven, double pace, receiver deliver)
 live_board::~live_board()
 {
     {
-        const common::mutex_guard guard(mutex_);
+        const mutex_guard guard(mutex_);
         ending_ = true;
     }
     changed_.notify_one();
@@ -57,7 +57,7 @@ void live_board::wait(time_us duration)
 
 void live_board::pass(time_us duration)
 {
-    const common::mutex_guard guard(mutex_);
+    const mutex_guard guard(mutex_);
     const auto end = board_.clock.now() + duration;
     while (board_.clock.step(end)) {
         if (board_.cpu.has_frames())
@@ -67,7 +67,7 @@ void live_board::pass(time_us duration)
 
 void live_board::follow_wall_clock()
 {
-    const common::mutex_guard guard(mutex_);
+    const mutex_guard guard(mutex_);
     while (!ending_) {
         catch_up();
         if (board_.cpu.has_frames())

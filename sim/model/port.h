@@ -1,14 +1,17 @@
 /* SPDX-License-Identifier: MIT
  *
- * One port: what it can do, how it is set, what it has counted.
+ * One port: what it can do, how it is set, what it has counted; and the wire between two of them.
  */
 #ifndef SIM_PORT_H
 #define SIM_PORT_H
 
+#include <array>
 #include <cstdint>
+#include <functional>
 
 #include "board_config.h"
-#include "egress.h"
+#include "event_clock.h"
+#include "frame.h"
 
 namespace sim
 {
@@ -69,7 +72,7 @@ class port
     port_status_row status() const;
 
     /* Takes over speed, medium, duplex and the host's words; false, and nothing changes, when the port cannot do that.
-     * A port with one medium ignores the medium asked for. A combo port that is given the other medium with its present
+     * A port with one medium ignores another medium. A combo port that gets the other medium with its present
      * speed returns to the mode that it last had on that medium. */
     bool set_status(const port_status_row &setting);
 
@@ -100,6 +103,42 @@ class port
     uint32_t host_word_0_;
     uint32_t host_word_5_;
     uint64_t arrivals_ = 0;
+};
+
+/* A cable between two ports, a loopback plug in one, or the loop inside a PHY: brings the link up. */
+class wire
+{
+  public:
+    using arrival = std::function<void(port &at, frame &&)>;
+
+    /* What the wire is made of: a looped port is attached to the loop in its PHY, any other to its cable or plug. */
+    enum kind { CABLE, PHY_LOOP };
+
+    /* end_a and end_b may be the same port; arrive is called for every frame that gets to the other end. The clock and
+     * the ports must outlive the wire, and the wire must not move: it orders events on the clock. */
+    wire(event_clock &clock, kind material, port &end_a, port &end_b, arrival arrive);
+    wire(const wire &) = delete;
+    wire &operator=(const wire &) = delete;
+
+    /* To be called after a change at an end: takes the link down and, when both ends fit, starts bringing it up. */
+    void restart();
+
+  private:
+    bool attached(const port &end) const
+    {
+        return end.looped == (material_ == PHY_LOOP);
+    }
+    bool ends_fit() const;
+    void link_down();
+    void bring_up(time_us delay);
+    void came_up();
+    void drop();
+
+    event_clock &clock_;
+    const kind material_;
+    const std::array<port *, 2> ends_;
+    uint64_t era_ = 0; /* changes with every loss of link; outdates what was under way */
+    const arrival arrive_;
 };
 
 } // namespace sim

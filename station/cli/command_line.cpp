@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "common/program.h"
+#include "common/terminal.h"
 #include "misuse.h"
 #include "tools.h"
 

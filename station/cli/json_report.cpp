@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "common/program.h"
+#include "common/terminal.h"
 #include "tools.h"
 
 namespace station

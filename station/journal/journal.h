@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "common/check.h"
+#include "common/verdict.h"
 
 namespace journal
 {

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "common/check.h"
+#include "common/verdict.h"
 #include "wording.h"
 
 namespace journal

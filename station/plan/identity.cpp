@@ -11,7 +11,6 @@
 #include <random>
 #include <unistd.h>
 
-#include "common/program.h"
 #include "common/terminal.h"
 #include "common/text.h"
 #include "facmsg.h"

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "common/program.h"
+#include "common/terminal.h"
 #include "facmsg.h"
 #include "limits.h"
 #include "station/requests/carry_out.h"

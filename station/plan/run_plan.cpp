@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include "common/program.h"
 #include "common/terminal.h"
 #include "common/text.h"
 #include "common/words.h"

@@ -61,7 +61,7 @@ struct listed_run {
 struct history {
     std::vector<listed_run> listed = {};                    /* as the folders sort */
     size_t units = 0;                                       /* serial numbers */
-    std::array<size_t, common::run_results> by_result = {}; /* indexed by common::run_result */
+    std::array<size_t, common::RUN_RESULTS> by_result = {}; /* indexed by common::run_result */
     size_t partial = 0;                                     /* runs */
     size_t judged_units = 0;                                /* with a run that came to a verdict */
     size_t passed_first = 0;                                /* whose first such run passed */

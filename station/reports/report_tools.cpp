@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include "common/file.h"
-#include "common/program.h"
 #include "common/terminal.h"
 #include "common/text.h"
 #include "findings.h"

@@ -10,7 +10,7 @@
 #include <functional>
 #include <optional>
 
-#include "common/port_list.h"
+#include "common/words.h"
 
 namespace station
 {

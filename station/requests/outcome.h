@@ -11,7 +11,7 @@
 #include <variant>
 #include <vector>
 
-#include "common/check.h"
+#include "common/verdict.h"
 
 namespace station
 {

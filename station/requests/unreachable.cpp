@@ -11,7 +11,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "common/socket_address.h"
+#include "common/file.h"
 #include "facmsg_protocol.h"
 
 namespace station

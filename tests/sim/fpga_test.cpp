@@ -5,12 +5,9 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "sim/board_file/board_file.h"
-#include "sim/model/board.h"
+#include "sim/model/fpga.h"
 
 using namespace sim;
-
-constexpr mac_address REPLY_MAC = {0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0B};
 
 static std::vector<uint8_t> request(uint8_t operation, uint8_t address, uint8_t words, std::vector<uint8_t> data)
 {
@@ -29,7 +26,7 @@ TEST(fpga, keeps_what_proper_requests_write_and_refuses_others)
     EXPECT_FALSE(device.handle(frame(request(1, 0x10, 1, {1, 2, 3, 4, 5, 6})))) << "two bytes are no word";
     const auto answer = device.handle(frame(request(0, 0x0E, 2, {})));
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->destination(), REPLY_MAC);
+    EXPECT_EQ(answer->destination(), (mac_address{0x01, 0x6B, 0xE2, 0x00, 0x00, 0x0B}));
     const auto bytes = answer->bytes();
     EXPECT_EQ(bytes.size(), 60u);
     EXPECT_EQ(std::vector(bytes.begin() + 20, bytes.begin() + 36),
@@ -45,19 +42,4 @@ TEST(fpga, keeps_what_proper_requests_write_and_refuses_others)
     EXPECT_EQ(device.refused(), 9u);
     EXPECT_EQ(device.handle(frame(request(0, 0x0E, 2, {})))->bytes(), bytes) << "and nothing was written";
     EXPECT_FALSE(fpga(true).handle(frame(request(0, 0, 1, {}))));
-}
-
-TEST(fpga, reaches_the_cpu_by_its_address_only)
-{
-    board b(parse_board("[[ports]]\nports = 3\ncopper_speeds = [\"1G\"]\n[fpga]\nports = \"37,38\"\n", "b.toml"));
-    for (const bool entry : {false, true}) {
-        if (entry)
-            b.fabric.add_cpu_mac(REPLY_MAC);
-        b.transmit(*b.find_port(38), request(0, 0, 1, {}));
-        b.clock.run_until(b.clock.now() + 50000);
-        const auto frames = b.cpu.take_frames();
-        ASSERT_EQ(frames.size(), entry ? 1u : 0u);
-        EXPECT_TRUE(!entry || frames[0].info.phy_id == 0x126);
-    }
-    EXPECT_EQ(b.find_port(3)->counters.in_pkts, 0u) << "internal ports flood to nobody";
 }

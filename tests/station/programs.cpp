@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "common/socket_address.h"
+#include "common/file.h"
 
 /* The terminals of tests, whatever this one is. */
 static const int known_terminal = setenv("TERM", "xterm", 1);
