@@ -8,27 +8,24 @@
 #include <cstring>
 #include <facmsg.h>
 
-namespace
-{
-
-constexpr uint32_t PORTS = 256;
-constexpr uint32_t FRAME_LENGTH = 128;
+static constexpr uint32_t PORTS = 256;
+static constexpr uint32_t FRAME_LENGTH = 128;
 
 using hook = void (*)(const pack_info *info, const uint8_t *frame, uint32_t length);
 
 struct alignas(64) padded_count {
     std::atomic<uint32_t> frames;
 };
-padded_count direct_counts[PORTS];
-uint32_t other_frames;
+static padded_count direct_counts[PORTS];
+static uint32_t other_frames;
 
-[[gnu::noinline]] void compare_two_bytes(const pack_info *, const uint8_t *frame, uint32_t)
+[[gnu::noinline]] static void compare_two_bytes(const pack_info *, const uint8_t *frame, uint32_t)
 {
     if (frame[12] == 0xF0 && frame[13] == 0xF0)
         other_frames++;
 }
 
-[[gnu::noinline]] void count_directly(const pack_info *info, const uint8_t *frame, uint32_t)
+[[gnu::noinline]] static void count_directly(const pack_info *info, const uint8_t *frame, uint32_t)
 {
     if (frame[12] == 0xF0 && frame[13] == 0xF0)
         direct_counts[info->phy_id % PORTS].frames.fetch_add(1, std::memory_order_relaxed);
@@ -43,11 +40,11 @@ struct test_frame {
         bytes[13] = type_low;
     }
 };
-const test_frame counted(0xF0, 0xF0);
-const test_frame ignored(0x08, 0x00);
+static const test_frame counted(0xF0, 0xF0);
+static const test_frame ignored(0x08, 0x00);
 
 /* Phy ids 0 to 255 get rows 0 to 255. */
-void claim_all_rows()
+static void claim_all_rows()
 {
     for (uint32_t port = 0; port < PORTS; port++) {
         const pack_info info = {0, 0, port};
@@ -56,7 +53,7 @@ void claim_all_rows()
 }
 
 /* One frame from each of `ports` ports (a power of two) in turn, beginning with `first`. */
-void run(benchmark::State &state, hook receive, const test_frame &frame, uint32_t first, uint32_t ports)
+static void run(benchmark::State &state, hook receive, const test_frame &frame, uint32_t first, uint32_t ports)
 {
     claim_all_rows();
     benchmark::DoNotOptimize(receive);
@@ -70,15 +67,13 @@ void run(benchmark::State &state, hook receive, const test_frame &frame, uint32_
 }
 
 /* Each thread counts a port of its own. */
-void run_threads(benchmark::State &state)
+static void run_threads(benchmark::State &state)
 {
     const auto port = static_cast<uint32_t>(state.thread_index());
     const pack_info info = {0, 0, port};
     for (auto _ : state)
         vexa_recv_packet(&info, counted.bytes, FRAME_LENGTH);
 }
-
-} // namespace
 
 BENCHMARK_CAPTURE(run, ignored_baseline, compare_two_bytes, ignored, 0, 1);
 BENCHMARK_CAPTURE(run, ignored_hook, vexa_recv_packet, ignored, 0, 1);

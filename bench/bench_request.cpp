@@ -13,10 +13,7 @@
 
 #include "common/file.h"
 
-namespace
-{
-
-constexpr char ECHO_PATH[] = "tmp/echo";
+static constexpr char ECHO_PATH[] = "tmp/echo";
 
 struct message {
     facmsg_header header;
@@ -25,7 +22,7 @@ struct message {
 static_assert(sizeof(message) == 16);
 
 /* Reads 16 bytes and writes them back, one connection after the other. */
-void serve_echo(int listener)
+static void serve_echo(int listener)
 {
     for (;;) {
         const int fd = accept(listener, nullptr, nullptr);
@@ -36,7 +33,7 @@ void serve_echo(int listener)
     }
 }
 
-void start_echo()
+static void start_echo()
 {
     const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
     const sockaddr_un address = common::socket_address(ECHO_PATH);
@@ -46,27 +43,26 @@ void start_echo()
 }
 
 /* Connect, write 16, read 16, close. */
-void round_trip(benchmark::State &state, const char *path)
+static void round_trip(benchmark::State &state, const char *path)
 {
     const sockaddr_un address = common::socket_address(path);
     for (auto _ : state) {
-        message exchanged = {{FACMSG_MSG_DEBUG, sizeof(debug_level_record)}, {-1, 0}};
+        message bytes = {{FACMSG_MSG_DEBUG, sizeof(debug_level_record)}, {-1, 0}};
         const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
         if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0 ||
-            write(fd, &exchanged, sizeof(exchanged)) != sizeof(exchanged) ||
-            read(fd, &exchanged, sizeof(exchanged)) != sizeof(exchanged))
+            write(fd, &bytes, sizeof(bytes)) != sizeof(bytes) || read(fd, &bytes, sizeof(bytes)) != sizeof(bytes))
             state.SkipWithError("no answer");
         close(fd);
     }
 }
 
-int discard_frame(const pack_info *, const uint8_t *frame, uint32_t)
+static int discard_frame(const pack_info *, const uint8_t *frame, uint32_t)
 {
     benchmark::DoNotOptimize(frame);
     return 0;
 }
 
-void start_service()
+static void start_service()
 {
     char folder[] = "/tmp/facmsg-bench-XXXXXX";
     if (mkdtemp(folder) == nullptr || chdir(folder) != 0)
@@ -79,8 +75,6 @@ void start_service()
     while (facmsg_client_send(FACMSG_MSG_DEBUG, sizeof(record), &record, 1) != 0)
         usleep(1000);
 }
-
-} // namespace
 
 BENCHMARK_CAPTURE(round_trip, echo_baseline, ECHO_PATH)->UseRealTime();
 BENCHMARK_CAPTURE(round_trip, request, FACMSG_SOCKET_PATH)->UseRealTime();

@@ -17,37 +17,34 @@ extern "C" int gettimeofday(timeval *now, void *)
     return 0;
 }
 
-namespace
-{
+static constexpr uint32_t BURST = 10000;
+static constexpr uint32_t PORT = 1;
 
-constexpr uint32_t BURST = 10000;
-constexpr uint32_t PORT = 1;
-
-[[gnu::noinline]] int take_frame(const pack_info *info, const uint8_t *frame, uint32_t)
+[[gnu::noinline]] static int take_frame(const pack_info *info, const uint8_t *frame, uint32_t)
 {
     benchmark::DoNotOptimize(info);
     benchmark::DoNotOptimize(frame);
     return 0;
 }
 
-int give_phy_id(uint32_t port, void *record)
+static int give_phy_id(uint32_t port, void *record)
 {
     *static_cast<uint32_t *>(record) = port;
     return 0;
 }
 
-void fill_table()
+static void fill_table()
 {
     facmsg_vexa_diag_drv.send_packet = take_frame;
     facmsg_vexa_diag_drv.get_port_phyid = give_phy_id;
 }
 
-void count_frames(benchmark::State &state)
+static void count_frames(benchmark::State &state)
 {
     state.SetItemsProcessed(state.iterations() * BURST);
 }
 
-void bare_loop(benchmark::State &state)
+static void bare_loop(benchmark::State &state)
 {
     fill_table();
     const pack_info info = {0, 0, PORT};
@@ -61,7 +58,7 @@ void bare_loop(benchmark::State &state)
     count_frames(state);
 }
 
-void serpentine(benchmark::State &state)
+static void serpentine(benchmark::State &state)
 {
     fill_table();
     uint32_t sent = 0;
@@ -72,7 +69,7 @@ void serpentine(benchmark::State &state)
 }
 
 /* Builds every frame anew, and frees it. */
-void test_frame_burst(benchmark::State &state)
+static void test_frame_burst(benchmark::State &state)
 {
     fill_table();
     const port_packet_req request = {PORT, 1, 1, 0, BURST};
@@ -81,8 +78,6 @@ void test_frame_burst(benchmark::State &state)
             state.SkipWithError("not sent");
     count_frames(state);
 }
-
-} // namespace
 
 BENCHMARK(bare_loop);
 BENCHMARK(serpentine);
