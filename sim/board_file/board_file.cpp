@@ -120,7 +120,7 @@ static void read_cables(const common::toml_reader &reader, board_config &board)
     }
 }
 
-/* The two internal ports behind which the FPGA is. */
+/* The two internal ports that face the FPGA. */
 static void read_fpga(const std::string &path, const toml::table &table, board_config &board)
 {
     const common::toml_reader section(path, table, {"ports", "phy_id_offset"});

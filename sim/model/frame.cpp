@@ -101,7 +101,7 @@ frame egress::take_from_queue()
     auto first = std::move(*content);
     content.reset();
     first_ = (first_ + 1) % QUEUE_FRAMES;
-    --waiting_;
+    waiting_--;
     waiting_ns_ -= wire_ns;
     with_room_.put(number_, waiting_ns_ < QUEUE_NS);
     return first;
