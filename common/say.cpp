@@ -43,6 +43,11 @@ void say(std::string_view line)
     std::fputs(((fits ? shown : folded(shown, 0, 4, screen.width)) + "\n").c_str(), stderr);
 }
 
+void print(std::string_view text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 bool colour_wanted()
 {
     const char *no_colour = std::getenv("NO_COLOR");

@@ -17,6 +17,9 @@ std::string escaped(std::string_view text);
 /* Writes one line to stderr, escaped. A stderr that is full or closed changes nothing else. */
 void say(std::string_view line);
 
+/* Writes text to stdout as it is. */
+void print(std::string_view text);
+
 /* Whether stdout may have colour: it is a terminal that knows it, and NO_COLOR is unset or empty. */
 bool colour_wanted();
 

@@ -29,13 +29,9 @@
 namespace plan
 {
 
+using common::print;
 using station::exit_code;
 using steps_view = std::span<const step *const>;
-
-static void print(const std::string &text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-}
 
 /* The names of --only or --skip, all of them of the plan. */
 static std::vector<std::string> step_names(const test_plan &plan, const char *option, const std::string &list)

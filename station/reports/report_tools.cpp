@@ -22,12 +22,8 @@ namespace reports
 {
 
 using common::exit_code;
+using common::print;
 using nlohmann::ordered_json;
-
-static void print(const std::string &text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-}
 
 /* Says on stderr what went wrong, after what was printed. */
 static exit_code fail(const char *tool, exit_code code, const std::string &sentence)

@@ -16,7 +16,6 @@
 #include "common/count.h"
 #include "common/path_fault.h"
 #include "families.h"
-#include "hex.h"
 
 namespace station
 {
