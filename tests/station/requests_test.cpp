@@ -62,7 +62,7 @@ static void expect_same(const std::string &shown, std::string expected)
 /* A command line as a shell takes it, in the folder of a host. */
 static void play(const section &command, const std::string &folder)
 {
-    std::string script = "cd '" + folder + "';";
+    std::string script = "BOARDS='" BOARDS "'; cd '" + folder + "';";
     for (const std::string &word : station({"--directory", folder}))
         script += " '" + word + "'";
     const size_t blank = command.head.find(' ');
