@@ -5,13 +5,13 @@
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <facmsg.h>
 #include <filesystem>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
+
+#include "common/socket_address.h"
 
 namespace
 {
@@ -23,14 +23,6 @@ struct message {
     debug_level_record record;
 };
 static_assert(sizeof(message) == 16);
-
-sockaddr_un address_of(const char *path)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    strncpy(address.sun_path, path, sizeof(address.sun_path) - 1);
-    return address;
-}
 
 /* Reads 16 bytes and writes them back, one connection after the other. */
 void serve_echo(int listener)
@@ -47,7 +39,7 @@ void serve_echo(int listener)
 void start_echo()
 {
     const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    const sockaddr_un address = address_of(ECHO_PATH);
+    const sockaddr_un address = common::socket_address(ECHO_PATH);
     if (bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0 || listen(listener, 32) != 0)
         abort();
     std::thread(serve_echo, listener).detach();
@@ -56,7 +48,7 @@ void start_echo()
 /* Connect, write 16, read 16, close. */
 void round_trip(benchmark::State &state, const char *path)
 {
-    const sockaddr_un address = address_of(path);
+    const sockaddr_un address = common::socket_address(path);
     for (auto _ : state) {
         message exchanged = {{FACMSG_MSG_DEBUG, sizeof(debug_level_record)}, {-1, 0}};
         const int fd = socket(AF_UNIX, SOCK_STREAM, 0);

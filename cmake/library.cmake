@@ -30,3 +30,12 @@ if(NOT FACMSG_SANITIZE)
 endif()
 set_target_properties(facmsg PROPERTIES
     LINKER_LANGUAGE C INSTALL_RPATH "" VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/facmsg.map)
+
+# Describes anew what programs that were built with the library on the target rely on: for a change that is meant.
+find_program(ABIDW abidw)
+if(CMAKE_CROSSCOMPILING AND ABIDW)
+    add_custom_target(abi_description
+        ${CMAKE_COMMAND} -DABIDW=${ABIDW} -DSOURCE=${PROJECT_SOURCE_DIR} -DLIBRARY=$<TARGET_FILE:facmsg>
+            -DDESCRIPTION=${PROJECT_SOURCE_DIR}/docs/abi/libfacmsg-arm.abi -P ${PROJECT_SOURCE_DIR}/docs/abi/describe.cmake
+        DEPENDS facmsg)
+endif()

@@ -1,10 +1,11 @@
 /* SPDX-License-Identifier: MIT
  *
- * The terminal that an output leads to, and the one line on it that is rewritten in place.
+ * The terminals that stdout and stderr lead to, and lines for whoever looks at them.
  */
 #ifndef COMMON_TERMINAL_H
 #define COMMON_TERMINAL_H
 
+#include <cstddef>
 #include <string_view>
 
 namespace common
@@ -18,6 +19,19 @@ struct terminal {
 
 /* Asked anew each time, as people resize windows. */
 terminal terminal_of(int fd);
+
+/* Whether stdout may have colour: it is a terminal that knows it, and NO_COLOR is unset or empty. */
+bool colour_wanted();
+
+/* How wide sentences on stdout may be: as its terminal, but at most 100; 80 when it is none. */
+size_t stdout_columns();
+
+/* Writes one line to stderr, escaped (text.h), folded to a terminal's width. A stderr that is full or closed changes
+ * nothing else. */
+void say(std::string_view line);
+
+/* Writes text to stdout as it is. */
+void print(std::string_view text);
 
 /* Shows the text in place of the line that the cursor is in, escaped, and cut to the terminal's width. For a lively
  * terminal only. */

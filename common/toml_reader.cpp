@@ -1,22 +1,13 @@
-/* SPDX-License-Identifier: MIT
- *
- * Reads checked values out of a TOML table.
- */
+/* SPDX-License-Identifier: MIT */
 #include "toml_reader.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cerrno>
-#include <charconv>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <system_error>
 
 #include <fmt/format.h>
 
-#include "nearest.h"
-#include "path_fault.h"
+#include "port_list.h"
+#include "words.h"
 
 namespace common
 {
@@ -44,21 +35,6 @@ toml::table parse_toml(std::string_view text, const std::string &path)
         const auto at = error.source().begin;
         throw file_error(fmt::format("{}:{}:{}: {}", path, at.line, at.column, error.description()));
     }
-}
-
-std::string read_bytes(const std::string &path, std::string_view expected)
-{
-    if (const std::string fault = read_fault(path); !fault.empty())
-        throw file_error(fmt::format("{}: {}, expected {}", path, fault, expected));
-    if (!std::filesystem::is_regular_file(path))
-        throw file_error(fmt::format("{}: is no regular file, expected {}", path, expected));
-    errno = 0;
-    std::ifstream file(path);
-    std::ostringstream bytes;
-    if (file.is_open() && (file.peek() == EOF ? !file.bad() : bool(bytes << file.rdbuf())))
-        return bytes.str();
-    throw file_error(
-        fmt::format("{}: {}, expected {}", path, std::generic_category().message(errno == 0 ? EIO : errno), expected));
 }
 
 toml::table read_toml(const std::string &path, std::string_view expected)
@@ -162,55 +138,18 @@ const toml::array *toml_reader::array(std::string_view key, std::string_view exp
 
 std::vector<std::string> toml_reader::some_of(std::string_view key, const std::vector<std::string_view> &names) const
 {
-    std::vector<std::string> found;
+    std::vector<std::string> chosen;
     if (const auto *entries = array(key, fmt::format("a list of {}", joined(names)))) {
         for (const auto &entry : *entries)
-            found.push_back(name_from(entry, key, names));
+            chosen.push_back(name_from(entry, key, names));
     }
-    return found;
-}
-
-static bool is_port(int64_t number, uint32_t highest)
-{
-    return number >= 1 && number <= highest;
-}
-
-/* Takes a number off the front of text; 0 when there is none. */
-static uint32_t take_number(std::string_view &text)
-{
-    uint32_t number = 0;
-    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
-    text.remove_prefix(static_cast<size_t>(end.ptr - text.data()));
-    return end.ec == std::errc() ? number : 0;
-}
-
-static bool take_char(std::string_view &text, char c)
-{
-    const bool there = !text.empty() && text.front() == c;
-    if (there)
-        text.remove_prefix(1);
-    return there;
-}
-
-/* The ports of a string such as "1-4,7"; nothing when it is no such string. */
-static std::optional<std::vector<uint32_t>> parse_ports(std::string_view text, uint32_t highest)
-{
-    std::vector<uint32_t> ports;
-    do {
-        const auto first = take_number(text);
-        const auto last = take_char(text, '-') ? take_number(text) : first;
-        if (!is_port(first, highest) || !is_port(last, highest) || last < first)
-            return std::nullopt;
-        for (auto number = first; number <= last; ++number)
-            ports.push_back(number);
-    } while (take_char(text, ','));
-    return text.empty() ? std::optional(ports) : std::nullopt;
+    return chosen;
 }
 
 uint32_t toml_reader::port_from(const toml::node &node, uint32_t highest) const
 {
     const auto *number = node.as_integer();
-    if (!number || !is_port(number->get(), highest))
+    if (!number || number->get() < 1 || number->get() > highest)
         fail_at(node, fmt::format("found {}, expected a port between 1 and {}", shown(node), highest));
     return static_cast<uint32_t>(number->get());
 }
@@ -222,11 +161,11 @@ std::vector<uint32_t> toml_reader::ports(std::string_view key, uint32_t highest)
         return {};
     if (node->is_integer())
         return {port_from(*node, highest)};
-    const auto found = node->is_string() ? parse_ports(node->as_string()->get(), highest) : std::nullopt;
-    if (!found)
+    const auto list = node->is_string() ? parse_list(node->as_string()->get(), 1, highest) : std::nullopt;
+    if (!list)
         fail_at(*node, fmt::format("{} is {}, expected ports between 1 and {} such as 7 or \"1-4,7\"", key,
                                    shown(*node), highest));
-    return *found;
+    return *list;
 }
 
 std::vector<uint32_t> toml_reader::distinct_ports(std::string_view key, uint32_t highest) const
@@ -263,12 +202,12 @@ void toml_reader::for_each_table(std::string_view key, const std::function<void(
 void toml_reader::for_each_pair(std::string_view key, uint32_t highest,
                                 const std::function<void(uint32_t, uint32_t)> &use) const
 {
-    constexpr std::string_view EXPECTED = "pairs of ports such as [[1, 2], [3, 4]]";
-    if (const auto *entries = array(key, EXPECTED)) {
+    constexpr std::string_view PAIRS = "pairs of ports such as [[1, 2], [3, 4]]";
+    if (const auto *entries = array(key, PAIRS)) {
         for (const auto &entry : *entries) {
             const auto *pair = entry.as_array();
             if (!pair || pair->size() != 2)
-                fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), EXPECTED));
+                fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), PAIRS));
             use(port_from((*pair)[0], highest), port_from((*pair)[1], highest));
         }
     }

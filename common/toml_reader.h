@@ -9,25 +9,19 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <toml++/toml.h>
 
+#include "file.h"
+
 namespace common
 {
 
-/* what() is one line "file:line:column: what was found, what was expected", or without a place
- * when there is no such file. */
-struct file_error : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/* What is in a file; the table in a file, or in a text whose path stands in messages. expected says what the file
- * should have been. All throw file_error. */
-std::string read_bytes(const std::string &path, std::string_view expected);
+/* The table in a file, or in a text whose path stands in messages. expected says what the file should have been. Both
+ * throw file_error. */
 toml::table read_toml(const std::string &path, std::string_view expected);
 toml::table parse_toml(std::string_view text, const std::string &path);
 
@@ -41,6 +35,8 @@ struct number_range {
 };
 constexpr number_range ANY_WORD = {0, UINT32_MAX};
 
+/* A table that is read key by key. Every function throws file_error when the value of its key is not what it reads.
+ * The table and the file's name must outlive the reader. */
 class toml_reader
 {
   public:

@@ -25,12 +25,12 @@ static void receive(const pack_info &info, const std::vector<uint8_t> &frame)
 {
     const uint32_t before = count_of(info.phy_id);
     vexa_recv_packet(&info, frame.data(), static_cast<uint32_t>(frame.size()));
-    const uint32_t grown = count_of(info.phy_id) - before;
-    static int ports_counted;
-    const bool has_row = before > 0 || ports_counted < 256;
-    if (grown != (counted_type(frame) && has_row ? 1u : 0u))
+    const uint32_t growth = count_of(info.phy_id) - before;
+    static int counted_ports;
+    const bool has_row = before > 0 || counted_ports < 256;
+    if (growth != (counted_type(frame) && has_row ? 1u : 0u))
         abort();
-    ports_counted += before == 0 && grown == 1;
+    counted_ports += before == 0 && growth == 1;
     if (frame.size() >= 14 && frame[12] == 0xFF && frame[13] == 0xF9 &&
         memcmp(get_fpga_data(), frame.data(), frame.size() < 128 ? frame.size() : 128) != 0)
         abort();
@@ -45,10 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
         memcpy(&length, bytes + 4, 2);
         bytes += 6;
         size -= 6;
-        const size_t taken = length < size ? length : size;
-        receive(info, {bytes, bytes + taken});
-        bytes += taken;
-        size -= taken;
+        const size_t share = length < size ? length : size;
+        receive(info, {bytes, bytes + share});
+        bytes += share;
+        size -= share;
     }
     return 0;
 }

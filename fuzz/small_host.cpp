@@ -5,111 +5,58 @@
  */
 #include "small_host.h"
 
-#include <cstdio>
-#include <sys/time.h>
-#include <unistd.h>
+#include <string_view>
 
-#include "facmsg.h"
-#include "internal/facmsg_slots.h"
+#include "world.h"
 
 static uint32_t frames_sent, calls, failing_call, readings;
-static time_t clock_s;
 
-static int answer()
+/* Outputs take small values in turn, but for those that make the ports what they are. */
+static void write_outputs(const driver_call &call)
 {
-    return ++calls == failing_call ? -1 : 0;
+    const std::string_view slot = call.slot;
+    const uint32_t port = call.port;
+    if (slot == "get_status")
+        return call.write({0, port != 3 || call.arguments[0].word == 0, 3, 0, 2, 0});
+    if (slot == "get_ability")
+        return call.write({port <= 3 ? 0x6E000FFFu : 0, port <= 2 ? 0x5E002FFFu : 0});
+    if (slot == "get_port_phyid")
+        return call.write({port + 0x100});
+    const uint64_t small = ++readings % 5;
+    call.write({small, small / 2, small % 2, 1});
 }
 
-/* Outputs take small values in turn. */
-static void write(uint32_t *to)
+static void receive_again(const driver_call &call)
 {
-    *to = ++readings % 5;
+    const auto &frame = call.arguments[call.argument_count - 1];
+    const pack_info info = {0, 0, call.port};
+    world::clock_us += 2000; /* two bursts of a sender that goes on for 30 s */
+    if (call.port != 0x102 || ++frames_sent > 5)
+        vexa_recv_packet(&info, static_cast<const uint8_t *>(frame.bytes), static_cast<uint32_t>(frame.count));
 }
 
-static void write(uint64_t *to)
+static int answer(const driver_call &call)
 {
-    *to = ++readings % 5;
-}
-
-static void write(uint8_t *to)
-{
-    *to = ++readings % 2;
-}
-
-static void write(ex_speed_support *to)
-{
-    *to = {1, ++readings % 2 == 0, 1, 1};
-}
-
-template <class Input> static void write(Input) {}
-
-template <class... Arguments> static void provide(int (*vexa_diag_drv::*slot)(Arguments...))
-{
-    facmsg_vexa_diag_drv.*slot = [](Arguments... arguments) {
-        (write(arguments), ...);
-        return answer();
-    };
+    const std::string_view slot = call.slot;
+    if (slot == "send_packet")
+        receive_again(call);
+    else
+        write_outputs(call);
+    const bool no_port = slot == "get_ability" && call.port > 3 && call.port <= 250;
+    return ++calls == failing_call || no_port ? -1 : 0;
 }
 
 void small_host_start()
 {
     if (freopen("/dev/null", "w", stdout) == nullptr)
         __builtin_trap();
-#define PROVIDE(index, name, port) provide(&vexa_diag_drv::name);
-    FACMSG_SLOTS(PROVIDE)
-    vexa_diag_drv &table = facmsg_vexa_diag_drv;
-    table.get_status = [](uint32_t unit, uint32_t port, port_status_row *row) {
-        *row = {0, port != 3 || unit == 0, 3, 0, 2, 0};
-        return answer();
-    };
-    table.get_ability = [](uint32_t, uint32_t port, port_ability_row *row) {
-        *row = {port <= 3 ? 0x6E000FFFu : 0, port <= 2 ? 0x5E002FFFu : 0};
-        return port <= 3 || port > 250 ? 0 : -1;
-    };
-    table.get_port_phyid = [](uint32_t port, void *record) {
-        *static_cast<uint32_t *>(record) = port + 0x100;
-        return answer();
-    };
-    table.send_packet = [](const pack_info *info, const uint8_t *frame, uint32_t length) {
-        if (info->phy_id != 0x102 || ++frames_sent > 5)
-            vexa_recv_packet(info, frame, length);
-        return answer();
-    };
+    facmsg_vexa_diag_drv = world::driver_table();
+    world::on_call = answer;
 }
 
 void small_host_reset(uint8_t plan)
 {
     frames_sent = calls = readings = 0;
     failing_call = plan / 2;
-    clock_s = 0;
     facmsg_dbg = plan % 2 != 0 ? 2 : 0;
-}
-
-extern "C" {
-
-unsigned __wrap_sleep(unsigned)
-{
-    return 0;
-}
-
-int __wrap_usleep(useconds_t)
-{
-    return 0;
-}
-
-int __wrap_gettimeofday(timeval *now, void *)
-{
-    *now = {clock_s += 20, 0}; /* two bursts of a sender that goes on for 30 s */
-    return 0;
-}
-
-int __wrap_system(const char *)
-{
-    return 0;
-}
-
-int __wrap_unlink(const char *)
-{
-    return 0;
-}
 }

@@ -32,7 +32,7 @@ int vexa_send_packet_use_cpsp(const port_packet_req *request)
         return -1;
     }
     const pack_info info = {0, static_cast<uint16_t>(request->tx_selector), request->phy_id};
-    for (uint32_t sent = 0; sent < request->frame_count; sent++) {
+    for (uint32_t i = 0; i < request->frame_count; i++) {
         uint32_t length;
         const scoped_free frame(factory_fill_test_packet_buffer(request->phy_id, &length));
         if (frame.data == nullptr) {

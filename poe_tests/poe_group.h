@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * PoE ports in groups: listing them, switching them together, and the procedure that tests one group.
+ * PoE ports in groups: listing them, switching them together, and the procedure that tests one group. It runs on the
+ * thread that runs a request; `op` is the request in whose name a line is logged, though the checks log in their own.
  */
 #ifndef POE_TESTS_POE_GROUP_H
 #define POE_TESTS_POE_GROUP_H

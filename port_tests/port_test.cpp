@@ -48,7 +48,7 @@ static void read_counts(port_test &test)
     platform_recv_packet(test.unit, test.codes, test.ports, test.count, test.current);
 }
 
-static bool set_speeds(port_test &test)
+static bool force_speeds(port_test &test)
 {
     bool all_set = true;
     for (int i = 0; i < test.count; i++) {
@@ -72,7 +72,7 @@ static bool change_speed(port_test &test)
     get_links(test);
     log_as(test.op, LOG_TRACE, "Change port speed.\n");
     switch_ports(test.unit, test.ports, static_cast<uint32_t>(test.count), 0);
-    const bool all_set = set_speeds(test);
+    const bool all_set = force_speeds(test);
     if (slot(&drv::port_on_off) != nullptr) {
         switch_ports(test.unit, test.ports, static_cast<uint32_t>(test.count), 1);
         sleep(SETTLE_S);
@@ -81,7 +81,7 @@ static bool change_speed(port_test &test)
 }
 
 /* Ports still without link afterwards keep their code and are skipped from then on. */
-static void wait_for_links(port_test &test)
+static void await_links(port_test &test)
 {
     log_as(test.op, LOG_TRACE, "Wait for link up(2).\n");
     for (int poll = 0; poll < LINK_POLLS; poll++) {
@@ -170,7 +170,7 @@ static void run(port_test &test, bool force_speed)
         test.result = 1;
         return;
     }
-    wait_for_links(test);
+    await_links(test);
     sleep(SETTLE_S);
     log_as(test.op, LOG_TRACE, "Port is link up, start packet test.\n");
     test.retries_left = RETRIES;

@@ -46,7 +46,7 @@ static uint32_t list_flow_ports(flow_pressure_reply *reply, const char *op)
     return count;
 }
 
-static bool set_speeds(const stress_run &run, uint32_t setting)
+static bool restart_at_setting(const stress_run &run, uint32_t setting)
 {
     const int number = static_cast<int>(setting);
     const int ret = restart_ports(run, {setting, setting, setting});
@@ -77,7 +77,7 @@ static bool circulate_frames(const stress_run &run, uint32_t setting)
 /* One speed setting, however it ends; false only when memory is short, which ends the test. */
 static bool run_setting(const stress_run &run, uint32_t setting, flow_pressure_reply *reply)
 {
-    if (!set_speeds(run, setting))
+    if (!restart_at_setting(run, setting))
         return true;
     const link_wait links = wait_for_links(run);
     if (links != link_wait::STABLE)

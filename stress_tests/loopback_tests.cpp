@@ -197,30 +197,30 @@ int facmsg_ess_bc_flow_pressure_fun(int fd, facmsg_request *request)
 static bool pass_serpentine(const stress_run &run, serpentine_flow_reply *reply)
 {
     const uint32_t last_port = run.ports[run.count - 1];
-    uint32_t received = 0;
-    uint32_t sent = 0;
+    uint32_t recv_count = 0;
+    uint32_t send_count = 0;
     reply->unit = run.unit;
     reply->port_count = run.count;
     if (!prepare_ports(run, set_loopback))
         return false;
-    vexa_ess_serpentine_cpu_recv_packet(last_port, &received);
+    vexa_ess_serpentine_cpu_recv_packet(last_port, &recv_count);
     if (vexa_ess_serpentine_vlan(run.unit, run.ports, run.count, 1) != 0)
         return stop_traffic(run, FACMSG_STAGE_VLAN_SETUP, "set pvid");
-    if (vexa_send_ess_serpentine_flow_use_cpsp(run.ports, run.count, &sent) != 0)
+    if (vexa_send_ess_serpentine_flow_use_cpsp(run.ports, run.count, &send_count) != 0)
         return stop_traffic(run, FACMSG_STAGE_TRANSMIT, "cpsp");
-    log_as(run.op, LOG_TRACE, "cpu_send_cnt=%d\n", static_cast<int>(sent));
-    reply->cpu_send_cnt = sent;
+    log_as(run.op, LOG_TRACE, "cpu_send_cnt=%d\n", static_cast<int>(send_count));
+    reply->cpu_send_cnt = send_count;
     sleep(DRAIN_S);
     if (vexa_ess_serpentine_vlan(run.unit, run.ports, run.count, 0) != 0)
         return stop_traffic(run, FACMSG_STAGE_VLAN_REMOVAL, "cancel vlan1");
     if (!set_loopback(run, 1))
         return stop_at(run, FACMSG_STAGE_LOOPBACK_RESTORE);
     sleep(COUNTER_SETTLE_S);
-    vexa_ess_serpentine_cpu_recv_packet(last_port, &received);
-    log_as(run.op, LOG_TRACE, "CPU recv cnt:%lu.\n", static_cast<unsigned long>(received));
-    if (received != sent)
+    vexa_ess_serpentine_cpu_recv_packet(last_port, &recv_count);
+    log_as(run.op, LOG_TRACE, "CPU recv cnt:%lu.\n", static_cast<unsigned long>(recv_count));
+    if (recv_count != send_count)
         reply->fail_stage = FACMSG_STAGE_STATISTICS;
-    if (vexa_ess_serpentine_port_stat(run.unit, run.ports, run.count, sent, reply) != 0)
+    if (vexa_ess_serpentine_port_stat(run.unit, run.ports, run.count, send_count, reply) != 0)
         reply->fail_stage = FACMSG_STAGE_STATISTICS;
     return true;
 }

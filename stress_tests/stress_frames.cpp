@@ -223,7 +223,7 @@ int vexa_send_ess_bc_packet_pressure_use_cpsp(const uint32_t *ports, uint32_t co
     return phy_ids ? 0 : -1;
 }
 
-int vexa_send_ess_serpentine_flow_use_cpsp(const uint32_t *ports, uint32_t count, uint32_t *sent)
+int vexa_send_ess_serpentine_flow_use_cpsp(const uint32_t *ports, uint32_t count, uint32_t *send_count)
 {
     if (count == 0)
         return -1;
@@ -246,6 +246,6 @@ int vexa_send_ess_serpentine_flow_use_cpsp(const uint32_t *ports, uint32_t count
         if (now < 0)
             return -1;
     }
-    *sent = frames;
+    *send_count = frames;
     return out.has_phy_id ? 0 : -1;
 }

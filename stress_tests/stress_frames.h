@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT
  *
- * The frames of the stress tests: building them, and injecting them through the CPU port.
+ * The frames of the stress tests: building them, and injecting them through the CPU port. Lengths are in bytes, without
+ * the FCS; a pattern is PATTERN_SIZE bytes and repeats to the frame's end.
  */
 #ifndef STRESS_TESTS_STRESS_FRAMES_H
 #define STRESS_TESTS_STRESS_FRAMES_H
@@ -35,8 +36,8 @@ int vexa_send_ess_packet_pressure_use_cpsp(const uint32_t *ports, uint32_t count
 /* The sixteen frames of the loopback tests out of the first port, in VLAN 1. */
 int vexa_send_ess_bc_packet_pressure_use_cpsp(const uint32_t *ports, uint32_t count);
 
-/* Serpentine frames out of the first port, in bursts of 10000 until 30 s have passed. *sent receives their number, and
- * is left alone when sending failed. */
-int vexa_send_ess_serpentine_flow_use_cpsp(const uint32_t *ports, uint32_t count, uint32_t *sent);
+/* Serpentine frames out of the first port, in bursts of 10000 until 30 s have passed. *send_count receives their
+ * number, and is left alone when sending failed. */
+int vexa_send_ess_serpentine_flow_use_cpsp(const uint32_t *ports, uint32_t count, uint32_t *send_count);
 
 #endif

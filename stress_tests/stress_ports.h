@@ -1,7 +1,9 @@
 /* SPDX-License-Identifier: MIT
  *
  * What the stress tests set on all listed ports alike: counters, PHY loopback, and the VLANs that lead their traffic.
- * `ports` is a list of `count` port numbers.
+ * `ports` is a list of `count` port numbers, whose positions count from 0. Results are the driver's unless said
+ * otherwise. They log in their own name, wait for nothing, and run on the thread that runs a request, like all of this
+ * room.
  */
 #ifndef STRESS_TESTS_STRESS_PORTS_H
 #define STRESS_TESTS_STRESS_PORTS_H
@@ -23,7 +25,7 @@ inline uint32_t pair_vlan(uint32_t i)
     return FIRST_VLAN + i / 2 * 2;
 }
 
-/* Clears every port's frame counters. */
+/* Clears every port's frame counters; failures are ignored. */
 void vexa_clear_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count);
 
 /* ---- PHY loopback: mode 0 while a stress test runs, mode 1 afterwards ---- */
@@ -52,7 +54,7 @@ int vexa_port_vlan1(uint32_t unit, const uint32_t *ports, uint32_t count, uint32
 int vexa_ess_port_vlan(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable);
 
 /* The chain: what enters port k untagged leaves through port k+1; the last port's VLAN leads the serpentine MAC out of
- * it. */
+ * it. VLANs 100 to 100 + count; when they are removed the ports' PVIDs are 1. Nothing to do for an empty list. */
 int vexa_ess_serpentine_vlan(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable);
 
 /* A VLAN for each pair of ports by membership and PVID. -1 when the driver lacks either. No test calls it. */

@@ -111,11 +111,11 @@ int vexa_ess_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, ess
     return result;
 }
 
-int vexa_ess_serpentine_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t sent,
+int vexa_ess_serpentine_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count, uint32_t send_count,
                                   serpentine_flow_reply *reply)
 {
     int result = 0;
-    auto expected = static_cast<uint64_t>(int64_t{static_cast<int32_t>(sent)});
+    auto expected = static_cast<uint64_t>(int64_t{static_cast<int32_t>(send_count)});
     for (uint32_t i = 0; i < count; i++) {
         const int port = static_cast<int>(ports[i]);
         const fcs_reading fcs = read_fcs(unit, ports[i], __func__);

@@ -7,7 +7,8 @@
 #include <fmt/format.h>
 
 #include "board_sections.h"
-#include "common/nearest.h"
+#include "common/toml_reader.h"
+#include "common/words.h"
 #include "sim/driver/driver_table.h"
 
 namespace sim
@@ -16,111 +17,50 @@ namespace sim
 static constexpr common::number_range SOME_MS = {1, 3600000};
 static constexpr common::number_range SOME_FRAMES = {1, 1000000};
 
-/* A number that the fault cannot do without. */
-static uint32_t needed(const common::toml_reader &reader, std::string_view key, common::number_range range)
-{
-    if (!reader.has(key))
-        reader.fail(key, fmt::format("found no key {}, expected a whole number from {} to {}", key, range.lowest,
-                                     range.highest));
-    return reader.word(key, range, 0);
-}
+/* A number that a fault cannot do without: its key, its range, and where it goes. */
+struct fault_number {
+    std::string_view key;
+    common::number_range range;
+    void (*set)(port_faults &faults, uint32_t value);
+};
 
-static void dead_link(const common::toml_reader &, port_faults &faults)
-{
-    faults.dead_link = true;
-}
-
-static void late_link(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.late_ms = needed(reader, "late_ms", SOME_MS);
-}
-
-static void flapping_link(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.flap_up_ms = needed(reader, "up_ms", SOME_MS);
-    faults.flap_down_ms = needed(reader, "down_ms", SOME_MS);
-}
-
-static void frame_loss(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.lose_every = needed(reader, "every", SOME_FRAMES);
-}
-
-static void fcs_errors(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.damage_every = needed(reader, "every", SOME_FRAMES);
-}
-
-static void stuck_counter(const common::toml_reader &, port_faults &faults)
-{
-    faults.stuck_counter = true;
-}
-
-static void prbs_errors(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.prbs_errors_per_s = needed(reader, "per_second", SOME_FRAMES);
-}
-
-static void poe_no_detection(const common::toml_reader &, port_faults &faults)
-{
-    faults.poe.no_detection = true;
-}
-
-static void poe_stays_off(const common::toml_reader &, port_faults &faults)
-{
-    faults.poe.stays_off = true;
-}
-
-static void poe_stays_on(const common::toml_reader &, port_faults &faults)
-{
-    faults.poe.stays_on = true;
-}
-
-static void poe_no_overload(const common::toml_reader &, port_faults &faults)
-{
-    faults.poe.never_trips = true;
-}
-
-static void poe_late_overload(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.poe.trips_from = needed(reader, "from", {1, 1000});
-}
-
-static void poe_wrong_class(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.poe.seen_class = needed(reader, "class", {0, 8});
-}
-
-static void poe_low_supply(const common::toml_reader &reader, port_faults &faults)
-{
-    faults.poe.supply_mv = needed(reader, "supply_mv", {0, 65000});
-}
-
-/* A kind of fault that a port has; keys are those beside kind and ports. */
+/* A kind of fault that a port has: what it sets, and the numbers that go with it. */
 struct port_fault_row {
     std::string_view kind;
-    std::vector<std::string_view> keys;
-    void (*apply)(const common::toml_reader &reader, port_faults &faults);
+    std::vector<fault_number> numbers;
+    void (*set)(port_faults &faults) = [](port_faults &) {};
 };
 
+#define SETS(member) [](port_faults &faults) { faults.member = true; }
+#define TAKES(member) [](port_faults &faults, uint32_t value) { faults.member = value; }
 static const port_fault_row PORT_FAULTS[] = {
-    {"dead_link", {}, dead_link},
-    {"late_link", {"late_ms"}, late_link},
-    {"flapping_link", {"up_ms", "down_ms"}, flapping_link},
-    {"frame_loss", {"every"}, frame_loss},
-    {"fcs_errors", {"every"}, fcs_errors},
-    {"stuck_counter", {}, stuck_counter},
-    {"prbs_errors", {"per_second"}, prbs_errors},
-    {"poe_no_detection", {}, poe_no_detection},
-    {"poe_stays_off", {}, poe_stays_off},
-    {"poe_stays_on", {}, poe_stays_on},
-    {"poe_no_overload", {}, poe_no_overload},
-    {"poe_late_overload", {"from"}, poe_late_overload},
-    {"poe_wrong_class", {"class"}, poe_wrong_class},
-    {"poe_low_supply", {"supply_mv"}, poe_low_supply},
+    {"dead_link", {}, SETS(dead_link)},
+    {"late_link", {{"late_ms", SOME_MS, TAKES(late_ms)}}},
+    {"flapping_link", {{"up_ms", SOME_MS, TAKES(flap_up_ms)}, {"down_ms", SOME_MS, TAKES(flap_down_ms)}}},
+    {"frame_loss", {{"every", SOME_FRAMES, TAKES(lose_every)}}},
+    {"fcs_errors", {{"every", SOME_FRAMES, TAKES(damage_every)}}},
+    {"stuck_counter", {}, SETS(stuck_counter)},
+    {"prbs_errors", {{"per_second", SOME_FRAMES, TAKES(prbs_errors_per_s)}}},
+    {"poe_no_detection", {}, SETS(poe.no_detection)},
+    {"poe_stays_off", {}, SETS(poe.stays_off)},
+    {"poe_stays_on", {}, SETS(poe.stays_on)},
+    {"poe_no_overload", {}, SETS(poe.never_trips)},
+    {"poe_late_overload", {{"from", {1, 1000}, TAKES(poe.trips_from)}}},
+    {"poe_wrong_class", {{"class", {0, 8}, TAKES(poe.seen_class)}}},
+    {"poe_low_supply", {{"supply_mv", {0, 65000}, TAKES(poe.supply_mv)}}},
 };
+#undef SETS
+#undef TAKES
 static constexpr std::string_view FAILING_CALL = "failing_call";
 static constexpr std::string_view FPGA_SILENT = "fpga_silent";
+
+static uint32_t value_of(const common::toml_reader &reader, const fault_number &number)
+{
+    if (!reader.has(number.key))
+        reader.fail(number.key, fmt::format("found no key {}, expected a whole number from {} to {}", number.key,
+                                            number.range.lowest, number.range.highest));
+    return reader.word(number.key, number.range, 0);
+}
 
 static uint32_t known_port(const common::toml_reader &reader, uint32_t number, const board_config &board)
 {
@@ -133,12 +73,17 @@ static void read_port_fault(const std::string &file, const toml::table &table, c
                             board_config &board)
 {
     std::vector<std::string_view> keys = {"kind", "ports"};
-    keys.insert(keys.end(), row.keys.begin(), row.keys.end());
+    for (const auto &number : row.numbers)
+        keys.push_back(number.key);
     const common::toml_reader reader(file, table, keys);
     if (!reader.has("ports"))
         reader.fail("ports", "found no key ports, expected the ports that have the fault");
-    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS))
-        row.apply(reader, board.ports.at(known_port(reader, number, board)).faults);
+    for (const auto port : reader.ports("ports", FACMSG_MAX_PORTS)) {
+        auto &faults = board.ports.at(known_port(reader, port, board)).faults;
+        row.set(faults);
+        for (const auto &number : row.numbers)
+            number.set(faults, value_of(reader, number));
+    }
 }
 
 static void read_failing_call(const std::string &file, const toml::table &table, board_config &board)
@@ -190,9 +135,7 @@ void read_fault(const std::string &file, const toml::table &table, board_config 
         return read_failing_call(file, table, board);
     if (*kind == FPGA_SILENT)
         return read_fpga_silent(file, table, board);
-    const auto *row =
-        std::find_if(std::begin(PORT_FAULTS), std::end(PORT_FAULTS), [&](auto &known) { return known.kind == *kind; });
-    read_port_fault(file, table, *row, board);
+    read_port_fault(file, table, *std::ranges::find(PORT_FAULTS, *kind, &port_fault_row::kind), board);
 }
 
 } // namespace sim

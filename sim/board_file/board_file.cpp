@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * Reads a board file: the board as a whole, its cables and plugs.
- */
+/* SPDX-License-Identifier: MIT */
 #include "board_file.h"
 
 #include <algorithm>
@@ -11,7 +8,8 @@
 #include <fmt/format.h>
 
 #include "board_sections.h"
-#include "common/nearest.h"
+#include "common/toml_reader.h"
+#include "common/words.h"
 #include "sim/model/ability.h"
 
 namespace sim

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * Reads the [[ports]] tables of a board file.
+ * Reads what a board file says about its ports and about PoE: the controller, and the devices that it powers.
  */
 #include <algorithm>
 
@@ -30,8 +30,7 @@ static uint32_t index_of(const std::vector<std::string_view> &names, std::string
 
 static uint32_t speed_code(std::string_view name)
 {
-    const auto rows = speeds();
-    return std::find_if(rows.begin(), rows.end(), [=](auto &row) { return row.name == name; })->code;
+    return std::ranges::find(SPEEDS, name, &speed_row::name)->code;
 }
 
 /* The ability word that the speeds of one medium make up; 0 when the port does not have it. */
@@ -41,7 +40,7 @@ static uint32_t speed_bits(const common::toml_reader &reader, std::string_view k
     if (duplexes.empty())
         duplexes = {"half", "full"};
     uint32_t word = 0;
-    for (const auto &speed : reader.some_of(key, names_of(speeds()))) {
+    for (const auto &speed : reader.some_of(key, names_of(SPEEDS))) {
         for (const auto &duplex : duplexes)
             word |= ability_bit(speed_code(speed), index_of(DUPLEX_NAMES, duplex));
     }
@@ -50,9 +49,8 @@ static uint32_t speed_bits(const common::toml_reader &reader, std::string_view k
 
 static void add_flags(const common::toml_reader &reader, port_ability_row &ability)
 {
-    for (const auto &name : reader.some_of("flags", names_of(ability_flags()))) {
-        const auto rows = ability_flags();
-        const auto &row = *std::find_if(rows.begin(), rows.end(), [&](auto &flag) { return flag.name == name; });
+    for (const auto &name : reader.some_of("flags", names_of(ABILITY_FLAGS))) {
+        const auto &row = *std::ranges::find(ABILITY_FLAGS, name, &flag_row::name);
         const bool copper = row.in_copper && ability.copper;
         const bool fiber = row.in_fiber && ability.fiber;
         if (!copper && !fiber)
@@ -83,7 +81,7 @@ static port_mode fastest(uint32_t word)
 {
     const auto rank = [](const speed_row &row) { return std::pair(!row.name.starts_with("FC"), row.mbps); };
     const speed_row *best = nullptr;
-    for (const auto &row : speeds()) {
+    for (const auto &row : SPEEDS) {
         if (ability_allows(word, row.code, 0) && (!best || rank(row) > rank(*best)))
             best = &row;
     }
@@ -105,14 +103,14 @@ static void read_modes(const common::toml_reader &reader, port_config &port)
     auto &mode = port.modes[port.medium];
     if (!mode.speed)
         reader.fail("medium", "the ports have no speed on this medium, expected the other one");
-    if (const auto speed = reader.one_of("speed", names_of(speeds())))
+    if (const auto speed = reader.one_of("speed", names_of(SPEEDS)))
         mode.speed = speed_code(*speed);
     if (const auto duplex = reader.one_of("duplex", DUPLEX_NAMES))
         mode.duplex = index_of(DUPLEX_NAMES, *duplex);
     if (!ability_allows(words[port.medium], mode.speed, mode.duplex))
         reader.fail(reader.has("speed") ? "speed" : "duplex",
                     fmt::format("the ports cannot run {} {} duplex, expected one of their own modes",
-                                speed_name(mode.speed), DUPLEX_NAMES[mode.duplex]));
+                                speed_of(mode.speed).name, DUPLEX_NAMES[mode.duplex]));
 }
 
 void add_port(const common::toml_reader &reader, const port_config &port, board_config &board)
@@ -145,6 +143,34 @@ void read_ports(const std::string &file, const toml::table &table, board_config 
         port.number = number;
         port.phy_id = offset + number;
         add_port(reader, port, board);
+    }
+}
+
+void read_poe(const std::string &file, const toml::table &table, board_config &board)
+{
+    const common::toml_reader reader(file, table, {"supply_mv", "detect_ms", "firmware", "new_firmware", "upgrade_ms"});
+    auto &poe = board.poe;
+    poe.supply_mv = reader.word("supply_mv", {0, 65000}, poe.supply_mv);
+    poe.detect_ms = reader.word("detect_ms", {1, 600000}, poe.detect_ms);
+    poe.firmware = reader.word("firmware", common::ANY_WORD, poe.firmware);
+    poe.new_firmware = reader.word("new_firmware", common::ANY_WORD, poe.new_firmware);
+    poe.upgrade_ms = reader.word("upgrade_ms", {1, 3600000}, poe.upgrade_ms);
+}
+
+void read_load(const std::string &file, const toml::table &table, board_config &board)
+{
+    const common::toml_reader reader(file, table, {"ports", "class", "draw_mw"});
+    for (const auto key : {"ports", "class", "draw_mw"}) {
+        if (!reader.has(key))
+            reader.fail(key, fmt::format("found no key {}, expected ports, class and draw_mw of a load", key));
+    }
+    const poe_load load = {reader.word("class", {0, 8}, 0), reader.word("draw_mw", {0, 200000}, 0)};
+    for (const auto number : reader.ports("ports", FACMSG_MAX_PORTS)) {
+        const auto found = board.ports.find(number);
+        const auto ability = found == board.ports.end() ? port_ability_row{} : found->second.ability;
+        if (((ability.copper | ability.fiber) & (FACMSG_ABILITY_POE | FACMSG_ABILITY_HPOE)) == 0)
+            reader.fail("ports", fmt::format("ports names port {}, expected a port with PoE", number));
+        found->second.load = load;
     }
 }
 

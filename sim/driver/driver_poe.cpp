@@ -10,8 +10,8 @@ namespace sim
 /* Calls use(output); -1 when the port has no PoE. */
 template <class F> static int with_output(board &b, uint32_t number, F use)
 {
-    auto *found = b.poe.find(number);
-    return found ? use(*found) : -1;
+    auto *output = b.poe.find(number);
+    return output != nullptr ? use(*output) : -1;
 }
 
 int slots::poe_set_port_enable(board &b, uint32_t number, uint32_t enable)
@@ -59,9 +59,9 @@ int slots::poe_get_power(board &b, uint32_t number, uint32_t *power)
 int slots::poe_get_pd_class(board &b, uint32_t number, uint32_t *pd_class)
 {
     return with_output(b, number, [=](const poe_port &output) {
-        const auto found = output.pd_class();
-        *pd_class = found.value_or(0);
-        return found ? 0 : -1;
+        const auto device_class = output.pd_class();
+        *pd_class = device_class.value_or(0);
+        return device_class ? 0 : -1;
     });
 }
 

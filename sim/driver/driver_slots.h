@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "internal/facmsg_slots.h"
-#include "sim/model/runner.h"
+#include "sim/model/live_board.h"
 
 namespace sim
 {
@@ -30,11 +30,10 @@ FACMSG_SLOTS(DECLARE)
 
 } // namespace slots
 
-/* Where driver calls go; set by drive(). */
-extern runner *g_runner;
+/* Whether changes of settings are printed; set by drive(). */
 extern bool g_announce;
 
-/* How long the present call takes; a function whose work takes time sets it. */
+/* How long the present call takes, for the board to pass; a function whose work takes time sets it. */
 extern time_us g_call_us;
 
 /* Keeps a setting and prints a line when it changes. */
@@ -47,8 +46,8 @@ template <class T> void set_and_announce(T &setting, T value, const char *name)
 /* Calls use(port); -1 when there is no such port. */
 template <class F> int with_port(board &b, uint32_t number, F use)
 {
-    auto *found = b.find_port(number);
-    return found ? use(*found) : -1;
+    auto *target = b.find_port(number);
+    return target != nullptr ? use(*target) : -1;
 }
 
 inline mac_address mac_of(const uint8_t *bytes)

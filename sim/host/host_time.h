@@ -6,14 +6,14 @@
 #ifndef SIM_HOST_TIME_H
 #define SIM_HOST_TIME_H
 
-#include "sim/model/runner.h"
+#include "sim/model/live_board.h"
 
 namespace sim
 {
 
-/* Makes waits pass on a runner's board; until then they return at once and the time is 0. The runner must outlive the
- * last of them. */
-void use_board_time(runner &clock);
+/* Makes waits pass on a board; until then they return at once and the time is 0. The board must outlive the last of
+ * them. Waits may be any thread's. */
+void use_board_time(live_board &driven);
 
 } // namespace sim
 

@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * The command line of facmsg-simhost, and the boards that it knows by name.
- */
+/* SPDX-License-Identifier: MIT */
 #include "options.h"
 
 #include <algorithm>
@@ -13,10 +10,10 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "common/nearest.h"
-#include "common/say.h"
-#include "common/toml_reader.h"
-#include "common/version.h"
+#include "common/file.h"
+#include "common/program.h"
+#include "common/text.h"
+#include "common/words.h"
 #include "sim/board_file/board_file.h"
 #include "sim/driver/driver_table.h"
 
@@ -28,6 +25,13 @@ namespace sim
 static constexpr double SLOWEST = 0.01;
 static constexpr double FASTEST = 1000;
 
+/* The values of options as they were given. */
+struct option_texts {
+    std::string pace = "max";
+    std::string level = "0";
+    std::string slot; /* the last one */
+};
+
 /* An option with a text for its value, and what may be given. */
 struct text_option {
     std::string name;
@@ -36,9 +40,45 @@ struct text_option {
     std::string expected;
 };
 
+struct flag_option {
+    std::string name;
+    bool &value;
+    std::string help;
+};
+
+static std::vector<text_option> text_options(options &parsed, option_texts &texts)
+{
+    return {
+        {"--board", parsed.board, "Board: a name from --list-boards, or a file", "a board's name or a .toml file"},
+        {"--boards-dir", parsed.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)",
+         "a folder with boards"},
+        {"--directory", parsed.directory, "Working directory; the socket is in its tmp/", "a folder"},
+        {"--pcap", parsed.pcap, "Write every CPU frame to this capture file", "a file that can be written"},
+        {"--drop-slot", texts.slot, "Leave a driver slot empty; repeatable", "the name of a driver slot"},
+        {"--pace", texts.pace, "Board seconds per second, or max",
+         fmt::format("max or a number from {} to {}", SLOWEST, FASTEST)},
+        {"--log-level", texts.level, "Log level of the library: 0 silent, 1 errors, 2 traces",
+         "a number: 0 silent, 1 errors, 2 traces"},
+    };
+}
+
+static std::vector<flag_option> flag_options(options &parsed)
+{
+    return {
+        {"--list-boards", parsed.list_boards, "List the boards by name and exit"},
+        {"--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit"},
+        {"--quiet", parsed.quiet, "Print the ready line only"},
+    };
+}
+
 [[noreturn]] static void refuse(const text_option &option, const std::string &found)
 {
     throw usage_error(fmt::format("{}: found {}, expected {}", option.name, found, option.expected));
+}
+
+static const text_option &named(const std::vector<text_option> &options, std::string_view name)
+{
+    return *std::ranges::find(options, name, &text_option::name);
 }
 
 /* The whole text as a number; nothing when it is none. */
@@ -71,7 +111,7 @@ static void check_slots(const std::vector<std::string> &dropped)
 {
     const auto &known = slot_names();
     for (const auto &name : dropped) {
-        if (std::find(known.begin(), known.end(), name) == known.end())
+        if (std::ranges::find(known, name) == known.end())
             throw usage_error(fmt::format("--drop-slot: found '{}'{}", name, common::expected_one_of(name, known)));
     }
 }
@@ -80,7 +120,7 @@ static void check_slots(const std::vector<std::string> &dropped)
 static std::string default_boards_dir()
 {
     const char *named = getenv("FACMSG_BOARDS");
-    if (named && *named)
+    if (named != nullptr && *named != 0)
         return named;
     std::error_code unreadable;
     const fs::path program = fs::read_symlink("/proc/self/exe", unreadable);
@@ -131,22 +171,9 @@ static void parse(CLI::App &app, int argc, const char *const *argv, const std::v
 options parse_options(int argc, const char *const *argv)
 {
     options parsed;
+    option_texts texts;
     parsed.boards_dir = default_boards_dir();
-    std::string pace = "max", level = "0", slot;
-    const text_option pace_option{"--pace", pace, "Board seconds per second, or max",
-                                  fmt::format("max or a number from {} to {}", SLOWEST, FASTEST)};
-    const text_option level_option{"--log-level", level, "Log level of the library: 0 silent, 1 errors, 2 traces",
-                                   "a number: 0 silent, 1 errors, 2 traces"};
-    const std::vector<text_option> options = {
-        {"--board", parsed.board, "Board: a name from --list-boards, or a file", "a board's name or a .toml file"},
-        {"--boards-dir", parsed.boards_dir, "Folder of the boards by name (default: $FACMSG_BOARDS)",
-         "a folder with boards"},
-        {"--directory", parsed.directory, "Working directory; the socket is in its tmp/", "a folder"},
-        {"--pcap", parsed.pcap, "Write every CPU frame to this capture file", "a file that can be written"},
-        {"--drop-slot", slot, "Leave a driver slot empty; repeatable", "the name of a driver slot"},
-        pace_option,
-        level_option,
-    };
+    const auto options = text_options(parsed, texts);
     CLI::App app("Simulated switch that hosts the factory-test service.", "facmsg-simhost");
     for (const auto &option : options)
         app.add_option(option.name, option.value, option.help)->capture_default_str();
@@ -154,15 +181,13 @@ options parse_options(int argc, const char *const *argv)
         ->each([&](const std::string &name) { parsed.dropped_slots.push_back(name); })
         ->take_last();
     app.set_version_flag("--version", fmt::format("facmsg-simhost {}", common::version()), "Show the version and exit");
-    app.add_flag("--list-boards", parsed.list_boards, "List the boards by name and exit")->disable_flag_override();
-    app.add_flag("--run-flow", parsed.run_flow, "Run the flow pressure test, print its reply and exit")
-        ->disable_flag_override();
-    app.add_flag("--quiet", parsed.quiet, "Print the ready line only")->disable_flag_override();
+    for (const auto &flag : flag_options(parsed))
+        app.add_flag(flag.name, flag.value, flag.help)->disable_flag_override();
     parse(app, argc, argv, options);
     if (parsed.list_boards && parsed.run_flow)
         throw usage_error("--list-boards: found beside --run-flow, expected one of the two");
-    parsed.pace = pace_of(pace_option);
-    parsed.log_level = level_of(level_option);
+    parsed.pace = pace_of(named(options, "--pace"));
+    parsed.log_level = level_of(named(options, "--log-level"));
     check_slots(parsed.dropped_slots);
     return parsed;
 }

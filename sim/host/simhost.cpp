@@ -9,13 +9,13 @@
 
 #include <fmt/format.h>
 
-#include "common/say.h"
-#include "common/toml_reader.h"
+#include "common/file.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "facmsg.h"
-#include "flow_run.h"
 #include "host_time.h"
 #include "options.h"
-#include "service_probe.h"
+#include "service.h"
 #include "sim/board_file/board_file.h"
 #include "sim/driver/driver_table.h"
 
@@ -23,10 +23,6 @@ namespace fs = std::filesystem;
 using namespace sim;
 
 enum exit_status { EXIT_ENDED = 0, EXIT_USAGE = 2, EXIT_NOT_STARTED = 3 };
-
-/* Both outlive main(): the service's thread calls drivers and waits until the process is gone. */
-static board *g_board;
-static runner *g_runner;
 
 static std::string pace_text(double pace)
 {
@@ -77,16 +73,18 @@ static void enter_directory(const std::string &path)
     }
 }
 
-static void power_up(board_config config, const options &options)
+/* The board outlives main(): the service's thread calls drivers and waits until the process is gone. */
+static live_board &power_up(board_config config, const options &options)
 {
     auto capture = open_capture(options.pcap);
     enter_directory(options.directory);
     print_start(config, options);
-    g_board = new board(std::move(config));
-    g_board->cpu.capture_to(std::move(capture));
-    g_runner = new runner(*g_board, options.pace, vexa_recv_packet);
-    drive(*g_runner, !options.quiet);
-    use_board_time(*g_runner);
+    auto &powered = *new board(std::move(config));
+    powered.cpu.capture_to(std::move(capture));
+    auto &live = *new live_board(powered, options.pace, vexa_recv_packet);
+    drive(live, !options.quiet);
+    use_board_time(live);
+    return live;
 }
 
 static void start_service(const options &options)
@@ -111,7 +109,7 @@ static int run(const options &options)
     }
     auto config = load_board(find_board(options), options.boards_dir);
     const auto end_signals = block_end_signals();
-    power_up(std::move(config), options);
+    auto &live = power_up(std::move(config), options);
     start_service(options);
     if (options.run_flow) {
         run_flow_pressure();
@@ -119,7 +117,7 @@ static int run(const options &options)
         int signal_number;
         sigwait(&end_signals, &signal_number);
     }
-    if (!g_runner->with_board([](board &b) { return b.cpu.close_capture(); }))
+    if (!live.with_board([](board &b) { return b.cpu.close_capture(); }))
         common::say(fmt::format("facmsg-simhost: {}: not everything could be written", options.pcap));
     return EXIT_ENDED;
 }

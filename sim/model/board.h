@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * The simulated switch: ports, wires, fabric and CPU on one clock. Not safe for several threads; a runner sees to that.
+ * The simulated switch: ports, wires, fabric and CPU on one clock. For one thread at a time; a live_board sees to that.
  */
 #ifndef SIM_BOARD_H
 #define SIM_BOARD_H
@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "board_config.h"
-#include "call_faults.h"
 #include "cpu.h"
 #include "event_clock.h"
 #include "fabric.h"
@@ -40,14 +39,14 @@ class board
     port *find_port(uint32_t number);
     port *find_phy(uint32_t phy_id);
 
-    /* A change of mode or of the switch restarts the link; set_status is false when the port cannot do what is wanted.
+    /* A change of mode or of the switch restarts the link; set_status is false when the port cannot do the setting.
      */
-    bool set_status(port &changed, const port_status_row &wanted);
-    void switch_port(port &changed, bool on);
-    void loop_phy(port &changed, bool looped);
+    bool set_status(port &target, const port_status_row &setting);
+    void switch_port(port &target, bool on);
+    void loop_phy(port &target, bool looped);
 
     /* Whether a bit sequence comes in on a port that checks one: from itself, or from a far end that sends one too. */
-    bool prbs_locked(const port &checking) const;
+    bool prbs_locked(const port &checker) const;
 
     /* Sends a frame from the CPU out of a port. A port without link takes it and loses it, as hardware does. */
     void transmit(port &out, std::span<const uint8_t> bytes);
@@ -60,7 +59,6 @@ class board
     sim::cpu cpu;
     sim::fabric fabric;
     sim::fpga fpga;
-    call_faults calls;
     poe_controller poe;
     bool factory_mode = false;
     int32_t port_debug_level = 0;
@@ -68,10 +66,10 @@ class board
 
   private:
     wire_rate rate() const;
-    void add_wire(wire::kind made_of, port &end_a, port &end_b, wire::arrival arrive);
+    void add_wire(wire::kind material, port &end_a, port &end_b, wire::arrival arrive);
     void connect(port &front);
     void connect_fpga(port &facing);
-    void restart_link(const port &changed);
+    void restart_link(const port &target);
 
     const board_config config_;
     std::map<uint32_t, port> ports_; /* by number */

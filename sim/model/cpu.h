@@ -5,12 +5,14 @@
 #ifndef SIM_CPU_H
 #define SIM_CPU_H
 
+#include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "event_clock.h"
-#include "pcap.h"
 #include "port.h"
 
 namespace sim
@@ -18,6 +20,29 @@ namespace sim
 
 /* Board time 0, in microseconds since the epoch. Fixed, so that two runs give the same captures. */
 constexpr uint64_t POWER_UP_EPOCH_US = UINT64_C(1704067200) * 1000000;
+
+/* Writes frames to a capture file: classic pcap, microseconds, Ethernet. */
+class pcap_writer
+{
+  public:
+    /* Creates or truncates the file; throws std::system_error when that fails. */
+    explicit pcap_writer(const std::string &path);
+
+    /* A frame from its destination MAC on, and when it passed, in microseconds since the epoch. */
+    void write(uint64_t epoch_us, std::span<const uint8_t> bytes);
+
+    /* Closes the file; false when something could not be written. */
+    bool close();
+
+  private:
+    struct closer {
+        void operator()(std::FILE *file) const
+        {
+            std::fclose(file);
+        }
+    };
+    std::unique_ptr<std::FILE, closer> file_;
+};
 
 struct cpu_frame {
     pack_info info;
@@ -37,7 +62,7 @@ class cpu
     /* Captures a frame that the CPU sends. */
     void capture(std::span<const uint8_t> bytes);
     /* Puts a frame that came in on a port into the queue. */
-    void receive(const port &from, const frame &received);
+    void receive(const port &from, const frame &incoming);
     bool has_frames() const
     {
         return !queue_.empty();

@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * The way out of a port: a bounded queue that a wire empties at its rate.
- */
+/* SPDX-License-Identifier: MIT */
 #include "egress.h"
 
 #include <algorithm>
@@ -24,7 +21,7 @@ static constexpr size_t PLENTY_BELOW_FRAMES = 64;
 uint64_t wire_rate::frame_ns(uint32_t speed, size_t length) const
 {
     const uint64_t bits = (std::max(length, SHORTEST_FRAME) + FRAME_OVERHEAD) * 8;
-    const uint64_t kbps = std::max(speed_mbps(speed) * 1000 / divisor, floor_mbps * 1000);
+    const uint64_t kbps = std::max(speed_of(speed).mbps * 1000 / divisor, floor_mbps * 1000);
     return std::max<uint64_t>(bits * 1000000 / kbps, 1);
 }
 
@@ -44,17 +41,17 @@ void egress::open(uint32_t speed, sink far_end)
 
 void egress::close()
 {
-    ++era_;
+    era_++;
     while (waiting_)
         take_from_queue();
     with_room_.put(number_, false);
 }
 
-void egress::put_in_queue(frame &&added)
+void egress::put_in_queue(frame &&outgoing)
 {
-    const auto wire_ns = rate_.frame_ns(speed_, added.size());
-    queue_[(first_ + waiting_) % QUEUE_FRAMES] = {std::move(added), wire_ns};
-    ++waiting_;
+    const auto wire_ns = rate_.frame_ns(speed_, outgoing.size());
+    queue_[(first_ + waiting_) % QUEUE_FRAMES] = {std::move(outgoing), wire_ns};
+    waiting_++;
     waiting_ns_ += wire_ns;
     with_room_.put(number_, waiting_ < QUEUE_FRAMES && waiting_ns_ < QUEUE_NS);
 }
@@ -62,20 +59,20 @@ void egress::put_in_queue(frame &&added)
 frame egress::take_from_queue()
 {
     auto &[waiting, wire_ns] = queue_[first_];
-    auto taken = std::move(*waiting);
+    auto first = std::move(*waiting);
     waiting.reset();
     first_ = (first_ + 1) % QUEUE_FRAMES;
     --waiting_;
     waiting_ns_ -= wire_ns;
     with_room_.put(number_, waiting_ns_ < QUEUE_NS);
-    return taken;
+    return first;
 }
 
-void egress::send(frame &&sent)
+void egress::send(frame &&outgoing)
 {
     if (!with_room_.has(number_))
         return;
-    put_in_queue(std::move(sent));
+    put_in_queue(std::move(outgoing));
     if (waiting_ > 1)
         return;
     free_at_ns_ = std::max(clock_.now() * 1000, free_at_ns_);
@@ -95,7 +92,7 @@ void egress::start_next()
 void egress::finish()
 {
     auto sent = take_from_queue();
-    ++transmitted_;
+    transmitted_++;
     if (waiting_)
         start_next();
     far_end_(std::move(sent));

@@ -5,15 +5,46 @@
 #ifndef SIM_EGRESS_H
 #define SIM_EGRESS_H
 
+#include <bit>
 #include <functional>
 #include <vector>
 
 #include "event_clock.h"
+#include "facmsg_protocol.h"
 #include "frame.h"
-#include "port_set.h"
 
 namespace sim
 {
+
+/* A set of ports by number, quick to intersect: a full queue costs a flooded frame nothing. */
+class port_set
+{
+  public:
+    void put(uint32_t number, bool in)
+    {
+        const auto bit = uint64_t{1} << (number - 1) % 64;
+        auto &word = words_[(number - 1) / 64];
+        word = in ? word | bit : word & ~bit;
+    }
+
+    bool has(uint32_t number) const
+    {
+        return words_[(number - 1) / 64] >> (number - 1) % 64 & 1;
+    }
+
+    /* Calls use(number) for every port of this set that is also in the other, ascending. */
+    template <class F> void for_each_also_in(const port_set &other, F use) const
+    {
+        for (uint32_t i = 0; i < WORDS; i++) {
+            for (auto both = words_[i] & other.words_[i]; both; both &= both - 1)
+                use(i * 64 + static_cast<uint32_t>(std::countr_zero(both)) + 1);
+        }
+    }
+
+  private:
+    static constexpr uint32_t WORDS = FACMSG_MAX_PORTS / 64;
+    uint64_t words_[WORDS] = {};
+};
 
 /* How fast wires carry frames: the line rate divided, but not below the floor. */
 struct wire_rate {
@@ -40,13 +71,13 @@ class egress
     void close();
 
     /* Queues a frame; lost when there is no room. */
-    void send(frame &&sent);
+    void send(frame &&outgoing);
 
     /* How long a sender that waits for room has to wait; 0 while there is plenty. */
     time_us room_in() const;
 
   private:
-    void put_in_queue(frame &&added);
+    void put_in_queue(frame &&outgoing);
     frame take_from_queue();
     void start_next();
     void finish();

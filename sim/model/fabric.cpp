@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * The switching fabric: where a frame that came in goes.
- */
+/* SPDX-License-Identifier: MIT */
 #include "fabric.h"
 
 #include <algorithm>
@@ -22,30 +19,30 @@ void fabric::attach(port &front)
     join(DEFAULT_VLAN, front, egress_tag::UNTAGGED);
 }
 
-void fabric::ingress(port &at, frame &&arrived)
+void fabric::ingress(port &at, frame &&incoming)
 {
-    if (!at.take_in(arrived))
+    if (!at.take_in(incoming))
         return;
-    if (arrived.damaged)
-        ++at.counters.fcs_errors;
-    else if (!cpu_macs_.empty() && cpu_macs_.count(arrived.destination()))
-        to_cpu_(at, arrived);
+    if (incoming.damaged)
+        at.counters.fcs_errors++;
+    else if (!cpu_macs_.empty() && cpu_macs_.count(incoming.destination()))
+        to_cpu_(at, incoming);
     else if (!broadcast_test)
-        forward(at, arrived);
-    else if (!arrived.tag)
-        flood_everywhere(arrived);
+        forward(at, incoming);
+    else if (!incoming.tag)
+        flood_everywhere(incoming);
 }
 
 /* A tag of VLAN 0 only carries a priority. */
-static uint16_t vlan_of(const port &at, const frame &arrived)
+static uint16_t vlan_of(const port &at, const frame &incoming)
 {
-    const uint16_t tagged = arrived.tag.value_or(0) & VLAN_MASK;
-    return tagged ? tagged : at.pvid;
+    const uint16_t vlan = incoming.tag.value_or(0) & VLAN_MASK;
+    return vlan != 0 ? vlan : at.pvid;
 }
 
-static void send_out(port &to, egress_tag tagging, uint16_t vlan, const frame &arrived)
+static void send_out(port &to, egress_tag tagging, uint16_t vlan, const frame &incoming)
 {
-    auto leaving = arrived;
+    auto leaving = incoming;
     if (tagging == egress_tag::UNTAGGED)
         leaving.tag.reset();
     else if (!leaving.tag || (*leaving.tag & VLAN_MASK) != vlan)
@@ -53,31 +50,31 @@ static void send_out(port &to, egress_tag tagging, uint16_t vlan, const frame &a
     to.out.send(std::move(leaving));
 }
 
-void fabric::forward(const port &at, const frame &arrived)
+void fabric::forward(const port &at, const frame &incoming)
 {
-    const auto vlan = vlan_of(at, arrived);
-    if (!statics_.empty() && statics_.count({&at, vlan, arrived.destination()}))
-        return to_cpu_(at, arrived);
+    const auto vlan = vlan_of(at, incoming);
+    if (!statics_.empty() && statics_.count({&at, vlan, incoming.destination()}))
+        return to_cpu_(at, incoming);
     /* Nothing is learned, so a frame to one address floods like a broadcast; only the default VLAN, where nobody set
      * that up, holds it back. */
-    const bool held_back = vlan == DEFAULT_VLAN && !arrived.to_many();
+    const bool held_back = vlan == DEFAULT_VLAN && !incoming.to_many();
     const auto number = at.config().number;
     if (vlan > MAX_VLAN || held_back || !vlans_[vlan].members.has(number)) {
-        ++dropped_;
+        dropped_++;
         return;
     }
     const auto &entry = vlans_[vlan];
     entry.members.for_each_also_in(with_room_, [&](uint32_t to) {
         if (to != number)
             send_out(*by_number_[to], entry.untagged.has(to) ? egress_tag::UNTAGGED : egress_tag::TAGGED, vlan,
-                     arrived);
+                     incoming);
     });
 }
 
-void fabric::flood_everywhere(const frame &arrived)
+void fabric::flood_everywhere(const frame &incoming)
 {
-    front_.for_each_also_in(with_room_,
-                            [&](uint32_t to) { send_out(*by_number_[to], egress_tag::TAGGED, DEFAULT_VLAN, arrived); });
+    front_.for_each_also_in(
+        with_room_, [&](uint32_t to) { send_out(*by_number_[to], egress_tag::TAGGED, DEFAULT_VLAN, incoming); });
 }
 
 void fabric::add_cpu_mac(const mac_address &mac)

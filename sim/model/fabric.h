@@ -30,7 +30,7 @@ class fabric
     void attach(port &front);
 
     /* Takes a frame that arrived at a port. */
-    void ingress(port &at, frame &&arrived);
+    void ingress(port &at, frame &&incoming);
 
     void add_cpu_mac(const mac_address &mac);
     /* False when there is no such entry. */
@@ -61,8 +61,8 @@ class fabric
         port_set untagged;
     };
 
-    void forward(const port &at, const frame &arrived);
-    void flood_everywhere(const frame &arrived);
+    void forward(const port &at, const frame &incoming);
+    void flood_everywhere(const frame &incoming);
 
     const port_set &with_room_;
     std::function<void(const port &, const frame &)> to_cpu_;

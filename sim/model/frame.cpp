@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * A frame under way.
- */
+/* SPDX-License-Identifier: MIT */
 #include "frame.h"
 
 #include <algorithm>

@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * The PoE controller and its outputs.
- */
+/* SPDX-License-Identifier: MIT */
 #include "poe.h"
 
 namespace sim
@@ -34,7 +31,7 @@ poe_port::poe_port(event_clock &clock, const poe_config &controller, const port_
 
 void poe_port::stop()
 {
-    ++era_;
+    era_++;
     state_ = poe_state::OFF;
 }
 
@@ -66,12 +63,12 @@ void poe_port::search()
     clock_.after(detect_us_, [this, era = ++era_] {
         if (era != era_)
             return;
-        state_ = found_state();
+        state_ = state_after_search();
         check_limit();
     });
 }
 
-poe_state poe_port::found_state() const
+poe_state poe_port::state_after_search() const
 {
     if (supply_mv_ < LOWEST_SUPPLY_MV)
         return poe_state::NO_SUPPLY;
@@ -84,7 +81,7 @@ void poe_port::check_limit()
 {
     if (power_mw() <= limit_mw_)
         return;
-    ++overloads_;
+    overloads_++;
     if (!faults_.never_trips && overloads_ >= faults_.trips_from)
         state_ = poe_state::OVERLOADED;
 }
@@ -128,8 +125,8 @@ poe_controller::poe_controller(event_clock &clock, const board_config &board)
 
 poe_port *poe_controller::find(uint32_t number)
 {
-    const auto found = ports_.find(number);
-    return found == ports_.end() ? nullptr : &found->second;
+    const auto row = ports_.find(number);
+    return row == ports_.end() ? nullptr : &row->second;
 }
 
 void poe_controller::upgrade()

@@ -62,7 +62,7 @@ class poe_port
   private:
     uint32_t seen_class() const;
     void search();
-    poe_state found_state() const;
+    poe_state state_after_search() const;
     void check_limit();
 
     event_clock &clock_;

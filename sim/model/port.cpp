@@ -1,15 +1,23 @@
-/* SPDX-License-Identifier: MIT
- *
- * One port: what it can do, how it is set, what it has counted.
- */
+/* SPDX-License-Identifier: MIT */
 #include "port.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "ability.h"
 
 namespace sim
 {
+
+uint32_t prbs_run::read_and_clear(bool locked, uint32_t errors_per_s, time_us now)
+{
+    if (!counted_from_)
+        return PRBS_NO_LOCK;
+    const time_us duration = now - std::exchange(*counted_from_, now);
+    if (!locked)
+        return PRBS_NO_LOCK;
+    return static_cast<uint32_t>(std::min<uint64_t>(duration * errors_per_s / 1000000, PRBS_NO_LOCK - 1));
+}
 
 port::port(const port_config &config, event_clock &clock, wire_rate rate, port_set &with_room)
     : out(clock, rate, config.number, with_room, counters.ex_pkts), config_(config), medium_(config.medium),
@@ -35,20 +43,20 @@ port_status_row port::status() const
     return {host_word_0_, link ? 1u : 0u, mode.speed, medium_, mode.duplex, host_word_5_};
 }
 
-bool port::set_status(const port_status_row &wanted)
+bool port::set_status(const port_status_row &setting)
 {
     const bool combo = config_.ability.copper && config_.ability.fiber;
-    const auto medium = combo ? wanted.medium : medium_;
+    const auto medium = combo ? setting.medium : medium_;
     if (medium > FACMSG_MEDIUM_FIBER)
         return false;
-    const bool medium_only = medium != medium_ && wanted.speed == speed() && wanted.duplex == modes_[medium_].duplex;
-    const auto mode = medium_only ? modes_[medium] : port_mode{wanted.speed, wanted.duplex};
+    const bool medium_only = medium != medium_ && setting.speed == speed() && setting.duplex == modes_[medium_].duplex;
+    const auto mode = medium_only ? modes_[medium] : port_mode{setting.speed, setting.duplex};
     if (!ability_allows(ability_word(medium), mode.speed, mode.duplex))
         return false;
     medium_ = medium;
     modes_[medium] = mode;
-    host_word_0_ = wanted.host_word_0;
-    host_word_5_ = wanted.host_word_5;
+    host_word_0_ = setting.host_word_0;
+    host_word_5_ = setting.host_word_5;
     return true;
 }
 
@@ -58,15 +66,15 @@ static bool strikes(uint32_t every, uint64_t count)
     return every && count % every == 0;
 }
 
-bool port::take_in(frame &arrived)
+bool port::take_in(frame &incoming)
 {
-    ++arrivals_;
+    arrivals_++;
     if (strikes(config_.faults.lose_every, arrivals_))
         return false;
     if (strikes(config_.faults.damage_every, arrivals_))
-        arrived.damaged = true;
+        incoming.damaged = true;
     if (!config_.faults.stuck_counter)
-        ++counters.in_pkts;
+        counters.in_pkts++;
     return true;
 }
 

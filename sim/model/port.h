@@ -9,10 +9,36 @@
 
 #include "board_config.h"
 #include "egress.h"
-#include "prbs.h"
 
 namespace sim
 {
+
+/* Status word: this bit when the checker has no sequence to lock on, the bit errors since the last reading below it. */
+constexpr uint32_t PRBS_NO_LOCK = UINT32_C(1) << 31;
+
+/* The pseudo-random bit sequence that a port's PHY sends and checks. */
+class prbs_run
+{
+  public:
+    bool running() const
+    {
+        return counted_from_.has_value();
+    }
+    void start(time_us now)
+    {
+        counted_from_ = now;
+    }
+    void stop()
+    {
+        counted_from_.reset();
+    }
+
+    /* The status word; counting starts anew. locked says whether a sequence comes in. */
+    uint32_t read_and_clear(bool locked, uint32_t errors_per_s, time_us now);
+
+  private:
+    std::optional<time_us> counted_from_; /* nothing while no sequence is sent */
+};
 
 struct port_counters {
     uint64_t in_pkts = 0;
@@ -45,10 +71,10 @@ class port
     /* Takes over speed, medium, duplex and the host's words; false, and nothing changes, when the port cannot do that.
      * A port with one medium ignores the medium asked for. A combo port that is given the other medium with its present
      * speed returns to the mode that it last had on that medium. */
-    bool set_status(const port_status_row &wanted);
+    bool set_status(const port_status_row &setting);
 
     /* Counts a frame that arrives and lets this port's faults have it. False when the frame is lost. */
-    bool take_in(frame &arrived);
+    bool take_in(frame &incoming);
 
     /* For the port's wire: the link is there, frames go to far_end; and it is gone. */
     void link_up(egress::sink far_end);

@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * A cable between two ports, a loopback plug in one, or the loop inside a PHY: brings the link up.
- */
+/* SPDX-License-Identifier: MIT */
 #include "wire.h"
 
 #include <algorithm>
@@ -10,8 +7,8 @@
 namespace sim
 {
 
-wire::wire(event_clock &clock, kind made_of, port &end_a, port &end_b, arrival arrive)
-    : clock_(clock), made_of_(made_of), ends_{&end_a, &end_b}, arrive_(std::move(arrive))
+wire::wire(event_clock &clock, kind material, port &end_a, port &end_b, arrival arrive)
+    : clock_(clock), material_(material), ends_{&end_a, &end_b}, arrive_(std::move(arrive))
 {
 }
 
@@ -32,7 +29,7 @@ void wire::link_down()
 
 void wire::restart()
 {
-    ++era_;
+    era_++;
     link_down();
     if (!ends_fit())
         return;
@@ -52,8 +49,8 @@ void wire::bring_up(time_us delay)
 
 void wire::came_up()
 {
-    for (size_t i = 0; i < ends_.size(); ++i)
-        ends_[i]->link_up([this, to = ends_[1 - i]](frame &&arrived) { arrive_(*to, std::move(arrived)); });
+    for (size_t i = 0; i < ends_.size(); i++)
+        ends_[i]->link_up([this, to = ends_[1 - i]](frame &&incoming) { arrive_(*to, std::move(incoming)); });
     for (const auto *end : ends_) {
         if (const auto up_ms = end->config().faults.flap_up_ms)
             clock_.after(time_us{up_ms} * 1000, [this, era = era_] {
@@ -65,7 +62,7 @@ void wire::came_up()
 
 void wire::drop()
 {
-    ++era_;
+    era_++;
     link_down();
     time_us down_ms = 0;
     for (const auto *end : ends_)

@@ -24,7 +24,7 @@ class wire
 
     /* end_a and end_b may be the same port; arrive is called for every frame that gets to the other end. The clock and
      * the ports must outlive the wire, and the wire must not move: it orders events on the clock. */
-    wire(event_clock &clock, kind made_of, port &end_a, port &end_b, arrival arrive);
+    wire(event_clock &clock, kind material, port &end_a, port &end_b, arrival arrive);
     wire(const wire &) = delete;
     wire &operator=(const wire &) = delete;
 
@@ -34,7 +34,7 @@ class wire
   private:
     bool attached(const port &end) const
     {
-        return end.looped == (made_of_ == PHY_LOOP);
+        return end.looped == (material_ == PHY_LOOP);
     }
     bool ends_fit() const;
     void link_down();
@@ -43,7 +43,7 @@ class wire
     void drop();
 
     event_clock &clock_;
-    const kind made_of_;
+    const kind material_;
     const std::array<port *, 2> ends_;
     uint64_t era_ = 0; /* changes with every loss of link; outdates what was under way */
     const arrival arrive_;

@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "common/version.h"
+#include "common/program.h"
 
 namespace station
 {

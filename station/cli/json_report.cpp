@@ -2,12 +2,12 @@
  *
  * What the station prints for programs. Members that do not apply are left out.
  */
-#include "command_line.h"
 #include "report.h"
 
 #include <nlohmann/json.hpp>
 
-#include "common/error_json.h"
+#include "command_line.h"
+#include "common/program.h"
 
 namespace station
 {

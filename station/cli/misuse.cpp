@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "common/nearest.h"
+#include "common/words.h"
 
 namespace station
 {

@@ -11,10 +11,8 @@
 #include <unistd.h>
 
 #include "command_line.h"
-#include "common/say.h"
+#include "common/file.h"
 #include "common/terminal.h"
-#include "common/toml_reader.h"
-#include "common/wrap.h"
 #include "report.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"

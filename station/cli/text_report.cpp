@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "command_line.h"
-#include "common/wrap.h"
+#include "common/text.h"
 #include "report.h"
 
 namespace station

@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <memory>
 
-#include "common/say.h"
+#include "common/terminal.h"
 #include "station/plan/run_plan.h"
 #include "station/reports/report_tools.h"
 

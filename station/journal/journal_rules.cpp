@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "timestamp.h"
 
 namespace journal

@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "common/path_fault.h"
+#include "common/file.h"
 
 namespace journal
 {

@@ -11,7 +11,7 @@
 #include <regex>
 #include <sstream>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "journal_check.h"
 #include "journal_text.h"
 #include "timestamp.h"

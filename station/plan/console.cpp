@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * What whoever runs a plan sees while it runs.
- */
+/* SPDX-License-Identifier: MIT */
 #include "console.h"
 
 #include <algorithm>
@@ -9,37 +6,18 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/count.h"
-#include "common/duration.h"
-#include "common/printable.h"
-#include "common/say.h"
 #include "common/terminal.h"
-#include "common/wrap.h"
+#include "common/text.h"
+#include "common/verdict.h"
+#include "common/words.h"
 #include "station/reports/findings.h"
 
 namespace plan
 {
 
-std::string expectation_text(std::span<const step *const> steps)
-{
-    int64_t total_s = 0;
-    for (const step *asked : steps)
-        total_s += expected_s(*asked);
-    const auto by_hand = std::ranges::count_if(steps, [](const step *asked) { return is_by_hand(*asked); });
-    const auto unknown =
-        std::ranges::count_if(steps, [](const step *asked) { return expected_s(*asked) == 0; }) - by_hand;
-    return fmt::format("{}, about {}{} expected{}", common::counted(steps.size(), "step"),
-                       common::duration_text(static_cast<double>(total_s)),
-                       unknown > 0 ? fmt::format(" and {} of unknown length", unknown) : "",
-                       by_hand == 0   ? ""
-                       : by_hand == 1 ? ", 1 waits for the operator"
-                                      : fmt::format(", {} wait for the operator", by_hand));
-}
-
-console::console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
-                 const console_settings &wanted)
-    : steps_(steps), lively_(wanted.progress && common::terminal_of(STDERR_FILENO).lively), aside_(wanted.aside),
-      others_("plan", wanted.progress)
+console::console(const test_plan &plan, const identity &of, steps_view steps, const console_settings &settings)
+    : steps_(steps), lively_(settings.progress && common::terminal_of(STDERR_FILENO).lively), aside_(settings.aside),
+      others_("plan", settings.progress)
 {
     print(fmt::format("{} {}: serial {}, {}", plan.name, plan.version, of.serial, expectation_text(steps)));
 }
@@ -48,12 +26,12 @@ console::console(const test_plan &plan, const identity &of, std::span<const step
 void console::print(const std::string &line, size_t indent)
 {
     const common::terminal screen = common::terminal_of(aside_ ? STDERR_FILENO : STDOUT_FILENO);
-    std::string shown = common::escaped(common::printable(line));
-    if (screen.there && indent + common::length(shown) > screen.width)
-        shown = common::folded(shown, indent, indent + 4, screen.width);
+    std::string text = common::escaped(common::printable(line));
+    if (screen.there && indent + common::length(text) > screen.width)
+        text = common::folded(text, indent, indent + 4, screen.width);
     clear();
     std::FILE *stream = aside_ ? stderr : stdout;
-    std::fputs((std::string(indent, ' ') + shown + "\n").c_str(), stream);
+    std::fputs((std::string(indent, ' ') + text + "\n").c_str(), stream);
     std::fflush(stream);
 }
 
@@ -88,13 +66,13 @@ void console::wait()
 }
 
 /* A step's part of the bar: what is not known counts little, but is there. */
-static int64_t weight_of(const step &asked)
+static int64_t weight_of(const step &task)
 {
-    return std::max<int64_t>(1, expected_s(asked));
+    return std::max<int64_t>(1, expected_s(task));
 }
 
 /* How much of a bar to fill, never all of it: a step is still running. */
-static int filled_part(std::span<const step *const> steps, size_t running, int64_t elapsed_s, int width)
+static int filled_part(steps_view steps, size_t running, int64_t elapsed_s, int width)
 {
     int64_t passed = std::min(elapsed_s, weight_of(*steps[running])), total = 0;
     for (size_t i = 0; i < steps.size(); i++) {
@@ -111,29 +89,28 @@ void console::show(const std::string &done)
         return;
     const bool narrow = common::terminal_of(STDERR_FILENO).width < 64;
     const int bar_width = narrow ? 8 : 20;
-    const step &asked = *steps_[number_];
+    const step &task = *steps_[number_];
     const auto elapsed_s = static_cast<int64_t>(seconds());
     const int filled = filled_part(steps_, number_, elapsed_s, bar_width);
-    const std::string expected =
-        expected_s(asked) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(asked)) : "";
+    const std::string expected = expected_s(task) > 0 && !narrow ? fmt::format(" of about {} s", expected_s(task)) : "";
     common::rewrite_line(
         STDERR_FILENO,
         fmt::format("[{:#<{}}{:.<{}}] {}  {} s{}{}", "", filled, "", bar_width - filled,
-                    narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), asked.name) : heading(number_),
+                    narrow ? fmt::format("{}/{} {}", number_ + 1, steps_.size(), task.name) : heading(number_),
                     elapsed_s, expected, done.empty() ? "" : ", " + done));
 }
 
 /* What failed, as far as a screen has room for it. */
 static std::vector<std::string> failure_lines(std::span<const common::check> checks)
 {
-    constexpr size_t most = 12;
+    constexpr size_t MOST = 12;
     std::vector<std::string> lines;
     for (const common::check &one : checks)
         if (one.verdict == common::verdict::fail)
             lines.push_back(fmt::format("{}  {}: {}", one.where.name, one.name, one.sentence));
-    if (lines.size() > most + 1) {
-        const size_t more = lines.size() - most;
-        lines.resize(most);
+    if (lines.size() > MOST + 1) {
+        const size_t more = lines.size() - MOST;
+        lines.resize(MOST);
         lines.push_back(fmt::format("and {} more", more));
     }
     return lines;

@@ -7,29 +7,24 @@
 #define PLAN_CONSOLE_H
 
 #include <chrono>
-#include <span>
 
-#include "record.h"
+#include "identity.h"
 #include "station/requests/notice.h"
 
 namespace plan
 {
 
-/* "13 steps, about 4 min and 1 of unknown length expected, 2 wait for the operator" */
-std::string expectation_text(std::span<const step *const> steps);
-
-/* What is wanted of the console. */
 struct console_settings {
     bool progress; /* the rewritten line, on stderr when that is a terminal */
     bool aside;    /* all lines go to stderr, as stdout is for something else */
 };
 
+/* Of one run, in one thread. A line that cannot be shown is no error: the record has it. */
 class console
 {
   public:
     /* Shows the plan at once. */
-    console(const test_plan &plan, const identity &of, std::span<const step *const> steps,
-            const console_settings &wanted);
+    console(const test_plan &plan, const identity &of, steps_view steps, const console_settings &settings);
 
     /* A step begins; its number counts from 0. */
     void begin(size_t number, int64_t attempt);
@@ -52,7 +47,7 @@ class console
     void print(const std::string &line, size_t indent = 0);
     void clear();
 
-    std::span<const step *const> steps_;
+    steps_view steps_;
     bool lively_; /* a line on stderr is rewritten */
     bool aside_;
     size_t number_ = 0;

@@ -5,7 +5,7 @@
 #ifndef PLAN_RUN_PLAN_H
 #define PLAN_RUN_PLAN_H
 
-#include "record.h"
+#include "identity.h"
 
 namespace plan
 {
@@ -28,9 +28,10 @@ struct order {
     std::string command_line;
 };
 
-/* Throws station::usage_error and common::file_error before anything is sent or created, and station::no_reply when the
- * service's directory cannot be entered. */
-station::exit_code run_plan(const order &given);
+/* Says on stdout how it ends, and returns how the program is to. To be called once, in the program's first thread, as
+ * it takes over the signals. Throws station::usage_error and common::file_error before anything is sent or created, and
+ * station::no_reply when the service's directory cannot be entered or another station is at it. */
+station::exit_code run_plan(const order &job);
 
 } // namespace plan
 

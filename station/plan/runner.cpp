@@ -1,12 +1,10 @@
-/* SPDX-License-Identifier: MIT
- *
- * Runs the steps of a plan one after the other.
- */
+/* SPDX-License-Identifier: MIT */
 #include "runner.h"
 
 #include <fmt/format.h>
 
-#include "manual.h"
+#include "operator.h"
+#include "record.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
 
@@ -15,9 +13,9 @@ namespace plan
 
 using common::verdict;
 
-runner::runner(const test_plan &plan, std::span<const step *const> steps, const run_settings &settings,
-               journal::writer &journal, console &shown)
-    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(shown)
+runner::runner(const test_plan &plan, steps_view steps, const run_settings &settings, journal::writer &journal,
+               console &screen)
+    : plan_(plan), steps_(steps), settings_(settings), journal_(journal), console_(screen)
 {
 }
 
@@ -69,12 +67,12 @@ void runner::give_up(const std::string &id, const station::no_reply &why)
         over_ = "the service did not answer an earlier step";
 }
 
-verdict runner::conclude(const std::string &id, const step &asked, int64_t attempt, const station::outcome &unit)
+verdict runner::conclude(const std::string &id, const step &task, int64_t attempt, const station::outcome &unit)
 {
-    const judgement result = judge(plan_, asked, unit);
+    const judgement result = judge(plan_, task, unit);
     const bool failed = result.verdict == verdict::fail;
-    again_ = failed && attempt < asked.attempts && !interrupted();
-    end_attempt(journal_, id, plan_, asked, unit, result, again_);
+    again_ = failed && attempt < task.attempts && !interrupted();
+    end_attempt(journal_, id, plan_, task, unit, result, again_);
     const bool error = result.verdict == verdict::no_verdict;
     error_ = error_ || error;
     judged_ = judged_ || (failed && !again_) || result.verdict == verdict::pass;
@@ -84,13 +82,13 @@ verdict runner::conclude(const std::string &id, const step &asked, int64_t attem
     return result.verdict;
 }
 
-void runner::show_working(const std::string &id, const step &asked, const std::string &done)
+void runner::show_working(const std::string &id, const step &task, const std::string &done)
 {
     if (waiting_)
         journal_.log(id, "the service has begun the request");
     waiting_ = false;
     if (station::noted_signal() != 0)
-        announce(fmt::format("waiting for {} to end, at most {} s; then", asked.name, settings_.grace.count()));
+        announce(fmt::format("waiting for {} to end, at most {} s; then", task.name, settings_.grace.count()));
     console_.show(done);
 }
 
@@ -104,30 +102,30 @@ void runner::show_waiting(const std::string &id)
 
 verdict runner::run_attempt(size_t number, int64_t attempt)
 {
-    const step &asked = *steps_[number];
-    const std::string id = begin_attempt(journal_, asked, attempt);
+    const step &task = *steps_[number];
+    const std::string id = begin_attempt(journal_, task, attempt);
     console_.begin(number, attempt);
     again_ = waiting_ = false;
-    const station::patience allowed{settings_.busy_timeout, std::chrono::seconds(asked.timeout_s), settings_.grace};
-    const station::audience shown{[&](const std::string &done) { show_working(id, asked, done); },
-                                  [&] { show_waiting(id); }};
+    const station::patience allowed{settings_.busy_timeout, std::chrono::seconds(task.timeout_s), settings_.grace};
+    const station::audience onlookers{[&](const std::string &done) { show_working(id, task, done); },
+                                      [&] { show_waiting(id); }};
     std::optional<station::outcome> unit;
     try {
-        unit = asked.row != nullptr ? station::carry_out(*asked.row, asked.sent, settings_.directory, allowed, shown)
-                                    : carry_out_by_hand(
-                                          asked, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
+        unit = task.row != nullptr ? station::carry_out(*task.row, task.sent, settings_.directory, allowed, onlookers)
+                                   : carry_out_by_hand(
+                                         task, [&] { return console_.begin_question(); }, [&] { console_.show(""); });
     } catch (const station::no_reply &error) {
         give_up(id, error);
     } catch (const std::exception &error) {
         give_up(id, {station::exit_code::no_verdict, "no-verdict", error.what()});
     }
-    return unit ? conclude(id, asked, attempt, *unit) : verdict::no_verdict;
+    return unit ? conclude(id, task, attempt, *unit) : verdict::no_verdict;
 }
 
 /* Only a failure is tried again: of everything else a second attempt would say no more. */
 void runner::run_step(size_t number)
 {
-    const step &asked = *steps_[number];
+    const step &task = *steps_[number];
     int64_t attempt = 1;
     verdict last = run_attempt(number, attempt);
     while (again_ && !interrupted())
@@ -135,8 +133,8 @@ void runner::run_step(size_t number)
     if (again_)
         return skip(number, attempt + 1);
     const bool wrong = last == verdict::fail || last == verdict::no_verdict;
-    if (wrong && over_.empty() && (asked.stop_on_fail || settings_.stop_on_fail))
-        over_ = fmt::format("step {} {}, and the run stops there", asked.name,
+    if (wrong && over_.empty() && (task.stop_on_fail || settings_.stop_on_fail))
+        over_ = fmt::format("step {} {}, and the run stops there", task.name,
                             last == verdict::fail ? "failed" : "had no verdict");
 }
 

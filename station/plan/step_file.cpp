@@ -8,11 +8,10 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/nearest.h"
+#include "common/words.h"
 #include "facmsg_protocol.h"
-#include "manual_file.h"
+#include "limits.h"
 #include "station/requests/carry_out.h"
-#include "step_limits.h"
 
 namespace plan
 {
@@ -21,7 +20,7 @@ using station::arity;
 using station::command;
 using station::option;
 
-constexpr int64_t longest_timeout_s = 86400;
+static constexpr int64_t LONGEST_TIMEOUT_S = 86400;
 
 /* Requests with a type and a verdict of their own: not raw, not list. */
 static const command &read_request(const common::toml_reader &reader)
@@ -30,18 +29,18 @@ static const command &read_request(const common::toml_reader &reader)
     for (const command &row : station::commands())
         if (row.type)
             names.emplace_back(row.name);
-    const auto asked = reader.text("request");
-    if (asked == "raw" || asked == "list")
-        reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *asked,
+    const auto value = reader.text("request");
+    if (value == "raw" || value == "list")
+        reader.fail("request", fmt::format("request is \"{}\", which judges nothing, expected one of {}", *value,
                                            common::joined(names)));
     const std::string name = *reader.one_of("request", names);
     return *std::ranges::find_if(station::commands(), [&](const command &row) { return row.name == name; });
 }
 
-std::string read_name(const common::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
+std::string read_name(const common::toml_reader &reader, const std::string &usual, const std::string &prefix,
                       const test_plan &into)
 {
-    const std::string own = reader.text("name").value_or(otherwise);
+    const std::string own = reader.text("name").value_or(usual);
     if (own.empty() && !reader.has("name"))
         reader.fail("name", "found no key name, expected a name for the step");
     if (own.empty() || own.find_first_not_of("abcdefghijklmnopqrstuvwxyz0123456789_-") != std::string::npos)
@@ -50,6 +49,12 @@ std::string read_name(const common::toml_reader &reader, const std::string &othe
     if (std::ranges::any_of(into.steps, [&](const step &other) { return other.name == name || other.group == name; }))
         reader.fail("name", fmt::format("name is \"{}\", which an earlier step has, expected another name", own));
     return name;
+}
+
+void read_failure_rules(const common::toml_reader &reader, step &into)
+{
+    into.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
+    into.stop_on_fail = reader.flag("stop_on_fail", false);
 }
 
 /* The value as the command line would have it; nothing when it is of a wrong type. */
@@ -124,28 +129,28 @@ static void check_panel(const common::toml_reader &reader, const char *key, cons
 }
 
 /* The names of a reply's ports that it lists by position, as the option gives them; nothing for other requests. */
-static std::optional<std::vector<uint32_t>> named_positions(const step &read)
+static std::optional<std::vector<uint32_t>> named_positions(const step &task)
 {
-    const auto field = std::ranges::find(read.row->options, std::string_view("--ports"), &option::name);
-    if (field == read.row->options.end())
+    const auto field = std::ranges::find(task.row->options, std::string_view("--ports"), &option::name);
+    if (field == task.row->options.end())
         return std::nullopt;
-    return station::parse_list(*field, station::own_value(read.sent, field->name).value_or(""));
+    return station::parse_list(*field, station::own_value(task.sent, field->name).value_or(""));
 }
 
-static void read_covers(const common::toml_reader &reader, const test_plan &into, const station::outcome &seen,
-                        step &read)
+static void read_covers(const common::toml_reader &reader, const test_plan &into, const station::outcome &sample,
+                        step &task)
 {
-    read.covers = reader.distinct_ports("covers", FACMSG_MAX_PORTS);
-    check_panel(reader, "covers", into, read.covers);
-    const auto named = named_positions(read);
+    task.covers = reader.distinct_ports("covers", FACMSG_MAX_PORTS);
+    check_panel(reader, "covers", into, task.covers);
+    const auto named = named_positions(task);
     check_panel(reader, "options", into, named.value_or(std::vector<uint32_t>{}));
-    if (read.covers.empty())
+    if (task.covers.empty())
         return;
-    if (seen.columns.empty())
-        reader.fail("covers", fmt::format("found covers, expected none: {} judges no ports", read.row->name));
+    if (sample.columns.empty())
+        reader.fail("covers", fmt::format("found covers, expected none: {} judges no ports", task.row->name));
     if (named && named->empty())
         reader.fail("covers", "found covers without options.ports, expected both: the reply lists ports by position");
-    if (named && *named != read.covers)
+    if (named && *named != task.covers)
         reader.fail("covers", "covers and options.ports differ, expected the same ports in both");
 }
 
@@ -164,16 +169,15 @@ static void read_request_step(const std::string &file, const toml::table &table,
     const command &row = read_request(reader);
     std::string usual = row.name;
     std::ranges::replace(usual, ' ', '-');
-    step read{.name = read_name(reader, usual, prefix, into), .row = &row, .sent = station::empty_request(row)};
-    reader.for_table("options", [&](const toml::table &options) { read_options(file, options, read); });
-    reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, read); });
-    const station::outcome seen = check_options(reader, read);
-    check_limits(reader, table, read, seen);
-    read_covers(reader, into, seen, read);
-    read.attempts = 1 + reader.number("retries", {0, 9}).value_or(0);
-    read.stop_on_fail = reader.flag("stop_on_fail", false);
-    read.timeout_s = reader.number("timeout_s", {1, longest_timeout_s}).value_or(default_timeout_s(row.expected));
-    into.steps.push_back(std::move(read));
+    step task{.name = read_name(reader, usual, prefix, into), .row = &row, .sent = station::empty_request(row)};
+    reader.for_table("options", [&](const toml::table &options) { read_options(file, options, task); });
+    reader.for_table("limits", [&](const toml::table &limits) { read_limits(file, limits, task); });
+    const station::outcome sample = check_options(reader, task);
+    check_limits(reader, table, task, sample);
+    read_covers(reader, into, sample, task);
+    read_failure_rules(reader, task);
+    task.timeout_s = reader.number("timeout_s", {1, LONGEST_TIMEOUT_S}).value_or(default_timeout_s(row.expected));
+    into.steps.push_back(std::move(task));
 }
 
 static void read_group(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
@@ -196,34 +200,34 @@ static void read_group(const std::string &file, const toml::table &table, const 
 /* A step has one of these keys, which says what it is. */
 struct step_form {
     const char *key;
-    void (*read)(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+    void (*add)(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
 };
-constexpr step_form forms[] = {{"request", read_request_step},
-                               {"instruct", read_instruction},
-                               {"ask", read_question},
-                               {"pause_s", read_pause},
-                               {"repeat", read_group}};
+static constexpr step_form FORMS[] = {{"request", read_request_step},
+                                      {"instruct", read_instruction},
+                                      {"ask", read_question},
+                                      {"pause_s", read_pause},
+                                      {"repeat", read_group}};
 
 void read_step(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into)
 {
-    std::vector<std::string_view> keys, found;
-    for (const step_form &form : forms) {
+    std::vector<std::string_view> keys, present;
+    for (const step_form &form : FORMS) {
         keys.emplace_back(form.key);
         if (table.contains(form.key))
-            found.emplace_back(form.key);
+            present.emplace_back(form.key);
     }
-    if (found.size() == 1)
-        return std::ranges::find(forms, found.front(), &step_form::key)->read(file, table, prefix, into);
-    std::vector<std::string_view> known = keys;
-    if (found.empty()) /* a key that nobody knows may be what was meant */
-        known.insert(known.end(),
-                     {"name", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s", "unit", "step"});
+    if (present.size() == 1)
+        return std::ranges::find(FORMS, present.front(), &step_form::key)->add(file, table, prefix, into);
+    std::vector<std::string_view> allowed = keys;
+    if (present.empty()) /* a key that nobody knows may be what was meant */
+        allowed.insert(allowed.end(),
+                       {"name", "options", "limits", "covers", "retries", "stop_on_fail", "timeout_s", "unit", "step"});
     else
         for (const auto &[key, node] : table)
-            known.emplace_back(key.str());
-    common::toml_reader(file, table, known)
-        .fail(found.empty() ? "request" : found.back(),
-              fmt::format("found {}, expected one key of {}", found.empty() ? "none" : common::joined(found),
+            allowed.emplace_back(key.str());
+    common::toml_reader(file, table, allowed)
+        .fail(present.empty() ? "request" : present.back(),
+              fmt::format("found {}, expected one key of {}", present.empty() ? "none" : common::joined(present),
                           common::joined(keys)));
 }
 

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * One [[step]] of a plan file.
+ * One [[step]] of a plan file, in any of its forms. All throw common::file_error.
  */
 #ifndef PLAN_STEP_FILE_H
 #define PLAN_STEP_FILE_H
@@ -11,13 +11,19 @@
 namespace plan
 {
 
-/* Adds the step, or the steps of a group, to the plan read so far; those of a round get the prefix, as "burn-in.2.".
- * Throws common::file_error. */
+/* Adds the step, or the steps of a group, to the plan read so far; those of a round get the prefix, as "burn-in.2.". */
 void read_step(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
 
-/* The step's name, or the one otherwise given to it, that no other step has. */
-std::string read_name(const common::toml_reader &reader, const std::string &otherwise, const std::string &prefix,
+/* The forms that ask nothing of the service. */
+void read_instruction(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+void read_question(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+void read_pause(const std::string &file, const toml::table &table, const std::string &prefix, test_plan &into);
+
+/* The step's name, which no other step has: its own, or else the usual one of its form; an empty one is none. */
+std::string read_name(const common::toml_reader &reader, const std::string &usual, const std::string &prefix,
                       const test_plan &into);
+/* What happens when the step fails: retries and stop_on_fail. */
+void read_failure_rules(const common::toml_reader &reader, step &into);
 
 } // namespace plan
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/duration.h"
+#include "common/words.h"
 
 namespace reports
 {

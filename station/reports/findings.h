@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "station/journal/run_record.h"
 
 namespace reports

@@ -9,7 +9,7 @@
 #include <map>
 #include <set>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "findings.h"
 #include "station/journal/timestamp.h"
 

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/text.h"
 #include "common/verdict.h"
-#include "common/wrap.h"
 
 namespace reports
 {
@@ -78,7 +78,7 @@ struct history {
 history read_history(const std::filesystem::path &dir, const history_filter &filter = {});
 
 /* For people, and one JSON object. */
-std::string history_text(const history &runs, size_t columns = common::screen_columns);
+std::string history_text(const history &runs, size_t columns = common::SCREEN_COLUMNS);
 std::string runs_text(const history &runs); /* a line a run */
 std::string history_json(const history &runs);
 

@@ -5,8 +5,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include "common/say.h"
-#include "common/wrap.h"
+#include "common/text.h"
 #include "findings.h"
 #include "history.h"
 

@@ -9,10 +9,10 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
-#include "common/error_json.h"
-#include "common/path_fault.h"
-#include "common/printable.h"
-#include "common/say.h"
+#include "common/file.h"
+#include "common/program.h"
+#include "common/terminal.h"
+#include "common/text.h"
 #include "findings.h"
 #include "reports.h"
 #include "station/journal/journal_check.h"

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
+#include "common/text.h"
 #include "common/verdict.h"
-#include "common/wrap.h"
 #include "station/journal/run_record.h"
 
 namespace reports
@@ -22,7 +22,7 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
 
 /* The verdict for the operator: what it is, why, and at last where the report is. */
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
-                         size_t columns = common::screen_columns);
+                         size_t columns = common::SCREEN_COLUMNS);
 
 /* In its place for a run whose reports could not be written: how to have them written later. */
 std::string unsaved_text(const std::filesystem::path &run_dir);

@@ -4,7 +4,7 @@
  */
 #include <nlohmann/json.hpp>
 
-#include "common/printable.h"
+#include "common/text.h"
 #include "ending.h"
 #include "findings.h"
 #include "reports.h"

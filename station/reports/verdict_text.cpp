@@ -7,9 +7,7 @@
 #include <sstream>
 
 #include "banner.h"
-#include "common/printable.h"
-#include "common/say.h"
-#include "common/wrap.h"
+#include "common/text.h"
 #include "ending.h"
 #include "findings.h"
 #include "reports.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "families.h"
 #include "port_report.h"
 

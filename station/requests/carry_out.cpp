@@ -14,7 +14,8 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "common/path_fault.h"
+#include "common/file.h"
+#include "common/socket_address.h"
 #include "facmsg_protocol.h"
 #include "interruption.h"
 
@@ -77,9 +78,7 @@ static bool is_closed_soon(int fd)
 /* 0, or the error number of connecting. Never waits long: a service with a full backlog gives EAGAIN. */
 static int connect_error(bool once_more = true)
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    fmt::format_to_n(address.sun_path, sizeof(address.sun_path) - 1, "{}", FACMSG_SOCKET_PATH);
+    const sockaddr_un address = common::socket_address(FACMSG_SOCKET_PATH);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
     if (fd < 0)
         return errno;

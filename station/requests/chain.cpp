@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "port_report.h"
 
 namespace station

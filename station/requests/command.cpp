@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <charconv>
 #include <fmt/format.h>
+#include <functional>
 #include <optional>
-#include <sstream>
+
+#include "common/port_list.h"
 
 namespace station
 {
@@ -82,20 +84,11 @@ void set_own_number(request &sent, const option &field, const std::string &value
 
 std::vector<uint32_t> parse_list(const option &field, const std::string &text)
 {
-    std::vector<uint32_t> numbers;
-    int64_t least = field.least;
-    std::istringstream items(text);
-    for (std::string item; std::getline(items, item, ',');) {
-        const size_t dash = item.find('-');
-        const auto first = parse_number(item.substr(0, dash), field.hex);
-        const auto last = dash == std::string::npos ? first : parse_number(item.substr(dash + 1), field.hex);
-        if (!first || !last || *first < least || *last < *first || *last > field.most)
-            return {};
-        for (int64_t number = *first; number <= *last; number++)
-            numbers.push_back(static_cast<uint32_t>(number));
-        least = *last + 1;
-    }
-    return numbers;
+    const auto numbers =
+        common::parse_list(text, static_cast<uint32_t>(field.least), static_cast<uint32_t>(field.most));
+    const bool ascending =
+        numbers && std::ranges::adjacent_find(*numbers, std::ranges::greater_equal()) == numbers->end();
+    return ascending ? *numbers : std::vector<uint32_t>();
 }
 
 void set_own_list(request &sent, const option &field, const std::string &value)

@@ -13,8 +13,8 @@
 #include <iostream>
 #include <iterator>
 
-#include "common/count.h"
-#include "common/path_fault.h"
+#include "common/file.h"
+#include "common/words.h"
 #include "families.h"
 
 namespace station

@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include "common/say.h"
 #include "common/terminal.h"
 
 namespace station

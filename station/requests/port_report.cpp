@@ -8,7 +8,7 @@
 #include <array>
 #include <fmt/format.h>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "facmsg.h"
 
 namespace station

@@ -10,7 +10,7 @@
 #include <fmt/ranges.h>
 #include <span>
 
-#include "common/count.h"
+#include "common/words.h"
 #include "families.h"
 
 namespace station

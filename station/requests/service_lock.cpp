@@ -14,8 +14,7 @@
 #include <unistd.h>
 
 #include "carry_out.h"
-#include "common/printable.h"
-#include "common/say.h"
+#include "common/text.h"
 #include "facmsg_protocol.h"
 #include "interruption.h"
 

@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "chain.h"
-#include "common/count.h"
+#include "common/words.h"
 #include "families.h"
 #include "stress_report.h"
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "common/count.h"
+#include "common/words.h"
 
 namespace station
 {

@@ -12,9 +12,10 @@
 #include <sstream>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "common/socket_address.h"
 
 /* The terminals of tests, whatever this one is. */
 static const int known_terminal = setenv("TERM", "xterm", 1);
@@ -209,9 +210,7 @@ finished simulated_switch::run(const words &arguments) const
 
 listener::listener(const temporary_folder &folder) : fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    folder.socket().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const sockaddr_un address = common::socket_address(folder.socket());
     EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
     EXPECT_EQ(listen(fd, 8), 0);
 }

@@ -92,8 +92,8 @@ static void play_entry(const section &entry)
         host.emplace(files.path + "/board.toml", options);
     const std::string folder = host ? host->folder.path : files.path;
     std::ofstream data(folder + "/in");
-    for (int i = 0; i < 4096; i++)
-        data << static_cast<char>(i * 7 + i / 256);
+    for (int i = 0; i < 204; i++)
+        data << static_cast<char>(i * 7);
     data.close();
     for (const section &command : std::span(commands).subspan(1))
         play(command, folder);

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Tells the stories of case files line by line, for play_stories: stories.py OUTPUT FILE...
+"""Tells the stories of case files event by event, for play_stories: stories.py OUTPUT FILE...
 
 How a case file is written is in docs/library_tests.md.
 """
 import re
 import struct
 import sys
+from dataclasses import dataclass, replace
 
 
 def numbers(text):
@@ -21,7 +22,7 @@ def numbers(text):
 
 class Request:
     def __init__(self, type_, reply_type, operation, size, *fields):
-        self.type, self.reply_type, self.operation, self.fields, offset = type_, reply_type, operation, {}, 0
+        self.type, self.reply_type, self.operation, self.fields, offset = int(type_), int(reply_type), operation, {}, 0
         for field in fields:
             name, size_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
             self.fields[name] = offset, int(size_ or 4), int(count or 1)
@@ -43,43 +44,39 @@ class Request:
         return bytes(payload)
 
 
+@dataclass
 class Line:
-    """One event that the library is to bring about, or one act of the world around it: TEXT [xN] [= result] [-> outputs]"""
+    place: str
+    text: str
+    count: int = 1
+    result: int = 0
+    outputs: list = None
+    log_level: int = None  # what it sets it to
 
-    def __init__(self, text, place):
-        self.place, self.count, self.result, self.outputs = place, 1, 0, None
-        if text[0] not in "!.":
-            text, count, result, outputs = re.fullmatch(r"(.*?)(?: x(\d+))?(?: = (-?\d+))?(?: -> (\S+))?", text).groups()
-            self.count, self.result = int(count or 1), int(result or 0)
-            self.outputs = list(numbers(outputs)) if outputs else None
-        self.text = text
 
-    def told(self, answers):
-        call = re.fullmatch(r"(\w+)\((\d*).*\)", self.text)
-        outputs = self.outputs
-        if call and outputs is None and not self.result:
-            phy_id = [256 + int(call[2])] if call[1] == "get_port_phyid" else []
-            outputs = answers.get(self.text, answers.get(call[1], phy_id))
-        outputs = ",".join(map(str, outputs or [])) or "-"
-        return f"{self.place}\t{self.count}\t{self.result}\t{outputs}\t{self.text}"
+def line_of(text, place):
+    """TEXT [xN] [= result] [-> outputs]"""
+    if text[0] in "!.":
+        return Line(place, text)
+    text, count, result, outputs = re.fullmatch(r"(.*?)(?: x(\d+))?(?: = (-?\d+))?(?: -> (\S+))?", text).groups()
+    return Line(place, text, int(count or 1), int(result or 0), list(numbers(outputs)) if outputs else None)
 
 
 def single_out(lines, start, nth):
     """Makes the nth event that starts so a line of its own; its position."""
     for at, line in enumerate(lines):
-        if not line.text.startswith(start):
-            continue
-        if nth > line.count:
-            nth -= line.count
-            continue
-        parts = []
-        for count in (nth - 1, 1, line.count - nth):
-            part = Line.__new__(Line)
-            part.__dict__ = line.__dict__ | {"count": count}
-            parts.append(part)
-        lines[at:at + 1] = [part for part in parts if part.count]
-        return at + (nth > 1)
+        if line.text.startswith(start) and nth <= line.count:
+            parts = [replace(line, count=count) for count in (nth - 1, 1, line.count - nth) if count]
+            lines[at:at + 1] = parts
+            return at + (nth > 1)
+        nth -= line.count if line.text.startswith(start) else 0
     raise ValueError("nothing starts with: " + start)
+
+
+def whole_frame(match):
+    """Bytes in hex, of which those in brackets repeat up to the length that stands before."""
+    length, first, again = int(match[1]), match[3], match[4]
+    return match[1] + match[2] + (first + again * length)[:2 * length]
 
 
 class Cases:
@@ -88,75 +85,85 @@ class Cases:
 
     def read(self, path):
         with open(path, encoding="utf-8") as file:
-            text = re.sub(r"\\\n *", lambda match: "\0", file.read())
-        blocks, number = [], 0
+            text = re.sub(r"\\\n *", "\0", file.read())
+        blocks, number = [], 1
         for line in text.split("\n"):
-            number, place = number + 1 + line.count("\0"), f"{path.rsplit('/', 1)[-1]}:{number + 1}"
-            line = line.replace("\0", "")
-            if not line.strip() or line.lstrip().startswith("#"):
-                continue
-            if not line.startswith(" "):
-                blocks.append((line, place, []))
-            else:
-                blocks[-1][2].append((line.strip(), place))
+            place, number = f"{path.rsplit('/', 1)[-1]}:{number}", number + 1 + line.count("\0")
+            if line.startswith(" ") and line.lstrip()[:1] not in ("", "#"):
+                blocks[-1][2].append((line.strip().replace("\0", ""), place))
+            elif line.strip() and not line.lstrip().startswith("#"):
+                blocks.append((line.replace("\0", ""), place, []))
         for header, place, body in blocks:
-            self.place = place
             try:
                 word, _, rest = header.partition(" ")
-                getattr(self, "take_" + word)(rest, body)
+                getattr(self, "take_" + word)(rest, body, place)
             except (AttributeError, AssertionError, KeyError, ValueError) as error:
                 sys.exit(f"{place}: {header}: {error!r}")
 
-    def take_request(self, text, _):
+    def take_request(self, text, *_):
         name, *parts = text.split()
         self.requests[name] = Request(*parts)
 
-    def take_always(self, text, _):
-        line = Line(text, "")
+    def take_always(self, text, _, place):
+        line = line_of(text, place)
         self.answers[line.text] = line.outputs
 
-    def take_def(self, text, body):
+    def take_def(self, text, body, place):
         head, _, line = (text + " ").partition(": ")
         name, *parameters = head.split()
-        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line.strip(), self.place)]
+        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line.strip(), place)]
 
-    def take_case(self, name, body):
+    def take_case(self, name, body, _):
         """A table at its beginning makes each row a story of its own."""
-        rows = [[cell.strip() for cell in re.split(r" \|(?= |$)", line[1:])] for line, _ in body if line[0] == "|"]
-        body = [line for line in body if line[0][0] != "|"]
-        for row in rows[1:] or [[]]:
-            row += [""] * (len(rows[0]) - len(row)) if rows else []
-            self.tell(": ".join([name] + row[:1]), body, dict(zip(rows[0], row)) if rows else {})
+        rows = [row for line, _ in body if line[0] == "|" for row in line[1:].split(" || ")] or ["", ""]
+        rows = [[cell.strip() for cell in re.split(r" \|(?= |$)", row)] for row in rows]
+        for row in rows[1:]:
+            values = dict(zip(rows[0], row + [""] * len(rows[0])))
+            self.tell(": ".join([name] + row[:1]), [line for line in body if line[0][0] != "|"], values)
 
-    def take_missing(self, text, body):
+    def take_missing(self, text, body, place):
         """Each request asked without each slot."""
         for part in text.split(" ; "):
             names, slots = (words.split() for words in part.split(":"))
             for name, slot in ((name, slot) for name in names for slot in slots):
-                story = [("empty " + slot, body[0][1]), ("ask " + name, body[0][1])] + body
+                story = [(f"empty {slot} ; ask {name}", place)] + body
                 self.tell(f"{name} without {slot}", story, {"way": name.rpartition("_")[2]}, slot)
 
     def tell(self, name, body, values, empty="-"):
         lines = self.expand_all(body, values)
-        self.stories += [f"story\t{name}"]
-        self.stories += [line.told(self.answers).replace("{" + empty + "}", "(nil)") for line in lines]
+        levels = [int(lines.pop(0).text[-1])] if lines[0].text.startswith("at level ") else [2, 1]
+        for level in levels:
+            self.stories.append(f"story\t{level} {name}")
+            for line in lines:
+                if line.text[0] not in "!." or level >= {"!": 1, ".": 2}[line.text[0]]:
+                    self.stories.append(self.event_row(line).replace("{" + empty + "}", "(nil)"))
+                level = level if line.log_level is None else line.log_level
+
+    def event_row(self, line):
+        call = re.fullmatch(r"(\w+)\((\d*).*\)", line.text)
+        outputs = line.outputs or []
+        if call and not outputs and not line.result:
+            phy_id = [256 + int(call[2])] if call[1] == "get_port_phyid" else []
+            outputs = self.answers.get(line.text, self.answers.get(call[1], phy_id))
+        text = line.text[2:] if line.text[0] in "!." else line.text
+        if text.startswith(("send_packet", "receive")):
+            text = re.sub(r"\b(\d+)([, ])(\w*)\[(\w+)\]", whole_frame, text)
+        return f"{line.place}\t{line.count} {line.result} {' '.join(map(str, [len(outputs)] + outputs))}\t{text}"
 
     def expand_all(self, body, values):
-        lines = []
-        for text, place in body:
-            lines += self.expand(text, place, values)
-        return lines
+        return [line for text, place in body for line in self.expand(text, place, values)]
 
     @staticmethod
     def substitute(text, values):
-        text = re.sub(r"\$(\w+)|\$\{(\w+)\}", lambda m: values.get(m[1] or m[2], m[0]), text)
-
         def add(match):
             value = sum(map(int, re.findall(r"[+-]?\d+", match[1])))
             return f"{value & 255:02x}" if match[2] else str(value)
+        text = re.sub(r"\$(\w+)|\$\{(\w+)\}", lambda m: values.get(m[1] or m[2], m[0]), text)
         return re.sub(r"\{([\d+-]+)(:x2)?\}", add, text)
 
     def expand(self, text, place, values):
+        if " ;; " in text:
+            return self.expand_all([(part, place) for part in text.split(" ;; ")], values)
         if text.startswith("for "):
             head, _, body = text.partition(": ")
             name, *items = self.words(self.substitute(head[4:], values))
@@ -175,63 +182,66 @@ class Cases:
     def expand_one(self, text, place):
         words = self.words(text)
         if words[0] in ("!", "."):
-            named = text if text[2:3] == "<" else f"{text[0]} <{self.request.operation}> {text[2:]}"
-            return [Line(named, place)]
-        if words[0] == "scan":
+            text = text if text[2:3] == "<" else f"{text[0]} <{self.request.operation}> {text[2:]}"
+        elif words[0] == "scan":
             return list(self.scan(place, *words[1:]))
-        if words[0] == "ask":
-            self.request = self.requests[words[1]]
-            unit = ["unit=6"] if "unit" in self.request.fields else []
-            fields = sorted(unit + words[2:], key=lambda word: not word.startswith("fill="))
-            self.sent = self.request.payload(bytes(self.request.size), fields)
-            return [Line(f"ask {self.request.type} {words[1]} {self.sent.hex() or '-'}", place)]
-        if words[0] == "reply" and words[1:] != ["none"]:
-            return [Line(f"reply {self.request.reply_type} {self.request.payload(self.sent, words[1:]).hex() or '-'}", place)]
-        if words[0] not in self.procedures:
-            return [Line(text, place)]
-        parameters, body = self.procedures[words[0]]
-        given = words[1:] + [default for _, default in parameters[len(words) - 1:]]
-        return self.expand_all(body, dict(zip((name for name, _ in parameters), given)))
+        elif words[0] == "ask":
+            return [self.ask(place, *words[1:])]
+        elif words == ["reply", "none"]:
+            text = "reply "
+        elif words[0] == "reply":
+            return list(self.reply(place, words[1:]))
+        elif words[0] in self.procedures:
+            parameters, body = self.procedures[words[0]]
+            arguments = words[1:] + [default for _, default in parameters[len(words) - 1:]]
+            return self.expand_all(body, dict(zip((name for name, _ in parameters), arguments)))
+        return [line_of(text, place)]
+
+    def ask(self, place, name, *fields):
+        request = self.request = self.requests[name]
+        fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:5] != "fill=")
+        self.sent = request.payload(bytes(request.size), fields)
+        level = struct.unpack("<i", self.sent[:4])[0] if name == "log_level" else None
+        return Line(place, f"ask {name} {struct.pack('<II', request.type, request.size).hex()}{self.sent.hex()}", log_level=level)
+
+    def reply(self, place, fields):
+        payload, type_ = self.request.payload(self.sent, fields), self.request.reply_type
+        yield Line(place, f". <facmsg_send> Msg type:{type_}, payload_size:{len(payload)}.")
+        yield Line(place, f"reply {struct.pack('<II', type_, len(payload)).hex()}{payload.hex()}")
 
     def scan(self, place, style, *ports):
         """Asks 256 ports: those named can do this (3=0x10/0) or cannot be asked (4=!-2), the others can do nothing."""
-        abilities = {port: ability for word in ports for port in numbers(word.split("=")[0]) for ability in [word.split("=")[1]]}
+        abilities = {str(port): ability for word in ports for head, _, ability in [word.partition("=")] for port in numbers(head)}
+        operation = self.request.operation
         for port in range(1, 257):
-            ability, operation = abilities.get(port, "0/0"), self.request.operation
+            ability = abilities.get(str(port), "0/0")
             words = [0, 0] if ability[0] == "!" else [int(word, 0) for word in ability.split("/")]
             if ability[0] == "!":
-                yield Line(f"get_ability(6,{port}) = {ability[1:]} -> 7,7", place)
-                yield Line(f"{'!' if style == 'stress' else '.'} <{operation}> Get port{port} ability fail(ret = {ability[1:]}).", place)
+                yield line_of(f"get_ability(6,{port}) = {ability[1:]} -> 7,7", place)
+                yield Line(place, f"{'!' if style == 'stress' else '.'} <{operation}> Get port{port} ability fail(ret = {ability[1:]}).")
             else:
-                yield Line(f"get_ability(6,{port}) -> {words[0]},{words[1]}", place)
+                yield Line(place, f"get_ability(6,{port})", outputs=words)
             if style != "quiet":
-                yield Line(f". <{operation}> Get port {port} ability copper:0x{words[0]:x} fiber:0x{words[1]:x} .", place)
+                yield Line(place, f". <{operation}> Get port {port} ability copper:0x{words[0]:x} fiber:0x{words[1]:x} .")
 
     def modified(self, lines, modifiers, place):
         """until, after, but, without and then: see docs/library_tests.md."""
         at = len(lines)
         for modifier in modifiers:
-            verb, nth, rest = re.fullmatch(r"(\w+) (?:#(\d+) )?(.*)", modifier).groups()
-            wanted = Line(rest, place)
+            verb, nth, rest = re.fullmatch(r"(until|after|but|without|then) (?:#(\d+) )?(.*)", modifier).groups()
+            pattern = line_of(rest, place)
             if verb == "then":
                 more = self.expand(rest, place, {})
                 lines[at:at] = more
                 at += len(more)
             elif verb == "without":
-                lines = [line for line in lines if not line.text.startswith(wanted.text)]
+                lines = [line for line in lines if not line.text.startswith(pattern.text)]
                 at = len(lines)
             else:
-                at = single_out(lines, wanted.text, int(nth or 1))
-                if verb == "after":
-                    lines, at = lines[at + 1:], 0
-                    continue
-                lines[at].result = wanted.result
-                lines[at].outputs = wanted.outputs or lines[at].outputs
+                at = single_out(lines, pattern.text, int(nth or 1))
+                lines[at] = replace(lines[at], result=pattern.result, outputs=pattern.outputs or lines[at].outputs)
                 at += 1
-                if verb == "until":
-                    lines = lines[:at]
-                elif verb != "but":
-                    raise ValueError("not a modifier: " + verb)
+                lines, at = (lines[at:], 0) if verb == "after" else (lines[:at] if verb == "until" else lines, at)
         return lines
 
 

@@ -2,86 +2,53 @@
  *
  * Frames as they are sent, and the client side of the exchange against servers that behave badly.
  */
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
-#include "log_capture.h"
-#include "request_client.h"
 #include "service/server_lib.h"
-#include "simulation.h"
+#include "service_client.h"
 
-struct message : testing::Test {
-    message()
-    {
-        EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
-    }
-    ~message() override
-    {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    int ends[2];
-};
-
-TEST_F(message, needs_a_payload_for_its_size)
+TEST(message, that_cannot_be_sent_is_refused)
 {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+    const std::string payload(4 << 20, 'x'), need = "<facmsg_send> Send msg fail,need bytes: ";
     const log_capture log(2);
     EXPECT_EQ(facmsg_send(ends[0], 0x80000009, 0, nullptr), 0);
     EXPECT_EQ(facmsg_send(ends[0], 9, 1, nullptr), -1);
-    EXPECT_EQ(log.text(), "facmsg_send: Msg type:-2147483639, payload_size:0.\nfacmsg_send: Msg format error.\n");
-}
-
-TEST_F(message, fails_in_part_and_to_a_peer_that_has_gone)
-{
-    fcntl(ends[0], F_SETFL, O_NONBLOCK);
-    const std::string payload(4 << 20, 'x'), need = "facmsg_send: Send msg fail,need bytes: ";
-    const log_capture log(1);
+    EXPECT_EQ(log.text(), "<facmsg_send> Msg type:-2147483639, payload_size:0.\n<facmsg_send> Msg format error.\n");
+    facmsg_dbg = 1;
     EXPECT_EQ(facmsg_send(ends[0], 9, 4 << 20, payload.data()), -1);
-    const std::string part = log.text();
-    EXPECT_EQ(part.find(need + "4194312,but :"), 0u);
-    EXPECT_EQ(part.find("-1.\n"), std::string::npos);
-    shutdown(ends[1], SHUT_RDWR);
+    const std::string in_part = log.text();
+    EXPECT_NE(in_part.find(need + "4194312,but :"), std::string::npos);
+    EXPECT_EQ(in_part.find("-1.\n"), std::string::npos);
+    close(ends[1]);
     EXPECT_EQ(facmsg_send(ends[0], 9, 4, "abcd"), -1); /* and no signal comes */
-    EXPECT_EQ(log.text(), part + need + "12,but :-1.\n");
+    EXPECT_EQ(log.text(), in_part + need + "12,but :-1.\n");
+    close(ends[0]);
 }
 
-TEST_F(message, without_memory_fails_whatever_its_size)
+TEST(message, without_memory_fails_whatever_its_size)
 {
     const temporary_folder folder;
     const int listener = factory_ssa_lib_socket_create(); /* for the client to connect to */
     for (const uint32_t size : {1u, 0xFFFFFFF8u, 0xFFFFFFFFu}) {
         char payload[1];
         const log_capture log(1);
-        simulation::fail_allocation(1);
+        world::fail("allocation");
         EXPECT_EQ(facmsg_send(-1, 9, size, payload), -1);
         if (sizeof(size_t) > 4) {
-            EXPECT_EQ(simulation::failed_allocation_size(), uint64_t{size} + 8);
+            EXPECT_EQ(world::failed_allocation, uint64_t{size} + 8);
         }
-        simulation::fail_allocation(1);
+        world::fail("allocation");
         EXPECT_EQ(facmsg_client_send(9, size, payload, 1), -1);
-        simulation::fail_allocation(0);
-        EXPECT_EQ(log.text(), "facmsg_send: Allocate memory fail.\nfacmsg_client_send: Allocate memory fail.\n");
+        EXPECT_EQ(log.text(), "<facmsg_send> Allocate memory fail.\n<facmsg_client_send> Allocate memory fail.\n");
     }
     close(listener);
 }
 
-/* Serves one request of 12 bytes with this answer, and hangs up. */
-static std::string serve(int listener, const std::string &answer)
+TEST(message, of_a_client_takes_a_reply_of_its_size)
 {
-    const int client = accept(listener, nullptr, nullptr);
-    char request[12];
-    const ssize_t size = read(client, request, sizeof(request));
-    send(client, answer.data(), answer.size(), MSG_NOSIGNAL);
-    close(client);
-    return {request, static_cast<size_t>(size)};
-}
-
-TEST(client, takes_a_reply_of_the_request_s_size)
-{
-    const std::string op = "facmsg_client_send: ", timeout = op + "Recv packet timeout.\n";
+    const std::string op = "<facmsg_client_send> ", timeout = op + "Recv packet timeout.\n";
     const struct {
         const char *name;
         std::string answer;
@@ -96,38 +63,41 @@ TEST(client, takes_a_reply_of_the_request_s_size)
         {"smaller", frame(21, 0), 5, -1, "abcd", op + "Server recv fail.\n" + timeout, 1},
         {"none", "", 3, -1, "abcd", timeout, 3},
         {"not waited for", frame(9, 4, "WXYZ"), 0, -1, "abcd", timeout, 0},
-        {"not waited for, negative", frame(9, 4, "WXYZ"), -1, -1, "abcd", timeout, 0},
     };
     const temporary_folder folder;
     for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        trace_clear();
-        char payload[] = "abcd";
-        std::string request;
+        char payload[] = "abcd", request[12] = {};
+        int polls = 0;
         const int listener = factory_ssa_lib_socket_create(); /* over the file of the case before */
-        std::thread server([&] { request = serve(listener, c.answer); });
+        world::on_event = [&](const std::string &event) {     /* the server answers once, and hangs up */
+                                                          EXPECT_EQ(event, "wait 100000us");
+                                                          if (polls++ > 0)
+                                                              return;
+                                                          const int client = accept(listener, nullptr, nullptr);
+                                                          EXPECT_EQ(read(client, request, sizeof(request)), 12);
+                                                          send(client, c.answer.data(), c.answer.size(), MSG_NOSIGNAL);
+                                                          close(client);
+        };
         const log_capture log(2);
-        EXPECT_EQ(facmsg_client_send(7, 4, payload, c.attempts), c.result);
-        EXPECT_EQ(log.text(), op + "Msg type:7, payload_size:4.\n" + c.log);
-        server.join();
+        EXPECT_EQ(facmsg_client_send(7, 4, payload, c.attempts), c.result) << c.name;
+        EXPECT_EQ(log.text(), op + "Msg type:7, payload_size:4.\n" + c.log) << c.name;
         close(listener);
-        EXPECT_EQ(request, frame(7, 4, "abcd"));
-        EXPECT_STREQ(payload, c.payload);
-        EXPECT_EQ(trace_count("wait 100000us"), c.polls);
-        EXPECT_EQ(trace_count(""), c.polls);
+        EXPECT_TRUE(c.polls == 0 || std::string(request, sizeof(request)) == frame(7, 4, "abcd"));
+        EXPECT_STREQ(payload, c.payload) << c.name;
+        EXPECT_EQ(polls, c.polls) << c.name;
     }
 }
 
-TEST(client, needs_a_service_in_its_own_folder)
+TEST(message, of_a_client_without_a_service_fails)
 {
-    const std::string op = "facmsg_client_send: ", no_service = op + "Connect service fail()ret:-1).\n";
-    start_service();
-    EXPECT_EQ(facmsg_client_send(19, 0, nullptr, 1), 0); /* an empty reply is as long as an empty request */
+    const temporary_folder folder;
     const log_capture log(1);
     EXPECT_EQ(facmsg_client_send(19, 4, nullptr, 1), -1);
-    simulation::fail_next("socket");
+    const int listener = factory_ssa_lib_socket_create();
+    world::fail("socket");
     EXPECT_EQ(facmsg_client_send(19, 0, nullptr, 1), -1);
-    const temporary_folder other;
+    close(listener);
     EXPECT_EQ(facmsg_client_send(19, 0, nullptr, 1), -1);
+    const std::string op = "<facmsg_client_send> ", no_service = op + "Connect service fail()ret:-1).\n";
     EXPECT_EQ(log.text(), op + "Msg format error.\n" + no_service + no_service);
 }

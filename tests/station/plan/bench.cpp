@@ -13,10 +13,9 @@ using nlohmann::json;
 
 std::string plan_with(const std::string &steps)
 {
-    return "name = \"test\"\nversion = \"1\"\nproduct = \"switch\"\n"
-           "[serial]\npattern = \"SW[0-9]{4}\"\n"
-           "[[panel]]\nname = \"RJ45\"\nports = \"1-24\"\n[[panel]]\nname = \"SFP+\"\nports = \"25-28\"\n" +
-           steps;
+    return "name = 'test'\nversion = '1'\nproduct = 'switch'\nserial = {pattern = 'SW[0-9]{4}'}\n"
+           "panel = [{name = 'RJ45', ports = '1-24'}, {name = 'SFP+', ports = '25-28'}]\nstep = [" +
+           steps + "]\n";
 }
 
 words plan_line(const std::string &folder, const std::string &plan, const words &options)
@@ -26,6 +25,13 @@ words plan_line(const std::string &folder, const std::string &plan, const words 
     if (std::ranges::find(options, "--results") == options.end())
         line.insert(line.end(), {"--results", folder + "/results"});
     line.insert(line.end(), options.begin(), options.end());
+    return line;
+}
+
+words steps_line(const std::string &folder, const std::string &steps, const words &options)
+{
+    words line = plan_line(folder, plan_with(steps), options);
+    line.insert(line.end(), {"--serial", "SW0001", "--operator", "O"});
     return line;
 }
 
@@ -48,7 +54,7 @@ std::vector<json> journal_of(const std::string &run)
     return lines;
 }
 
-static std::string told_by(const json &artifact)
+static std::string step_words(const json &artifact)
 {
     if (artifact.contains("testStepStart"))
         return artifact["testStepStart"]["name"];
@@ -66,18 +72,23 @@ static std::string told_by(const json &artifact)
     return "";
 }
 
+static std::string run_words(const json &artifact)
+{
+    if (artifact.contains("error"))
+        return artifact["error"]["message"].get<std::string>() + " ";
+    if (!artifact.contains("testRunEnd"))
+        return "";
+    const json &end = artifact["testRunEnd"];
+    return end["status"].get<std::string>() + " " + end["result"].get<std::string>();
+}
+
 std::string story_of(const std::string &run)
 {
     std::string story;
-    for (const json &line : journal_of(run)) {
-        if (line.contains("testStepArtifact"))
-            story += told_by(line["testStepArtifact"]);
-        else if (line.contains("testRunArtifact") && line["testRunArtifact"].contains("error"))
-            story += line["testRunArtifact"]["error"]["message"].get<std::string>() + " ";
-        else if (line.contains("testRunArtifact") && line["testRunArtifact"].contains("testRunEnd"))
-            story += line["testRunArtifact"]["testRunEnd"]["status"].get<std::string>() + " " +
-                     line["testRunArtifact"]["testRunEnd"]["result"].get<std::string>();
-    }
+    for (const json &line : journal_of(run))
+        story += line.contains("testStepArtifact")  ? step_words(line["testStepArtifact"])
+                 : line.contains("testRunArtifact") ? run_words(line["testRunArtifact"])
+                                                    : "";
     return story;
 }
 
@@ -87,7 +98,7 @@ std::string only_story(const std::string &folder)
     EXPECT_EQ(runs.size(), 1u);
     if (runs.size() != 1)
         return "";
-    const finished checked = run({"check", runs.front() + "/journal.jsonl"});
-    EXPECT_EQ(checked.code, 0) << checked;
+    const finished check = run({"check", runs.front() + "/journal.jsonl"});
+    EXPECT_EQ(check.code, 0) << check;
     return story_of(runs.front());
 }

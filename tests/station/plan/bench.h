@@ -9,11 +9,14 @@
 
 #include "programs.h"
 
-/* A plan of a unit with 28 ports, with the steps given. */
+/* A plan of a unit with 28 ports. Its steps are inline tables: "{request = 'poe', retries = 1}, {request = 'vop'}". */
 std::string plan_with(const std::string &steps);
 
-/* The command line that runs a plan, which is written into the folder, with its results there too. */
+/* The command line that runs a plan, which is written into the folder, with its results there too unless the options
+ * say where. */
 words plan_line(const std::string &folder, const std::string &plan, const words &options = {});
+/* The same for steps of a 28-port unit, with labels: nothing is asked. */
+words steps_line(const std::string &folder, const std::string &steps, const words &options = {});
 
 /* The folders of the runs, in order. */
 std::vector<std::string> runs_in(const std::string &folder);

@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+#
+# The simulated switch as a program: what wrong command lines are answered with, one host to a folder, the flow pressure
+# test, and its capture as another program reads it. Arguments: the host program, the station, and what runs them, if
+# anything. Exits with 77 when there is no tshark to read captures with; all else is tested then.
+set -euo pipefail
+simhost=("${@:3}" "$1") station=("${@:3}" "$2")
+
+folder=$(mktemp -d)
+switch=
+trap '[ -z "$switch" ] || kill "$switch"; rm -rf "$folder"' EXIT
+export WIRESHARK_CONFIG_DIR=$folder # nobody's own preferences
+
+refused() { # MESSAGE [OPTION]...
+    local status=0
+    timeout 10 "${simhost[@]}" --quiet --directory "$folder" "${@:2}" >"$folder/out" 2>"$folder/log" || status=$?
+    diff <(echo "facmsg-simhost: $1, 2") <(echo "$(<"$folder/log"), $status")
+}
+for pace in 0 0.009 1001 -1 1x nan; do
+    refused "--pace: found '$pace', expected max or a number from 0.01 to 1000" "--pace=$pace"
+done
+refused "--pace: found nothing, expected max or a number from 0.01 to 1000" --pace
+refused "--board: found more than one value, expected a board's name or a .toml file" --board a --board b
+refused "--list-boards: found a value, expected none" --list-boards=1
+refused "--list-boards: found beside --run-flow, expected one of the two" --list-boards --run-flow
+refused "--log-level: found '1x', expected a number: 0 silent, 1 errors, 2 traces" --log-level 1x
+refused "--drop-slot: found 'set_statu', did you mean set_status?" --drop-slot vlan --drop-slot set_statu
+refused "unknown option '--bord', did you mean --board?" --bord healthy-2
+refused "found 'x', expected options only; see --help" x
+refused "--boards-dir: found '$folder', expected a folder with boards" --boards-dir "$folder"
+refused "$folder/x.toml: no such file, expected a board file" --board "$folder/x.toml"
+refused "--pcap: found '$folder' (Is a directory), expected a file that can be written" --pcap "$folder"
+
+start_switch() { # OPTION...: returns once it serves requests
+    : >"$folder/log"
+    "${simhost[@]}" --board healthy-2 --directory "$folder" "$@" >"$folder/log" &
+    switch=$!
+    until grep -q '^ready' "$folder/log"; do
+        kill -0 "$switch"
+        sleep 0.05
+    done
+}
+
+stop_switch() { # the capture is whole once the switch has ended well
+    kill "$switch"
+    wait "$switch"
+    switch=
+}
+
+start_switch --pace 100 --drop-slot vlan
+diff - <(sed -n 2,5p "$folder/log") <<'END'
+ports: 2, cables and plugs: 1
+wires: line rate / 10000, at least 1 Mbit/s
+pace: 100 board seconds per second
+dropped slot: vlan
+END
+status=0
+timeout 10 "${simhost[@]}" --quiet --board healthy-2 --directory "$folder" 2>"$folder/second" || status=$?
+diff <(echo "facmsg-simhost: $folder: another host serves here already, 3") <(echo "$(<"$folder/second"), $status")
+"${station[@]}" --directory "$folder" factory-mode >/dev/null # and the first goes on
+stop_switch
+
+cat >"$folder/flow.toml" <<'END'
+rate_divisor = 1000000
+min_wire_mbps = 1
+cables = "1-4"
+ports = [{ ports = "1-4", copper_speeds = ["10M", "100M", "1G"], flags = ["any_speed", "auto_duplex"] }]
+faults = [{ kind = "fcs_errors", ports = 1, every = 10 }, { kind = "stuck_counter", ports = 3 }]
+END
+"${simhost[@]}" --quiet --board "$folder/flow.toml" --directory "$folder" --run-flow | tail -n 1 >"$folder/flow"
+grep -qF '"port_count": 4, "settings": [{"fail_stage": 9, "speed_codes": [1, 255, 3], "port_down": [], "port_fcs_err": [1], "port_cnt_err": [3, 4]}, ' "$folder/flow"
+
+command -v tshark >/dev/null || { echo "SKIPPED: tshark, which reads the captures, is not installed"; exit 77; }
+
+capture() { # SUBCOMMAND [OPTION]...: writes "source ethertype [VLAN] length" of every frame to the file "frames"
+    start_switch --pcap "$folder/frames.pcap"
+    "${station[@]}" --directory "$folder" "$@"
+    stop_switch
+    tshark -n -r "$folder/frames.pcap" -T fields -e eth.src -e eth.type -e vlan.id -e frame.len | tr -s '\t' ' ' \
+        >"$folder/frames"
+}
+
+counted() { uniq -c | sed 's/^ *//'; }
+
+stress_frames() { # VLAN PORT...: four patterns of each length from each port
+    local port length
+    for port in "${@:2}"; do
+        for length in 64 128 512 1518; do echo "4 f0:f1:f2:f3:f4:0$port 0x8100 $1 $length"; done
+    done
+}
+
+capture flow
+diff <(stress_frames 100 1 2) <(counted <"$folder/frames")
+capture broadcast-flow
+diff <(stress_frames 1 1) <(counted <"$folder/frames")
+# A packet test's frame is captured twice, as the CPU sends it and as it comes back; both ports take turns.
+capture packet --any-speed
+diff <(printf '1000 f0:f1:f2:f3:f4:0%d 0xf0f0 128\n' 1 2) <(sort "$folder/frames" | counted)
