@@ -48,11 +48,13 @@ stop_switch() { # the capture is whole once the switch has ended well
 }
 
 start_switch --pace 100 --drop-slot vlan --pcap /dev/full
-diff - <(sed -n 2,5p "$folder/log") <<'END'
+"${station[@]}" --directory "$folder" factory-mode >/dev/null
+diff - <(sed -n '2,5p; 7p' "$folder/log") <<'END'
 ports: 2, cables and plugs: 1
 wires: line rate / 10000, at least 1 Mbit/s
 pace: 100 board seconds per second
 dropped slot: vlan
+factory mode: 1
 END
 expected=3 refused "$folder: another host serves here already" --board healthy-2
 "${station[@]}" --directory "$folder" packet --any-speed >/dev/null # and the first goes on
