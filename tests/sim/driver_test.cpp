@@ -13,7 +13,6 @@
 #include "sim/driver/driver_table.h"
 
 using namespace sim;
-using namespace std::chrono_literals;
 
 static constexpr uint32_t FAR_END[] = {0x102, 0x101, 0x103}; /* phy ids, of two cabled ports and one with a plug */
 static std::counting_semaphore g_at_cpu(0);
@@ -44,7 +43,7 @@ static void expect_frames_at(double pace)
     }
     live.wait(100000);
     for (size_t i = 0; i < expected.size(); i++) /* handing over may lag behind the wall clock */
-        ASSERT_TRUE(g_at_cpu.try_acquire_for(5s));
+        ASSERT_TRUE(g_at_cpu.try_acquire_for(std::chrono::seconds(5)));
     EXPECT_EQ(std::exchange(g_frames, {}), expected);
 }
 
@@ -53,7 +52,7 @@ TEST(driver, delivers_the_same_at_every_pace)
     expect_frames_at(0);
     const auto start = std::chrono::steady_clock::now();
     expect_frames_at(2);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 200ms) << "400 ms of board time";
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200)) << "400 ms of board time";
 }
 
 TEST(driver, leaves_dropped_slots_empty)

@@ -2,6 +2,7 @@
  *
  * Plays the stories of boards.txt, whose head says how they are written.
  */
+#include <cmath>
 #include <cstring>
 #include <deque>
 #include <fstream>
@@ -76,7 +77,7 @@ template <class P> static P argument(words &left, std::deque<place> &places)
             at.size = sizeof(T);
             at.part = std::is_integral_v<T> ? sizeof(T) : std::is_same_v<T, ex_speed_support> ? 1 : sizeof(uint32_t);
         } else {
-            for (size_t i = 0; i < sizeof(T) / sizeof(uint32_t) && !is_empty(left); i++)
+            for (size_t i = 0; i * sizeof(uint32_t) < sizeof(T) && !is_empty(left); i++)
                 at.content[i] = take_number(left);
         }
         return reinterpret_cast<P>(at.bytes);
@@ -144,7 +145,7 @@ struct stage {
         FACMSG_SLOTS(CALL)
 #undef CALL
         if (verb == "at")
-            live.wait(static_cast<time_us>(std::stod(take(left)) * 1000 + 0.5) - switched.clock.now());
+            live.wait(static_cast<time_us>(std::llround(std::stod(take(left)) * 1000)) - switched.clock.now());
         if (verb == "pass")
             live.wait(time_us{take_number(left)} * 1000);
         if (verb == "send")
