@@ -2,10 +2,7 @@
  *
  * Driver calls for all listed ports.
  */
-#include "stress_ports.h"
-
-#include "facmsg_internal.h"
-#include "stress_frames.h"
+#include "stress.h"
 
 constexpr uint32_t DEFAULT_VLAN = 1;
 

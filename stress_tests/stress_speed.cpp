@@ -2,9 +2,7 @@
  *
  * Which speed code each kind of port gets, and setting it.
  */
-#include "stress_speed.h"
-
-#include "facmsg_internal.h"
+#include "stress.h"
 
 constexpr uint8_t NO_EX_COPPER = 255;
 

@@ -14,8 +14,7 @@
 #include <unistd.h>
 
 #include "packet/transmit.h"
-#include "stress_tests/stress_ports.h"
-#include "stress_tests/stress_stat.h"
+#include "stress_tests/stress.h"
 #include "world.h"
 
 namespace
