@@ -214,11 +214,11 @@ TEST_F(requests, go_on_after_accept_fails)
 TEST_F(registration, says_why_its_socket_cannot_be_created)
 {
     const auto descriptors = open_descriptors();
-    for (const std::string function : {"socket", "bind", "listen"}) {
+    for (const char *function : {"socket", "bind", "listen"}) {
         const log_capture log(1);
         world::fail(function);
         EXPECT_EQ(factory_ssa_lib_socket_create(), -1);
-        const std::string what = function == "socket" ? "create socket" : function + " socket[" FACMSG_SOCKET_PATH "]";
+        const std::string what = *function == 's' ? "create socket" : function + std::string(" socket[" FACMSG_SOCKET_PATH "]");
         EXPECT_EQ(log.text(), "<factory_ssa_lib_socket_create> " + what + " fail, errno=Too many open files\n");
     }
     EXPECT_EQ(open_descriptors(), descriptors);
