@@ -138,6 +138,7 @@ class Cases:
                 if line.text[0] not in "!." or level >= {"!": 1, ".": 2}[line.text[0]]:
                     self.stories.append(self.event_row(line).replace("{" + empty + "}", "(nil)"))
                 level = level if line.log_level is None else line.log_level
+            self.stories.append("end\t1 0 0\tnothing more")
 
     def event_row(self, line):
         call = re.fullmatch(r"(\w+)\((\d*).*\)", line.text)

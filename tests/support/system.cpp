@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -107,7 +108,7 @@ std::string log_capture::text() const
 
 extern "C" {
 
-int __wrap_printf(const char *format, ...)
+[[gnu::format(printf, 1, 2)]] int __wrap_printf(const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
@@ -117,7 +118,7 @@ int __wrap_printf(const char *format, ...)
 }
 
 /* The same, in a build that checks the sizes of buffers. */
-int __wrap___printf_chk(int, const char *format, ...)
+[[gnu::format(printf, 2, 3)]] int __wrap___printf_chk(int, const char *format, ...)
 {
     va_list arguments;
     va_start(arguments, format);

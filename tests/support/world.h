@@ -11,9 +11,8 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
-#include <mutex>
+#include <span>
 #include <string>
-#include <vector>
 
 #include "facmsg.h"
 
@@ -21,19 +20,19 @@ struct driver_call {
     /* A word, bytes (count of size 1), or an output: `count` values of `size` bytes each. */
     struct argument_row {
         int64_t word;
-        const void *bytes = nullptr;
-        void *output = nullptr;
-        size_t size = 0, count = 0;
+        const void *bytes;
+        void *output;
+        size_t size, count;
     };
-    const char *slot;
-    uint32_t port; /* or phy id of a frame; 0 without */
+    const char *slot = nullptr;
+    uint32_t port = 0; /* or phy id of a frame; 0 without */
     size_t argument_count = 0;
-    argument_row arguments[8] = {};
+    argument_row arguments[8];
 
     /* "slot(1,2)": the words and bytes handed over, without outputs. */
     std::string text() const;
     /* Writes these values to the outputs in turn, and 0 where there are no more. */
-    void write(const std::vector<uint64_t> &values) const;
+    void write(std::span<const uint64_t> values) const;
 };
 
 namespace world
@@ -41,8 +40,8 @@ namespace world
 
 /* What a driver call does and returns; at first it writes zeros and succeeds. */
 extern std::function<int(const driver_call &)> &on_call;
-/* If set, told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker file,
- * which is never touched. */
+/* If set, told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker
+ * file, which is never touched. */
 extern std::function<void(const std::string &)> &on_event;
 
 /* A table of functions that lead to on_call. */

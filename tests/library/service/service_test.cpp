@@ -3,6 +3,7 @@
  * The service over its socket: its start by registration, whole requests, broken ones, and clients that die or fall
  * silent. Each case needs a process of its own, which ctest gives it.
  */
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstring>
@@ -218,7 +219,8 @@ TEST_F(registration, says_why_its_socket_cannot_be_created)
         const log_capture log(1);
         world::fail(function);
         EXPECT_EQ(factory_ssa_lib_socket_create(), -1);
-        const std::string what = *function == 's' ? "create socket" : function + std::string(" socket[" FACMSG_SOCKET_PATH "]");
+        const std::string what =
+            *function == 's' ? "create socket" : function + std::string(" socket[" FACMSG_SOCKET_PATH "]");
         EXPECT_EQ(log.text(), "<factory_ssa_lib_socket_create> " + what + " fail, errno=Too many open files\n");
     }
     EXPECT_EQ(open_descriptors(), descriptors);
@@ -241,7 +243,7 @@ TEST_F(requests, run_beside_receiving_and_registering_threads)
         const pack_info info = {0, 0, call.port};
         if (strcmp(call.slot, "send_packet") == 0)
             vexa_recv_packet(&info, static_cast<const uint8_t *>(frame.bytes), static_cast<uint32_t>(frame.count));
-        call.write({call.port == 1 ? FACMSG_ABILITY_ANY_SPEED : 0, 1}); /* or phy id and link */
+        call.write(std::array<uint64_t, 2>{call.port == 1 ? FACMSG_ABILITY_ANY_SPEED : 0, 1}); /* or phy id and link */
         return 0;
     };
     std::thread threads[] = {std::thread(receive, 0x10000), std::thread(receive, 0x10020), std::thread([&] {
