@@ -126,7 +126,7 @@ class Cases:
             names, slots = (words.split() for words in part.split(":"))
             for name, slot in ((name, slot) for name in names for slot in slots):
                 story = [(f"empty {slot} ; ask {name}", place)] + body
-                self.tell(f"{name} without {slot}", story, {"way": name.rpartition("_")[2]}, slot)
+                self.tell(f"{name} without {slot}", story, {"name": name, "way": name.rpartition("_")[2]}, slot)
 
     def tell(self, name, body, values, empty="-"):
         lines = self.expand_all(body, values)
