@@ -1,6 +1,5 @@
 /* SPDX-License-Identifier: MIT */
 #include <cstring>
-#include <map>
 #include <string_view>
 
 #include "internal/facmsg_slots.h"
@@ -125,11 +124,11 @@ bool empty_slot(const std::string &slot)
 std::string name_of(uintptr_t address)
 {
     static const vexa_diag_drv table = driver_table();
-    static const std::map<uintptr_t, std::string> names = {
-#define NAME(index, name, port) {reinterpret_cast<uintptr_t>(table.name), #name},
-        FACMSG_SLOTS(NAME)};
-    const auto name = names.find(address);
-    return name != names.end() ? name->second : address != 0 && address == latest_allocation ? "pointer" : "";
+#define NAME(index, name, port)                             \
+    if (address == reinterpret_cast<uintptr_t>(table.name)) \
+        return #name;
+    FACMSG_SLOTS(NAME)
+    return address != 0 && address == latest_allocation ? "pointer" : "";
 }
 
 } // namespace world

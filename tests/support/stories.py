@@ -22,13 +22,12 @@ def numbers(text):
 
 class Request:
     def __init__(self, type_, reply_type, operation, size, *fields):
-        self.type, self.reply_type, self.operation, self.fields, offset = int(type_), int(reply_type), operation, {}, 0
+        self.type, self.reply_type, self.operation, self.fields, self.size = int(type_), int(reply_type), operation, {}, 0
         for field in fields:
-            name, size_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
-            self.fields[name] = offset, int(size_ or 4), int(count or 1)
-            offset += int(size_ or 4) * int(count or 1)
-        self.size = offset
-        assert offset == int(size), f"the fields of {operation} make up {offset} bytes"
+            name, bytes_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
+            self.fields[name] = self.size, int(bytes_ or 4), int(count or 1)
+            self.size += int(bytes_ or 4) * int(count or 1)
+        assert self.size == int(size), f"the fields of {operation} make up {self.size} bytes"
 
     def payload(self, payload, assignments):
         payload = bytearray(payload)
