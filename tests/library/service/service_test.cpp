@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -20,6 +21,9 @@ static const std::string INCOMPLETE = frame(22, 0), UNKNOWN = frame(21, 0),
 static const vexa_diag_drv EMPTY = {};
 
 static void other() {}
+
+/* Of the driver's records only this one is no row of words in the stories. */
+static_assert(offsetof(pack_info, phy_id) == 4 && sizeof(vexa_diag_drv) == 217 * sizeof(void *));
 
 struct registration : testing::Test {
     registration()
@@ -43,6 +47,7 @@ struct registration : testing::Test {
 
 TEST_F(registration, of_an_empty_table_starts_the_service_of_none_does_not)
 {
+    EXPECT_EQ(facmsg_dbg, 0);
     const log_capture log(1);
     add(nullptr, -1, EMPTY);
     EXPECT_EQ(log.text(), op + "Invalid vexa diag drv.\n");
