@@ -64,8 +64,7 @@ def single_out(lines, start, nth):
     """Makes the nth event that starts so a line of its own; its position."""
     for at, line in enumerate(lines):
         if line.text.startswith(start) and nth <= line.count:
-            parts = [replace(line, count=count) for count in (nth - 1, 1, line.count - nth) if count]
-            lines[at:at + 1] = parts
+            lines[at:at + 1] = [replace(line, count=count) for count in (nth - 1, 1, line.count - nth) if count]
             return at + (nth > 1)
         nth -= line.count if line.text.startswith(start) else 0
     raise ValueError("nothing starts with: " + start)
@@ -100,7 +99,9 @@ class Cases:
                 sys.exit(f"{place}: {header}: {error!r}")
 
     def take_request(self, text, *_):
-        self.requests[text.split()[0]] = Request(*text.split()[1:])
+        """Several that share a record have commas between their names, types, types of replies and operations."""
+        for name, *head in zip(*(words.split(",") for words in text.split()[:4])):
+            self.requests[name] = Request(*head, *text.split()[4:])
 
     def take_always(self, text, _, place):
         line = line_of(text, place)
@@ -225,8 +226,7 @@ class Cases:
             pattern = line_of(rest, place)
             if verb == "then":
                 more = self.expand(rest, place, {})
-                lines[at:at] = more
-                at += len(more)
+                lines[at:at], at = more, at + len(more)
             elif verb == "without":
                 lines = [line for line in lines if not line.text.startswith(pattern.text)]
                 at = len(lines)

@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * The receive hook's table of ports. Each case needs a free one, hence a process of its own, which
- * ctest gives it.
+ * The receive hook's table of ports. Each case needs a free one, hence a process of its own, which ctest gives it.
  */
 #include <algorithm>
 #include <atomic>
