@@ -21,8 +21,8 @@ def numbers(text):
 
 
 class Request:
-    def __init__(self, type_, reply_type, operation, size, *fields):
-        self.type, self.reply_type, self.operation, self.fields, self.size = int(type_), int(reply_type), operation, {}, 0
+    def __init__(self, type_, reply, operation, size, *fields):
+        self.type, self.reply_type, self.operation, self.fields, self.size = int(type_), int(reply), operation, {}, 0
         for field in fields:
             name, bytes_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
             self.fields[name] = self.size, int(bytes_ or 4), int(count or 1)
@@ -110,7 +110,7 @@ class Cases:
     def take_def(self, text, body, place):
         head, _, line = (text + " ").partition(": ")
         name, *parameters = head.split()
-        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line.strip(), place)]
+        self.procedures[name] = [word.partition("=")[::2] for word in parameters], body or [(line.strip(), place)]
 
     def take_case(self, name, body, _):
         """A table at its beginning makes each row a story of its own."""
@@ -194,7 +194,8 @@ class Cases:
         request = self.request = self.requests[name]
         fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:5] != "fill=")
         self.sent = request.payload(bytes(request.size), fields)
-        yield Line(place, f"ask {name} {struct.pack('<II', request.type, request.size).hex()}{self.sent.hex()}")
+        frame = struct.pack("<II", request.type, request.size) + self.sent
+        yield Line(place, f"ask {name} {frame.hex()}")
 
     def reply(self, place, *fields):
         if fields == ("none",):
@@ -207,14 +208,14 @@ class Cases:
     def scan(self, place, style, *ports):
         """Asks 256 ports: those named can do this (3=0x10/0) or cannot be asked (4=!-2), the others can do nothing."""
         abilities = {port: ability for word in ports for head, ability in [word.split("=")] for port in numbers(head)}
-        operation = self.request.operation
+        operation, grave = self.request.operation, "!" if style == "stress" else "."
         for port in range(1, 257):
             ability, _, fault = abilities.get(port, "0/0").partition("!")
             copper, fiber = (int(word, 0) for word in (ability or "0/0").split("/"))
             outputs = [7, 7] if fault else [copper, fiber]
             yield Line(place, f"get_ability(6,{port})", 1, int(fault or 0), outputs)
             if fault:
-                yield Line(place, f"{'!' if style == 'stress' else '.'} <{operation}> Get port{port} ability fail(ret = {fault}).")
+                yield Line(place, f"{grave} <{operation}> Get port{port} ability fail(ret = {fault}).")
             if style != "quiet":
                 yield Line(place, f". <{operation}> Get port {port} ability copper:0x{copper:x} fiber:0x{fiber:x} .")
 
