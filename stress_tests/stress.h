@@ -122,7 +122,7 @@ int vexa_ess_serpentine_vlan(uint32_t unit, const uint32_t *ports, uint32_t coun
 /* A VLAN for each pair of ports by membership and PVID. -1 when the driver lacks either. No test calls it. */
 int vexa_port_pvid(uint32_t unit, const uint32_t *ports, uint32_t count, uint8_t enable);
 
-/* ---- Frames: lengths in bytes, without the FCS; a pattern is PATTERN_SIZE bytes and repeats to the frame's end ---- */
+/* ---- Frames: lengths in bytes, without the FCS; a pattern of PATTERN_SIZE bytes repeats to the frame's end ---- */
 
 constexpr uint32_t PATTERN_SIZE = 8;
 constexpr uint8_t SERPENTINE_MAC[6] = {0xF0, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};

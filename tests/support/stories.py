@@ -192,7 +192,7 @@ class Cases:
 
     def ask(self, place, name, *fields):
         request = self.request = self.requests[name]
-        fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:5] != "fill=")
+        fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:4] != "fill")
         self.sent = request.payload(bytes(request.size), fields)
         frame = struct.pack("<II", request.type, request.size) + self.sent
         yield Line(place, f"ask {name} {frame.hex()}")

@@ -1,7 +1,9 @@
 # The library as one object file whose calls of these functions lead into the world around it. Everybody else's, and
 # those of the world itself, stay as they are.
-add_library(facmsg_world OBJECT ${CMAKE_CURRENT_LIST_DIR}/driver.cpp ${CMAKE_CURRENT_LIST_DIR}/system.cpp)
-target_include_directories(facmsg_world PRIVATE ${CMAKE_SOURCE_DIR}/include)
+if(NOT TARGET facmsg_world)
+    add_library(facmsg_world OBJECT ${CMAKE_CURRENT_LIST_DIR}/driver.cpp ${CMAKE_CURRENT_LIST_DIR}/system.cpp)
+    target_include_directories(facmsg_world PRIVATE ${CMAKE_SOURCE_DIR}/include)
+endif()
 set(wrapped)
 foreach(function printf __printf_chk sleep usleep gettimeofday malloc calloc free system unlink
         socket bind listen accept4 pthread_create)
