@@ -14,7 +14,7 @@
 #ifndef STRESS_TESTS_STRESS_H
 #define STRESS_TESTS_STRESS_H
 
-#include "facmsg_internal.h"
+#include "facmsg.h"
 
 constexpr unsigned ON_SETTLE_S = 2;      /* after the ports are switched on */
 constexpr unsigned TRAFFIC_S = 30;       /* while frames circulate */

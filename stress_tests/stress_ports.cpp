@@ -4,6 +4,8 @@
  */
 #include "stress.h"
 
+#include "facmsg_internal.h"
+
 constexpr uint32_t DEFAULT_VLAN = 1;
 
 void vexa_clear_port_stat(uint32_t unit, const uint32_t *ports, uint32_t count)

@@ -4,6 +4,8 @@
  */
 #include "stress.h"
 
+#include "facmsg_internal.h"
+
 constexpr uint8_t NO_EX_COPPER = 255;
 
 enum speed_code : uint8_t { COPPER_1 = 1, COPPER_2 = 2, SPEED_1G = 3, SPEED_10G = 4, SPEED_2500M = 12, SPEED_5G = 13 };
