@@ -6,7 +6,7 @@
 #include <sys/time.h>
 
 #include "packet/transmit.h"
-#include "stress_tests/stress_frames.h"
+#include "stress_tests/stress.h"
 
 /* The library's clock: each reading is a minute after the last, so that a sender that waits for time sends one burst.
  */

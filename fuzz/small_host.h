@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-/* Fills the library's driver table and silences standard output. Once. */
+/* Fills the library's driver table. Once. */
 void small_host_start();
 
 /* Forgets what the last input did. An odd plan turns all logging on, and the driver call numbered half the plan fails.

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "receive.h"
 #include "service/scoped.h"
 #include "test_ports.h"
 

@@ -6,7 +6,7 @@
  * with its used flag. An open-addressed index leads from a port to its row in constant time; a row enters it right
  * after it was claimed, and until then is found by looking through the rows.
  */
-#include "receive.h"
+#include "fpga.h"
 
 #include <array>
 #include <atomic>

@@ -2,7 +2,7 @@
  *
  * Power states and overload, port by port.
  */
-#include "poe_checks.h"
+#include "poe.h"
 
 #include "facmsg_internal.h"
 

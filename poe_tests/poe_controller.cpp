@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "poe_group.h"
+#include "poe.h"
 
 static_assert(sizeof(poe_mcu_upgrade_reply) == 4 && sizeof(poe_mcu_ver_reply) == 12);
 static_assert(sizeof(vop_test_reply) == 2316);

@@ -2,12 +2,11 @@
  *
  * The procedure that all PoE tests share.
  */
-#include "poe_group.h"
+#include "poe.h"
 
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "poe_checks.h"
 
 constexpr int OVERLOAD_ATTEMPTS = 3;
 constexpr unsigned OVERLOAD_PAUSE_S = 10;

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "poe_group.h"
+#include "poe.h"
 
 static_assert(sizeof(poe_test_reply) == 2828);
 static_assert(offsetof(poe_test_reply, state_code) == 268 && offsetof(poe_test_reply, pd_class) == 1292);

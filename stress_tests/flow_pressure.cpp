@@ -8,10 +8,7 @@
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "stress_frames.h"
-#include "stress_ports.h"
-#include "stress_stat.h"
-#include "stress_steps.h"
+#include "stress.h"
 
 static_assert(sizeof(flow_pressure_reply) == 2340);
 static_assert(offsetof(flow_pressure_reply, speed_codes) == 24 && offsetof(flow_pressure_reply, port_down) == 33);

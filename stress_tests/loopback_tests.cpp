@@ -8,10 +8,7 @@
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "stress_frames.h"
-#include "stress_ports.h"
-#include "stress_stat.h"
-#include "stress_steps.h"
+#include "stress.h"
 
 static_assert(sizeof(ess_flow_reply) == 3860);
 static_assert(offsetof(ess_flow_reply, speed_codes) == 16 && offsetof(ess_flow_reply, port_down) == 19);

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "packet/test_ports.h"
-#include "stress_steps.h"
+#include "stress.h"
 
 static_assert(sizeof(prbs_test_reply) == 1040 && offsetof(prbs_test_reply, prbs_status) == 16);
 static_assert(int{FACMSG_PRBS_STAGE_SPEED} == int{FACMSG_STAGE_SPEED}); /* as the shared steps note them */

@@ -2,7 +2,7 @@
  *
  * Building stress frames byte by byte, and sending them.
  */
-#include "stress_frames.h"
+#include "stress.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,7 +11,6 @@
 
 #include "packet/test_ports.h"
 #include "service/scoped.h"
-#include "stress_ports.h"
 
 constexpr uint8_t BROADCAST_MAC[6] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
 constexpr uint32_t ADDRESSES_SIZE = 12;

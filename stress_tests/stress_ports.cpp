@@ -2,10 +2,9 @@
  *
  * Driver calls for all listed ports.
  */
-#include "stress_ports.h"
+#include "stress.h"
 
 #include "facmsg_internal.h"
-#include "stress_frames.h"
 
 constexpr uint32_t DEFAULT_VLAN = 1;
 

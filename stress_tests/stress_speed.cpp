@@ -2,7 +2,7 @@
  *
  * Which speed code each kind of port gets, and setting it.
  */
-#include "stress_speed.h"
+#include "stress.h"
 
 #include "facmsg_internal.h"
 

@@ -2,10 +2,9 @@
  *
  * Reading and comparing the counters of the listed ports.
  */
-#include "stress_stat.h"
+#include "stress.h"
 
 #include "packet/test_ports.h"
-#include "stress_ports.h"
 
 using ull = unsigned long long;
 

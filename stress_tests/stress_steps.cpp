@@ -2,14 +2,13 @@
  *
  * From ports in any state to stable links.
  */
-#include "stress_steps.h"
+#include "stress.h"
 
 #include <cstdlib>
 #include <unistd.h>
 
 #include "packet/test_ports.h"
 #include "service/scoped.h"
-#include "stress_ports.h"
 
 constexpr int LINK_ATTEMPTS = 12;
 constexpr int HOLD_CHECKS = 8;

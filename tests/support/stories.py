@@ -21,14 +21,13 @@ def numbers(text):
 
 
 class Request:
-    def __init__(self, type_, reply_type, operation, size, *fields):
-        self.type, self.reply_type, self.operation, self.fields, offset = int(type_), int(reply_type), operation, {}, 0
+    def __init__(self, type_, reply, operation, size, *fields):
+        self.type, self.reply_type, self.operation, self.fields, self.size = int(type_), int(reply), operation, {}, 0
         for field in fields:
-            name, size_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
-            self.fields[name] = offset, int(size_ or 4), int(count or 1)
-            offset += int(size_ or 4) * int(count or 1)
-        self.size = offset
-        assert offset == int(size), f"the fields of {operation} make up {offset} bytes"
+            name, bytes_, count = re.fullmatch(r"(\w+)(?:/(\d))?(?:\[(\d+)\])?", field).groups()
+            self.fields[name] = self.size, int(bytes_ or 4), int(count or 1)
+            self.size += int(bytes_ or 4) * int(count or 1)
+        assert self.size == int(size), f"the fields of {operation} make up {self.size} bytes"
 
     def payload(self, payload, assignments):
         payload = bytearray(payload)
@@ -51,7 +50,6 @@ class Line:
     count: int = 1
     result: int = 0
     outputs: list = None
-    log_level: int = None  # what it sets it to
 
 
 def line_of(text, place):
@@ -66,8 +64,7 @@ def single_out(lines, start, nth):
     """Makes the nth event that starts so a line of its own; its position."""
     for at, line in enumerate(lines):
         if line.text.startswith(start) and nth <= line.count:
-            parts = [replace(line, count=count) for count in (nth - 1, 1, line.count - nth) if count]
-            lines[at:at + 1] = parts
+            lines[at:at + 1] = [replace(line, count=count) for count in (nth - 1, 1, line.count - nth) if count]
             return at + (nth > 1)
         nth -= line.count if line.text.startswith(start) else 0
     raise ValueError("nothing starts with: " + start)
@@ -84,15 +81,16 @@ class Cases:
         self.requests, self.answers, self.procedures, self.stories = {}, {}, {}, []
 
     def read(self, path):
-        with open(path, encoding="utf-8") as file:
-            text = re.sub(r"\\\n *", "\0", file.read())
-        blocks, number = [], 1
-        for line in text.split("\n"):
-            place, number = f"{path.rsplit('/', 1)[-1]}:{number}", number + 1 + line.count("\0")
-            if line.startswith(" ") and line.lstrip()[:1] not in ("", "#"):
-                blocks[-1][2].append((line.strip().replace("\0", ""), place))
-            elif line.strip() and not line.lstrip().startswith("#"):
-                blocks.append((line.replace("\0", ""), place, []))
+        blocks, before = [], ""
+        for number, line in enumerate(open(path, encoding="utf-8"), 1):
+            line, place = before + (line.strip() if before else line.rstrip()), f"{path.rsplit('/', 1)[-1]}:{number}"
+            before = line[:-1] if line.endswith("\\") else ""
+            if before or line.lstrip()[:1] in ("", "#"):
+                continue
+            if line[0] == " ":
+                blocks[-1][2].append((line.strip(), place))
+            else:
+                blocks.append((line, place, []))
         for header, place, body in blocks:
             try:
                 word, _, rest = header.partition(" ")
@@ -101,8 +99,9 @@ class Cases:
                 sys.exit(f"{place}: {header}: {error!r}")
 
     def take_request(self, text, *_):
-        name, *parts = text.split()
-        self.requests[name] = Request(*parts)
+        """Several that share a record have commas between their names, types, types of replies and operations."""
+        for name, *head in zip(*(words.split(",") for words in text.split()[:4])):
+            self.requests[name] = Request(*head, *text.split()[4:])
 
     def take_always(self, text, _, place):
         line = line_of(text, place)
@@ -111,7 +110,7 @@ class Cases:
     def take_def(self, text, body, place):
         head, _, line = (text + " ").partition(": ")
         name, *parameters = head.split()
-        self.procedures[name] = [parameter.partition("=")[::2] for parameter in parameters], body or [(line.strip(), place)]
+        self.procedures[name] = [word.partition("=")[::2] for word in parameters], body or [(line.strip(), place)]
 
     def take_case(self, name, body, _):
         """A table at its beginning makes each row a story of its own."""
@@ -127,7 +126,7 @@ class Cases:
             names, slots = (words.split() for words in part.split(":"))
             for name, slot in ((name, slot) for name in names for slot in slots):
                 story = [(f"empty {slot} ; ask {name}", place)] + body
-                self.tell(f"{name} without {slot}", story, {"way": name.rpartition("_")[2]}, slot)
+                self.tell(f"{name} without {slot}", story, {"name": name, "way": name.rpartition("_")[2]}, slot)
 
     def tell(self, name, body, values, empty="-"):
         lines = self.expand_all(body, values)
@@ -137,7 +136,9 @@ class Cases:
             for line in lines:
                 if line.text[0] not in "!." or level >= {"!": 1, ".": 2}[line.text[0]]:
                     self.stories.append(self.event_row(line).replace("{" + empty + "}", "(nil)"))
-                level = level if line.log_level is None else line.log_level
+                if line.text.startswith("ask log_level"):
+                    level = int.from_bytes(bytes.fromhex(line.text[-16:-8]), "little", signed=True)
+            self.stories.append("end\t1 0 0\tnothing more")
 
     def event_row(self, line):
         call = re.fullmatch(r"(\w+)\((\d*).*\)", line.text)
@@ -155,11 +156,9 @@ class Cases:
 
     @staticmethod
     def substitute(text, values):
-        def add(match):
-            value = sum(map(int, re.findall(r"[+-]?\d+", match[1])))
-            return f"{value & 255:02x}" if match[2] else str(value)
         text = re.sub(r"\$(\w+)|\$\{(\w+)\}", lambda m: values.get(m[1] or m[2], m[0]), text)
-        return re.sub(r"\{([\d+-]+)(:x2)?\}", add, text)
+        text = re.sub(r"\{(\d+):x2\}", lambda m: f"{int(m[1]) & 255:02x}", text)
+        return re.sub(r"\{([\d+-]+)\}", lambda m: str(sum(map(int, re.findall(r"[+-]?\d+", m[1])))), text)
 
     def expand(self, text, place, values):
         if " ;; " in text:
@@ -183,14 +182,8 @@ class Cases:
         words = self.words(text)
         if words[0] in ("!", "."):
             text = text if text[2:3] == "<" else f"{text[0]} <{self.request.operation}> {text[2:]}"
-        elif words[0] == "scan":
-            return list(self.scan(place, *words[1:]))
-        elif words[0] == "ask":
-            return [self.ask(place, *words[1:])]
-        elif words == ["reply", "none"]:
-            text = "reply "
-        elif words[0] == "reply":
-            return list(self.reply(place, words[1:]))
+        elif words[0] in ("scan", "ask", "reply"):
+            return list(getattr(self, words[0])(place, *words[1:]))
         elif words[0] in self.procedures:
             parameters, body = self.procedures[words[0]]
             arguments = words[1:] + [default for _, default in parameters[len(words) - 1:]]
@@ -199,30 +192,32 @@ class Cases:
 
     def ask(self, place, name, *fields):
         request = self.request = self.requests[name]
-        fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:5] != "fill=")
+        fields = sorted([f for f in ["unit=6"] if "unit" in request.fields] + list(fields), key=lambda f: f[:4] != "fill")
         self.sent = request.payload(bytes(request.size), fields)
-        level = struct.unpack("<i", self.sent[:4])[0] if name == "log_level" else None
-        return Line(place, f"ask {name} {struct.pack('<II', request.type, request.size).hex()}{self.sent.hex()}", log_level=level)
+        frame = struct.pack("<II", request.type, request.size) + self.sent
+        yield Line(place, f"ask {name} {frame.hex()}")
 
-    def reply(self, place, fields):
+    def reply(self, place, *fields):
+        if fields == ("none",):
+            yield Line(place, "reply ")
+            return
         payload, type_ = self.request.payload(self.sent, fields), self.request.reply_type
         yield Line(place, f". <facmsg_send> Msg type:{type_}, payload_size:{len(payload)}.")
         yield Line(place, f"reply {struct.pack('<II', type_, len(payload)).hex()}{payload.hex()}")
 
     def scan(self, place, style, *ports):
         """Asks 256 ports: those named can do this (3=0x10/0) or cannot be asked (4=!-2), the others can do nothing."""
-        abilities = {str(port): ability for word in ports for head, _, ability in [word.partition("=")] for port in numbers(head)}
-        operation = self.request.operation
+        abilities = {port: ability for word in ports for head, ability in [word.split("=")] for port in numbers(head)}
+        operation, grave = self.request.operation, "!" if style == "stress" else "."
         for port in range(1, 257):
-            ability = abilities.get(str(port), "0/0")
-            words = [0, 0] if ability[0] == "!" else [int(word, 0) for word in ability.split("/")]
-            if ability[0] == "!":
-                yield line_of(f"get_ability(6,{port}) = {ability[1:]} -> 7,7", place)
-                yield Line(place, f"{'!' if style == 'stress' else '.'} <{operation}> Get port{port} ability fail(ret = {ability[1:]}).")
-            else:
-                yield Line(place, f"get_ability(6,{port})", outputs=words)
+            ability, _, fault = abilities.get(port, "0/0").partition("!")
+            copper, fiber = (int(word, 0) for word in (ability or "0/0").split("/"))
+            outputs = [7, 7] if fault else [copper, fiber]
+            yield Line(place, f"get_ability(6,{port})", 1, int(fault or 0), outputs)
+            if fault:
+                yield Line(place, f"{grave} <{operation}> Get port{port} ability fail(ret = {fault}).")
             if style != "quiet":
-                yield Line(place, f". <{operation}> Get port {port} ability copper:0x{words[0]:x} fiber:0x{words[1]:x} .")
+                yield Line(place, f". <{operation}> Get port {port} ability copper:0x{copper:x} fiber:0x{fiber:x} .")
 
     def modified(self, lines, modifiers, place):
         """until, after, but, without and then: see docs/library_tests.md."""
@@ -232,8 +227,7 @@ class Cases:
             pattern = line_of(rest, place)
             if verb == "then":
                 more = self.expand(rest, place, {})
-                lines[at:at] = more
-                at += len(more)
+                lines[at:at], at = more, at + len(more)
             elif verb == "without":
                 lines = [line for line in lines if not line.text.startswith(pattern.text)]
                 at = len(lines)

@@ -1,146 +1,58 @@
 /* SPDX-License-Identifier: MIT */
-#include <algorithm>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
-#include <utility>
 
 #include "world.h"
-
-namespace
-{
-
-/* How many calls are left until one fails. */
-struct {
-    const std::string_view function;
-    std::atomic<int> calls;
-} orders[] = {{"allocation", 0}, {"gettimeofday", 0}, {"pthread_create", 0}, {"socket", 0},
-              {"bind", 0},       {"listen", 0},       {"accept4", 0}};
-
-bool ordered_to_fail(std::string_view function)
-{
-    for (auto &order : orders)
-        if (order.function == function && order.calls > 0 && --order.calls == 0)
-            return errno = EMFILE, true;
-    return false;
-}
-
-int wait(uint64_t us)
-{
-    world::clock_us += us;
-    world::on_event("wait " + (us % 1000000 == 0 ? std::to_string(us / 1000000) + "s" : std::to_string(us) + "us"));
-    return 0;
-}
-
-} // namespace
 
 namespace world
 {
 
-std::function<void(const std::string &)> &on_event =
-    *new std::function<void(const std::string &)>([](const std::string &) {});
+std::function<void(const std::string &)> &on_event = *new std::function<void(const std::string &)>();
 std::atomic<uint64_t> clock_us = 1000000;
+std::atomic<int> calls_to_failure;
 std::atomic<int> live_allocations;
 std::atomic<uintptr_t> latest_allocation;
 std::atomic<size_t> failed_allocation;
 
-void fail(std::string_view function, int nth)
-{
-    for (auto &order : orders)
-        if (order.function == function)
-            order.calls = nth;
-}
+static std::atomic<const char *> failing = "";
 
-bool failure_pending()
+void fail(const char *function, int nth)
 {
-    return std::ranges::any_of(orders, [](const auto &order) { return order.calls > 0; });
+    failing = function;
+    calls_to_failure = nth;
 }
 
 } // namespace world
 
-extern "C" {
-
-void *__real_calloc(size_t count, size_t size);
-void __real_free(void *memory);
-int __real_unlink(const char *path);
-
-unsigned __wrap_sleep(unsigned seconds)
+static bool fails(const char *function)
 {
-    return static_cast<unsigned>(wait(seconds * UINT64_C(1000000)));
+    if (world::calls_to_failure == 0 || strcmp(world::failing, function) != 0 || --world::calls_to_failure > 0)
+        return false;
+    errno = EMFILE;
+    return true;
 }
 
-int __wrap_usleep(useconds_t us)
+static int wait(uint64_t us)
 {
-    return wait(us);
-}
-
-int __wrap_gettimeofday(timeval *now, void *)
-{
-    *now = {static_cast<time_t>(world::clock_us / 1000000), static_cast<suseconds_t>(world::clock_us % 1000000)};
-    return ordered_to_fail("gettimeofday") ? -1 : 0;
-}
-
-void *__wrap_calloc(size_t count, size_t size)
-{
-    if (ordered_to_fail("allocation")) {
-        world::failed_allocation = count * size;
-        return nullptr;
-    }
-    world::live_allocations++;
-    void *const memory = __real_calloc(count, size);
-    world::latest_allocation = reinterpret_cast<uintptr_t>(memory);
-    return memory;
-}
-
-void *__wrap_malloc(size_t size)
-{
-    void *const memory = __wrap_calloc(1, size);
-    return memory == nullptr ? nullptr : memset(memory, 0xA5, size); /* nobody is to rely on zeros */
-}
-
-void __wrap_free(void *memory)
-{
-    world::live_allocations -= memory != nullptr;
-    __real_free(memory);
-}
-
-int __wrap_system(const char *command)
-{
-    world::on_event(std::string("system(") + command + ")");
+    world::clock_us += us;
+    if (world::on_event)
+        world::on_event("wait " + (us % 1000000 == 0 ? std::to_string(us / 1000000) + "s" : std::to_string(us) + "us"));
     return 0;
-}
-
-int __wrap_unlink(const char *path)
-{
-    if (path[0] != '/')
-        return __real_unlink(path);
-    world::on_event(std::string("unlink(") + path + ")");
-    return 0;
-}
-
-#define FAILS_ON_ORDER(function, parameters, arguments)                       \
-    int __real_##function parameters;                                         \
-    int __wrap_##function parameters                                          \
-    {                                                                         \
-        return ordered_to_fail(#function) ? -1 : __real_##function arguments; \
-    }
-FAILS_ON_ORDER(socket, (int domain, int type, int protocol), (domain, type, protocol))
-FAILS_ON_ORDER(bind, (int fd, const sockaddr *address, socklen_t length), (fd, address, length))
-FAILS_ON_ORDER(listen, (int fd, int backlog), (fd, backlog))
-FAILS_ON_ORDER(accept4, (int fd, sockaddr *address, socklen_t *length, int flags), (fd, address, length, flags))
-FAILS_ON_ORDER(pthread_create, (pthread_t * thread, const pthread_attr_t *attr, void *(*run)(void *), void *arg),
-               (thread, attr, run, arg))
 }
 
 /* ---- The log ---- */
 
-namespace
-{
+static std::mutex log_mutex;
+static log_capture *capture;
 
-std::string plain_line(std::string line)
+static std::string plain_line(std::string line)
 {
     char operation[64], file[64];
     int number = 0, end = 0;
@@ -159,41 +71,121 @@ std::string plain_line(std::string line)
     return whole ? text : text + "\\c";
 }
 
-} // namespace
-
-ssize_t log_capture::write(void *self, const char *bytes, size_t size)
+[[gnu::format(printf, 1, 0)]] static int print(const char *format, va_list arguments)
 {
-    const auto capture = static_cast<log_capture *>(self);
-    const std::string text(bytes, size);
-    for (size_t from = 0, end; from < size; from = end) {
-        end = std::min(text.find("[FACTORY <", from + 1), size);
-        capture->on_line(plain_line(text.substr(from, end - from)));
-    }
-    return static_cast<ssize_t>(size);
+    char *line = nullptr;
+    const int size = vasprintf(&line, format, arguments);
+    const std::lock_guard lock(log_mutex);
+    if (capture != nullptr)
+        capture->on_line(plain_line(line));
+    free(line);
+    return size;
 }
 
-log_capture::log_capture(int level, receiver to) : on_line(std::move(to)), real_stdout(stdout)
+log_capture::log_capture(int level, receiver to) : on_line(std::move(to))
 {
     if (!on_line)
-        on_line = [this](const std::string &line) {
-            const std::lock_guard lock(mutex);
-            caught += line + "\n";
-        };
-    fflush(stdout);
-    stdout = fopencookie(this, "w", {nullptr, write, nullptr, nullptr});
-    setvbuf(stdout, nullptr, _IOLBF, 1 << 16);
+        on_line = [this](const std::string &line) { caught += line + "\n"; };
+    const std::lock_guard lock(log_mutex);
+    capture = this;
     std::atomic_ref(facmsg_dbg).store(level);
 }
 
 log_capture::~log_capture()
 {
+    const std::lock_guard lock(log_mutex);
+    capture = nullptr;
     std::atomic_ref(facmsg_dbg).store(0);
-    fclose(std::exchange(stdout, real_stdout));
 }
 
 std::string log_capture::text() const
 {
-    fflush(stdout);
-    const std::lock_guard lock(mutex);
+    const std::lock_guard lock(log_mutex);
     return caught;
+}
+
+/* ---- What the library calls in place of the system ---- */
+
+extern "C" {
+
+/* The second stands for it in a build that checks the sizes of buffers. */
+#define PRINTS(name, at, ...)                                                                  \
+    [[gnu::format(printf, at, at + 1)]] int __wrap_##name(__VA_ARGS__ const char *format, ...) \
+    {                                                                                          \
+        va_list arguments;                                                                     \
+        va_start(arguments, format);                                                           \
+        const int size = print(format, arguments);                                             \
+        va_end(arguments);                                                                     \
+        return size;                                                                           \
+    }
+PRINTS(printf, 1)
+PRINTS(__printf_chk, 2, int, )
+
+unsigned __wrap_sleep(unsigned seconds)
+{
+    return static_cast<unsigned>(wait(seconds * UINT64_C(1000000)));
+}
+
+int __wrap_usleep(useconds_t us)
+{
+    return wait(us);
+}
+
+int __wrap_gettimeofday(timeval *now, void *)
+{
+    *now = {static_cast<time_t>(world::clock_us / 1000000), static_cast<suseconds_t>(world::clock_us % 1000000)};
+    return fails("gettimeofday") ? -1 : 0;
+}
+
+void *__wrap_calloc(size_t count, size_t size)
+{
+    if (fails("allocation")) {
+        world::failed_allocation = count * size;
+        return nullptr;
+    }
+    world::live_allocations++;
+    void *const memory = calloc(count, size);
+    world::latest_allocation = reinterpret_cast<uintptr_t>(memory);
+    return memory;
+}
+
+void *__wrap_malloc(size_t size)
+{
+    void *const memory = __wrap_calloc(1, size);
+    return memory == nullptr ? nullptr : memset(memory, 0xA5, size); /* nobody is to rely on zeros */
+}
+
+void __wrap_free(void *memory)
+{
+    world::live_allocations -= memory != nullptr;
+    free(memory);
+}
+
+int __wrap_system(const char *command)
+{
+    if (world::on_event)
+        world::on_event(std::string("system(") + command + ")");
+    return 0;
+}
+
+int __wrap_unlink(const char *path)
+{
+    if (path[0] != '/')
+        return unlink(path);
+    if (world::on_event)
+        world::on_event(std::string("unlink(") + path + ")");
+    return 0;
+}
+
+#define FAILS_ON_ORDER(function, parameters, arguments)    \
+    int __wrap_##function parameters                       \
+    {                                                      \
+        return fails(#function) ? -1 : function arguments; \
+    }
+FAILS_ON_ORDER(socket, (int domain, int type, int protocol), (domain, type, protocol))
+FAILS_ON_ORDER(bind, (int fd, const sockaddr *address, socklen_t length), (fd, address, length))
+FAILS_ON_ORDER(listen, (int fd, int backlog), (fd, backlog))
+FAILS_ON_ORDER(accept4, (int fd, sockaddr *address, socklen_t *length, int flags), (fd, address, length, flags))
+FAILS_ON_ORDER(pthread_create, (pthread_t * thread, const pthread_attr_t *attr, void *(*run)(void *), void *arg),
+               (thread, attr, run, arg))
 }

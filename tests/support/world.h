@@ -1,21 +1,18 @@
 /* SPDX-License-Identifier: MIT
  *
  * The world around the library, for its tests and fuzz targets: a driver whose functions all lead to one place, the
- * log, and the operating system. The linker leads waits, clock, allocations, and calls that have to fail on order, here
- * (--wrap); what is not ordered to fail goes on to the real function. One world a process; hooks run on the thread that
- * makes the call, and are set while nothing runs.
+ * log, and the operating system. The linker leads the library's printf, waits, clock, allocations, and calls that have
+ * to fail on order, here (--wrap); what is not ordered to fail goes on to the real function. One world a process; hooks
+ * run on the thread that makes the call, and are set while nothing runs.
  */
 #ifndef TESTS_SUPPORT_WORLD_H
 #define TESTS_SUPPORT_WORLD_H
 
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
-#include <mutex>
+#include <span>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "facmsg.h"
 
@@ -23,19 +20,19 @@ struct driver_call {
     /* A word, bytes (count of size 1), or an output: `count` values of `size` bytes each. */
     struct argument_row {
         int64_t word;
-        const void *bytes = nullptr;
-        void *output = nullptr;
-        size_t size = 0, count = 0;
+        const void *bytes;
+        void *output;
+        size_t size, count;
     };
-    const char *slot;
-    uint32_t port; /* or phy id of a frame; 0 without */
+    const char *slot = nullptr;
+    uint32_t port = 0; /* or phy id of a frame; 0 without */
     size_t argument_count = 0;
-    argument_row arguments[8] = {};
+    argument_row arguments[8];
 
     /* "slot(1,2)": the words and bytes handed over, without outputs. */
     std::string text() const;
     /* Writes these values to the outputs in turn, and 0 where there are no more. */
-    void write(const std::vector<uint64_t> &values) const;
+    void write(std::span<const uint64_t> values) const;
 };
 
 namespace world
@@ -43,8 +40,8 @@ namespace world
 
 /* What a driver call does and returns; at first it writes zeros and succeeds. */
 extern std::function<int(const driver_call &)> &on_call;
-/* Told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker file, which
- * is never touched. */
+/* If set, told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker
+ * file, which is never touched. */
 extern std::function<void(const std::string &)> &on_event;
 
 /* A table of functions that lead to on_call. */
@@ -58,9 +55,8 @@ std::string name_of(uintptr_t address);
 extern std::atomic<uint64_t> clock_us;
 /* The nth call of this function from now on fails, with EMFILE: allocation, gettimeofday, pthread_create, socket, bind,
  * listen, accept4. */
-void fail(std::string_view function, int nth = 1);
-/* Whether such an order still waits for its call. */
-bool failure_pending();
+void fail(const char *function, int nth = 1);
+extern std::atomic<int> calls_to_failure; /* how many are left */
 /* What was allocated and not freed, the address of the latest, the bytes of one that failed. */
 extern std::atomic<int> live_allocations;
 extern std::atomic<uintptr_t> latest_allocation;
@@ -71,7 +67,7 @@ extern std::atomic<size_t> failed_allocation;
 /* Bytes in hex. */
 std::string hex(const void *bytes, size_t size);
 
-/* Sets the log level, and standard output aside, for as long as it lives. */
+/* Sets the log level and gets every line of the log, for as long as it lives. */
 class log_capture
 {
   public:
@@ -86,13 +82,10 @@ class log_capture
      * ASCII text stand as "\x0d"; "\c" at the end: the line has none. */
     std::string text() const;
 
-  private:
-    static ssize_t write(void *self, const char *bytes, size_t size);
+    receiver on_line; /* never on two threads at once */
 
-    mutable std::mutex mutex;
+  private:
     std::string caught;
-    receiver on_line;
-    FILE *const real_stdout;
 };
 
 #endif

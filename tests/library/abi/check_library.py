@@ -38,7 +38,7 @@ if not sanitizers:
     imports = output(nm, "-D", "--undefined-only")
     expect("__stack_chk_fail" in imports, "without a guard of its stack")
     ways = re.findall(r"GNU C\+\+.*", output(readelf, "-p", ".GCC.command.line"))
-    expect(ways and all("-fstack-protector-strong" in way and "-fno-exceptions" in way for way in ways), f"compiled: {ways}")
+    expect(ways and all("-fstack-protector-strong" in way and "-fno-exceptions" in way for way in ways), str(ways))
     if int(optimised):
         expect(re.search("__(v?f?printf|memcpy|read)_chk", imports), "without checks of buffers' sizes")
         size = sum(int(size, 16) for size, flags in segments if "W" not in flags)
