@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * Writes the journal of a run as it happens.
- */
+/* SPDX-License-Identifier: MIT */
 #include "journal.h"
 
 #include <cerrno>
@@ -15,8 +12,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "journal_lines.h"
 #include "journal_text.h"
-#include "wording.h"
 
 namespace journal
 {

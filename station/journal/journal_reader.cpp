@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: MIT
  *
- * Trusts nothing: members that are missing or of another type are empty.
+ * What the lines of a journal say, one by one. What they come to together is in run_record.
  */
-#include "journal_reader.h"
+#include "journal_lines.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -18,50 +18,16 @@
 namespace journal
 {
 
-namespace
-{
-
-using nlohmann::json;
-
-const json &member(const json &object, const char *name)
-{
-    const json none;
-    const auto found = object.is_object() ? object.find(name) : object.end();
-    return object.is_object() && found != object.end() ? *found : none;
-}
-
-std::string text_of(const json &value)
-{
-    return value.is_string() ? common::printable(value.get_ref<const std::string &>()) : "";
-}
-
-std::string text_at(const json &object, const char *name)
-{
-    return text_of(member(object, name));
-}
-
-common::value value_at(const json &object, const char *name)
-{
-    const json &value = member(object, name);
-    return value.is_string() ? common::value(text_of(value)) : common::value::of(value);
-}
-
 constexpr int most_port = 9999;
 
-int64_t count_at(const json &object, const char *name, int64_t otherwise)
+static int64_t count_at(const json &object, const char *name, int64_t otherwise)
 {
     const json &value = member(object, name);
     return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
 }
 
-moment moment_at(const json &object, const char *name)
-{
-    const std::string text = text_at(object, name);
-    return {text, parse_timestamp(text)};
-}
-
 /* The number at the end of a location such as 7 or PORT7, which can be no more than a few digits long. */
-int port_number(const std::string &location)
+static int port_number(const std::string &location)
 {
     constexpr size_t most_digits = 4;
     const size_t begin = location.find_last_not_of("0123456789") + 1;
@@ -70,7 +36,7 @@ int port_number(const std::string &location)
 }
 
 /* A list with commas between the names. */
-std::vector<std::string> names_in(const std::string &list)
+static std::vector<std::string> names_in(const std::string &list)
 {
     std::vector<std::string> names;
     std::istringstream items(list);
@@ -321,7 +287,7 @@ void reader::end(attempt &step, const json &content)
         step.summary = step.notes.back();
 }
 
-json parsed(const text_line &line, const std::string &file)
+static json parsed(const text_line &line, const std::string &file)
 {
     json value = json::parse(common::printable(line.text), nullptr, false);
     const bool is_first = line.number == 1;
@@ -331,8 +297,6 @@ json parsed(const text_line &line, const std::string &file)
         throw no_journal(fmt::format("{}:1: no schemaVersion, so this is no journal", file));
     return value;
 }
-
-} // namespace
 
 run_choice read_lines(std::string_view text, const std::string &file, run_record &run)
 {

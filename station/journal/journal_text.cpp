@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * A journal as it lies on the disk: text of one JSON object a line.
+ * Of a line's values: trusts nothing, members that are missing or of another type are empty.
  */
 #include "journal_text.h"
 
@@ -9,8 +9,11 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "common/file.h"
+#include "common/text.h"
+#include "journal_lines.h"
 
 namespace journal
 {
@@ -77,6 +80,81 @@ std::optional<int64_t> parse_timestamp(std::string_view text)
     const auto seconds = std::chrono::sys_days(day).time_since_epoch() + std::chrono::hours(hour) +
                          std::chrono::minutes(minute) + std::chrono::seconds(second);
     return std::chrono::milliseconds(seconds).count() + part(20, 3);
+}
+
+const json &member(const json &object, const char *name)
+{
+    static const json none;
+    const auto found = object.is_object() ? object.find(name) : object.end();
+    return object.is_object() && found != object.end() ? *found : none;
+}
+
+static std::string text_of(const json &value)
+{
+    return value.is_string() ? common::printable(value.get_ref<const std::string &>()) : "";
+}
+
+std::string text_at(const json &object, const char *name)
+{
+    return text_of(member(object, name));
+}
+
+common::value value_at(const json &object, const char *name)
+{
+    const json &value = member(object, name);
+    return value.is_string() ? common::value(text_of(value)) : common::value::of(value);
+}
+
+moment moment_at(const json &object, const char *name)
+{
+    const std::string text = text_at(object, name);
+    return {text, parse_timestamp(text)};
+}
+
+std::string raw_text_at(const json &object, const char *name)
+{
+    const auto value = object.find(name);
+    return value != object.end() && value->is_string() ? value->get<std::string>() : "";
+}
+
+/* The endings of the names, longest first, and the type with which each counts. */
+struct ending {
+    diagnosis_ending as;
+    common::verdict verdict;
+};
+constexpr ending endings[] = {
+    {{"-fail-retried", "UNKNOWN"}, verdict::retried},
+    {{"-not-tested", "UNKNOWN"}, verdict::not_tested},
+    {{"-unknown", "UNKNOWN"}, verdict::unjudged},
+    {{"-pass", "PASS"}, verdict::pass},
+    {{"-fail", "FAIL"}, verdict::fail},
+    /* of other programs */
+    {{"", "PASS"}, verdict::pass},
+    {{"", "FAIL"}, verdict::fail},
+    {{"", ""}, verdict::unjudged},
+};
+
+diagnosis_name read_diagnosis(std::string_view name, std::string_view type)
+{
+    for (const auto &[known, verdict] : endings)
+        if (name.ends_with(known.text) && (known.type == type || known.type.empty()))
+            return {std::string(name.substr(0, name.size() - known.text.size())), verdict};
+    return {std::string(name), verdict::unjudged};
+}
+
+diagnosis_ending ending_of(verdict verdict)
+{
+    const auto *row = std::ranges::find(endings, verdict, &ending::verdict);
+    return row != std::end(endings) ? row->as : ending_of(verdict::unjudged);
+}
+
+run_result read_result(std::string_view status, std::string_view result)
+{
+    if (status == "COMPLETE" && result == "PASS")
+        return run_result::pass;
+    if (status == "COMPLETE" && result == "FAIL")
+        return run_result::fail;
+    return status == "SKIP" && result == "NOT_APPLICABLE" ? run_result::unjudged : run_result::no_verdict;
 }
 
 } // namespace journal

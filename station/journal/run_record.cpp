@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * What the lines of a journal come to together.
- */
+/* SPDX-License-Identifier: MIT */
 #include "run_record.h"
 
 #include <algorithm>
@@ -9,8 +6,7 @@
 #include <map>
 
 #include "common/text.h"
-#include "journal_check.h"
-#include "journal_reader.h"
+#include "journal_lines.h"
 #include "journal_text.h"
 
 namespace journal
@@ -147,6 +143,13 @@ std::optional<double> time_of(const attempt &tried)
 bool passed_by_retry(const attempt &tried)
 {
     return tried.verdict == verdict::pass && tried.number > 1;
+}
+
+verdict prevailing(verdict a, verdict b)
+{
+    const bool judged_by_one =
+        (a == verdict::pass && b == verdict::unjudged) || (a == verdict::unjudged && b == verdict::pass);
+    return judged_by_one ? verdict::pass : common::worse(a, b);
 }
 
 } // namespace journal

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "common/check.h"
-#include "wording.h"
 
 namespace journal
 {
@@ -84,6 +83,9 @@ std::optional<double> time_of(const attempt &tried);
 
 /* Whether the step passed after attempts that failed. */
 bool passed_by_retry(const attempt &tried);
+
+/* What counts of two checks of one thing: the worse; but a check that nothing judges takes no pass from another. */
+verdict prevailing(verdict a, verdict b);
 
 } // namespace journal
 

@@ -18,7 +18,6 @@
 #include "common/text.h"
 #include "findings.h"
 #include "reports.h"
-#include "station/journal/journal_check.h"
 #include "station/journal/journal_text.h"
 
 namespace reports
