@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports

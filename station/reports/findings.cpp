@@ -1,8 +1,5 @@
-/* SPDX-License-Identifier: MIT
- *
- * What the reports have in common: what failed, what the station could not do, and numbers and times in words.
- */
-#include "findings.h"
+/* SPDX-License-Identifier: MIT */
+#include "report_parts.h"
 
 #include <algorithm>
 #include <fmt/format.h>

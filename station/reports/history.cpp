@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * What many runs come to: yield, why units fail, and how long it takes.
- */
+/* SPDX-License-Identifier: MIT */
 #include "history.h"
 
 #include <algorithm>
@@ -10,7 +7,7 @@
 #include <set>
 
 #include "common/text.h"
-#include "findings.h"
+#include "report_parts.h"
 #include "station/journal/journal_text.h"
 
 namespace reports

@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 
 #include "common/text.h"
-#include "findings.h"
 #include "history.h"
+#include "report_parts.h"
 
 namespace reports
 {

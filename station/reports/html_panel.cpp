@@ -5,9 +5,8 @@
  */
 #include <algorithm>
 
-#include "findings.h"
 #include "page_data.h"
-#include "port_state.h"
+#include "report_parts.h"
 
 namespace reports
 {

@@ -4,8 +4,8 @@
  */
 #include <stdexcept>
 
-#include "findings.h"
 #include "page_data.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports

@@ -9,7 +9,7 @@
 #include <set>
 #include <span>
 
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports

@@ -1,14 +1,9 @@
-/* SPDX-License-Identifier: MIT
- *
- * What is known of each port of the front panel.
- */
-#include "port_state.h"
+/* SPDX-License-Identifier: MIT */
+#include "report_parts.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
-
-#include "findings.h"
 
 namespace reports
 {

@@ -2,8 +2,6 @@
  *
  * What the program does with journals that are there already.
  */
-#include "report_tools.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -16,7 +14,8 @@
 #include "common/program.h"
 #include "common/terminal.h"
 #include "common/text.h"
-#include "findings.h"
+#include "history.h"
+#include "report_parts.h"
 #include "reports.h"
 #include "station/journal/journal_text.h"
 

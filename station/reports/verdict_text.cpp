@@ -8,7 +8,7 @@
 
 #include "common/terminal.h"
 #include "common/text.h"
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports

@@ -8,7 +8,7 @@
 
 #include "sample_runs.h"
 #include "station/reports/history.h"
-#include "station/reports/report_tools.h"
+#include "station/reports/reports.h"
 
 namespace
 {

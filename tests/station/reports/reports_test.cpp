@@ -15,8 +15,7 @@
 
 #include "sample_runs.h"
 #include "station/journal/journal_text.h"
-#include "station/reports/port_state.h"
-#include "station/reports/report_tools.h"
+#include "station/reports/report_parts.h"
 #include "station/reports/reports.h"
 
 namespace
