@@ -71,7 +71,7 @@ static std::string timestamp(std::chrono::sys_time<std::chrono::milliseconds> ti
 
 writer::writer(const std::filesystem::path &run_dir, clock_source clock)
     : run_dir_(run_dir), clock_(std::move(clock)),
-      fd_(open((run_dir / file_name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
+      fd_(open((run_dir / FILE_NAME).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
 {
     if (fd_ < 0)
         fail(reason_of(errno));
@@ -91,7 +91,7 @@ void writer::fail(const std::string &reason)
     if (fd_ >= 0)
         close(fd_);
     fd_ = -1;
-    refuse("write", run_dir_ / file_name, reason);
+    refuse("write", run_dir_ / FILE_NAME, reason);
 }
 
 void writer::write_line(const char *kind, const ordered_json &content)

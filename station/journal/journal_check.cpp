@@ -216,7 +216,7 @@ void stream_checker::run_end(const std::string &, const json &content)
     if (result == "PASS" && failed)
         add("the run passed, but a diagnosis is FAIL");
     if (result == "PASS" && partial)
-        add(partial_pass);
+        add(PARTIAL_PASS);
     for (const auto &[step, open] : steps)
         if (open)
             add("step " + named(step) + " has not ended");

@@ -26,6 +26,12 @@ const json &member(const json &object, const char *name);
 std::string text_at(const json &object, const char *name);
 common::value value_at(const json &object, const char *name);
 moment moment_at(const json &object, const char *name);
+/* A whole number from 1 to 999999. */
+int64_t count_at(const json &object, const char *name, int64_t otherwise);
+/* A list with commas between the names. */
+std::vector<std::string> names_at(const json &object, const char *name);
+/* The number at the end of a location such as 7 or PORT7, which can be no more than a few digits long; or 0. */
+int port_number_at(const json &object, const char *name);
 
 /* A diagnosis has a name such as overload-fail-retried, and a type: PASS, FAIL or UNKNOWN. */
 struct diagnosis_name {

@@ -9,7 +9,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <sstream>
 
 #include "common/text.h"
 #include "journal.h"
@@ -19,31 +18,6 @@ namespace journal
 {
 
 constexpr int most_port = 9999;
-
-static int64_t count_at(const json &object, const char *name, int64_t otherwise)
-{
-    const json &value = member(object, name);
-    return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
-}
-
-/* The number at the end of a location such as 7 or PORT7, which can be no more than a few digits long. */
-static int port_number(const std::string &location)
-{
-    constexpr size_t most_digits = 4;
-    const size_t begin = location.find_last_not_of("0123456789") + 1;
-    const size_t digits = location.size() - begin;
-    return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
-}
-
-/* A list with commas between the names. */
-static std::vector<std::string> names_in(const std::string &list)
-{
-    std::vector<std::string> names;
-    std::istringstream items(list);
-    for (std::string name; std::getline(items, name, ',');)
-        names.push_back(name);
-    return names;
-}
 
 class reader
 {
@@ -136,8 +110,8 @@ void reader::run_start(const json &begin)
     run.version = text_at(begin, "version");
     run.plan_file = text_at(parameters, "plan");
     run.plan_sha256 = text_at(parameters, "plan_sha256");
-    choice.only = names_in(text_at(parameters, "only"));
-    choice.skipped = names_in(text_at(parameters, "skip"));
+    choice.only = names_at(parameters, "only");
+    choice.skipped = names_at(parameters, "skip");
     run.partial = !choice.only.empty() || !choice.skipped.empty();
     run.product = text_at(unit, "name");
     run.operator_name = text_at(metadata, "operator");
@@ -153,7 +127,7 @@ void reader::hardware(const json &info)
 {
     const std::string id = text_at(info, "hardwareInfoId");
     const std::string name = text_at(info, "name");
-    const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number(text_at(info, "location"))};
+    const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number_at(info, "location")};
     if (run.serial.empty())
         run.serial = text_at(info, "serialNumber");
     const bool is_new = places.emplace(id, part).second;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "common/file.h"
 #include "common/text.h"
@@ -109,6 +110,30 @@ moment moment_at(const json &object, const char *name)
 {
     const std::string text = text_at(object, name);
     return {text, parse_timestamp(text)};
+}
+
+int64_t count_at(const json &object, const char *name, int64_t otherwise)
+{
+    const json &value = member(object, name);
+    return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
+}
+
+int port_number_at(const json &object, const char *name)
+{
+    const std::string location = text_at(object, name);
+    constexpr size_t most_digits = 4;
+    const size_t begin = location.find_last_not_of("0123456789") + 1;
+    const size_t digits = location.size() - begin;
+    return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
+}
+
+std::vector<std::string> names_at(const json &object, const char *name)
+{
+    std::vector<std::string> names;
+    std::istringstream items(text_at(object, name));
+    for (std::string item; std::getline(items, item, ',');)
+        names.push_back(item);
+    return names;
 }
 
 std::string raw_text_at(const json &object, const char *name)

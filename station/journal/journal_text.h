@@ -16,7 +16,7 @@
 namespace journal
 {
 
-constexpr const char *file_name = "journal.jsonl";
+constexpr const char *FILE_NAME = "journal.jsonl";
 
 /* what() is the path and why. */
 struct unreadable_file : std::runtime_error {
@@ -40,7 +40,7 @@ std::vector<text_line> lines_of(std::string_view text);
 std::optional<int64_t> parse_timestamp(std::string_view text);
 
 /* A run of a part of the plan may not end as one of the whole. */
-constexpr const char *partial_pass = "the run passed, but steps of its plan were left out; expected SKIP";
+constexpr const char *PARTIAL_PASS = "the run passed, but steps of its plan were left out; expected SKIP";
 
 struct problem {
     size_t line; /* from 1 */

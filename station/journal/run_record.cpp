@@ -102,7 +102,7 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
         return;
     const check_outcome found = check_journal(text);
     const auto first =
-        std::ranges::find_if(found.problems, [](const problem &one) { return one.sentence != partial_pass; });
+        std::ranges::find_if(found.problems, [](const problem &one) { return one.sentence != PARTIAL_PASS; });
     if (first == found.problems.end())
         return;
     run.errors.push_back(
@@ -113,7 +113,7 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
 
 run_record read_run(const std::filesystem::path &run_dir)
 try {
-    const auto file = run_dir / file_name;
+    const auto file = run_dir / FILE_NAME;
     const std::string text = read_text(file);
     run_record run;
     conclude(run, read_lines(text, file.string(), run));

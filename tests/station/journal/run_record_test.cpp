@@ -87,7 +87,7 @@ std::string refusal_of(const std::string &text)
         return "";
     } catch (const journal::no_journal &why) {
         const std::string sentence = why.what();
-        return sentence.substr(sentence.find(journal::file_name) + std::string_view(journal::file_name).size());
+        return sentence.substr(sentence.find(journal::FILE_NAME) + std::string_view(journal::FILE_NAME).size());
     }
 }
 

@@ -210,7 +210,7 @@ run_folders::~run_folders()
 std::filesystem::path write_run(const std::filesystem::path &folder, const std::string &story)
 {
     std::filesystem::create_directories(folder);
-    std::filesystem::remove(folder / journal::file_name);
+    std::filesystem::remove(folder / journal::FILE_NAME);
     story_teller teller(folder);
     for (const std::string &item : items_of(story)) {
         const size_t sign = item.find('=');
@@ -229,7 +229,7 @@ std::filesystem::path write_run(const std::filesystem::path &folder, const std::
 std::string journal_of(const std::string &story)
 {
     const run_folders folder;
-    return journal::read_text(write_run(folder.path, story) / journal::file_name);
+    return journal::read_text(write_run(folder.path, story) / journal::FILE_NAME);
 }
 
 journal::run_record record_of(const std::string &story)
@@ -240,7 +240,7 @@ journal::run_record record_of(const std::string &story)
 journal::run_record record_in(const std::string &text)
 {
     const run_folders folder;
-    std::ofstream(folder.path / journal::file_name) << text;
+    std::ofstream(folder.path / journal::FILE_NAME) << text;
     return journal::read_run(folder.path);
 }
 
