@@ -30,7 +30,7 @@ own, wider = Schema(schemas / "journal.schema.json"), Schema(schemas / "format.s
 with tempfile.TemporaryDirectory() as folder:
     subprocess.run([sys.argv[2], folder], check=True)
     journals = {path.parent.name: path.read_text() for path in pathlib.Path(folder).glob("*/journal.jsonl")}
-foreign = {"hostile", "unexplained"}  # what no plan and no station says
+foreign = {"hostile", "mixed"}  # what no plan and no station says
 lines = [line for name, journal in journals.items() if name not in foreign for line in journal.splitlines()]
 journals["other program"] = pathlib.Path(__file__).with_name("foreign.jsonl").read_text()
 faults = [*own.problems(lines), *wider.problems("".join(journals.values()).splitlines())]

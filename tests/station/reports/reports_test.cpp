@@ -186,13 +186,14 @@ TEST(reports, say_of_a_run_what_they_have_to)
     }
 }
 
-/* The exit code, and the first line of the page. */
+/* The exit code, and the first line of the page; what JUnit says at last. */
 TEST(reports, say_how_a_run_ended)
 {
     for (const auto &row : read_rows(ENDINGS)) {
         const run_record run = record_of(row.at(0));
         const std::string page = page_view(run), line = page.substr(0, page.find('\n'));
         EXPECT_EQ(fmt::format("{} {}", static_cast<int>(reports::exit_code_of(run)), line), row.at(1)) << row[0];
+        EXPECT_TRUE(row.size() < 3 || ("\n" + junit_view(run)).ends_with("\n" + row[2] + "\n")) << junit_view(run);
     }
 }
 
