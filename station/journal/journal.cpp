@@ -142,26 +142,26 @@ static ordered_json validator(const common::limit &limit)
     return content;
 }
 
-void writer::measurement(const std::string &step_id, const common::check &measured)
+void writer::measurement(const std::string &step_id, const common::check &check)
 {
-    if (measured.value.is_empty() || !measured.value.is_finite())
+    if (check.value.is_empty() || !check.value.is_finite())
         return;
-    ordered_json content{{"name", measured.name}, {"value", measured.value.json()}};
-    if (!measured.unit.empty())
-        content["unit"] = measured.unit;
-    for (const common::limit &limit : measured.limits)
+    ordered_json content{{"name", check.name}, {"value", check.value.json()}};
+    if (!check.unit.empty())
+        content["unit"] = check.unit;
+    for (const common::limit &limit : check.limits)
         content["validators"].push_back(validator(limit));
-    add_place(content, measured.where);
+    add_place(content, check.where);
     step_artifact(step_id, "measurement", content);
 }
 
-void writer::diagnosis(const std::string &step_id, const common::check &judged)
+void writer::diagnosis(const std::string &step_id, const common::check &check)
 {
-    const diagnosis_ending ending = ending_of(judged.verdict);
-    ordered_json content{{"verdict", fmt::format("{}{}", judged.name, ending.text)}, {"type", ending.type}};
-    if (!judged.sentence.empty())
-        content["message"] = judged.sentence;
-    add_place(content, judged.where);
+    const diagnosis_ending ending = ending_of(check.verdict);
+    ordered_json content{{"verdict", fmt::format("{}{}", check.name, ending.text)}, {"type", ending.type}};
+    if (!check.sentence.empty())
+        content["message"] = check.sentence;
+    add_place(content, check.where);
     step_artifact(step_id, "diagnosis", content);
 }
 

@@ -15,31 +15,32 @@
 namespace journal
 {
 
-static std::string named(const std::string &id)
+static std::string in_quotes(const std::string &id)
 {
     return '"' + id + '"';
 }
 
-constexpr size_t most_nested = 64;
+constexpr size_t MOST_NESTED = 64;
 
 /* The path to a null, or nothing. Deeper objects than any artifact has are not searched. */
 static std::string find_null(const json &value, const std::string &path, size_t depth = 0)
 {
     if (value.is_null())
         return path;
-    if (!value.is_structured() || depth > most_nested)
+    if (!value.is_structured() || depth > MOST_NESTED)
         return "";
     for (const auto &[name, inner] : value.items())
-        if (std::string found = find_null(inner, fmt::format("{}{}{}", path, path.empty() ? "" : ".", name), depth + 1);
-            !found.empty())
-            return found;
+        if (std::string null_path =
+                find_null(inner, fmt::format("{}{}{}", path, path.empty() ? "" : ".", name), depth + 1);
+            !null_path.empty())
+            return null_path;
     return "";
 }
 
 struct end_pair {
     std::string_view status, result;
 };
-constexpr end_pair end_pairs[] = {
+constexpr end_pair END_PAIRS[] = {
     {"COMPLETE", "PASS"}, {"COMPLETE", "FAIL"}, {"ERROR", "NOT_APPLICABLE"}, {"SKIP", "NOT_APPLICABLE"}};
 
 class stream_checker
@@ -137,7 +138,7 @@ void stream_checker::check_version(const json &line)
 void stream_checker::check_artifact(const json &artifact, bool of_step)
 {
     const std::string step = of_step ? raw_text_at(artifact, "testStepId") : "";
-    const size_t found = artifact.size() - artifact.count("testStepId");
+    const size_t count = artifact.size() - artifact.count("testStepId");
     for (const auto &[name, content] : artifact.items()) {
         if (!content.is_object())
             continue;
@@ -149,23 +150,23 @@ void stream_checker::check_artifact(const json &artifact, bool of_step)
         if (of_step)
             measurements.check(step, name, content);
     }
-    if (found != 1)
-        add(fmt::format("has {} artifacts; expected one", found));
+    if (count != 1)
+        add(fmt::format("has {} artifacts; expected one", count));
 }
 
 /* Everything about a step stands between its start and its end. */
 void stream_checker::check_step(const std::string &step, std::string_view kind)
 {
-    const auto known = steps.find(step);
+    const auto entry = steps.find(step);
     if (!started)
         add("a step before testRunStart");
     if (kind == "testStepStart" || step.empty())
         return;
-    if (known == steps.end()) {
-        add("step " + named(step) + " was not started");
+    if (entry == steps.end()) {
+        add("step " + in_quotes(step) + " was not started");
         steps[step] = true;
-    } else if (!known->second) {
-        add("step " + named(step) + " has ended");
+    } else if (!entry->second) {
+        add("step " + in_quotes(step) + " has ended");
     }
 }
 
@@ -173,7 +174,7 @@ void stream_checker::check_ids(const json &content)
 {
     const std::string hardware = raw_text_at(content, "hardwareInfoId");
     if (content.contains("hardwareInfoId") && !hardware_ids.contains(hardware))
-        add("hardwareInfoId " + named(hardware) + " is not defined in dutInfo");
+        add("hardwareInfoId " + in_quotes(hardware) + " is not defined in dutInfo");
     const auto software = content.find("softwareInfoIds");
     if (software == content.end() || !software->is_array())
         return;
@@ -189,7 +190,7 @@ void stream_checker::define(const json &unit, const char *list, const char *name
         return;
     for (const json &info : *infos)
         if (info.is_object() && info.contains(name) && !ids.insert(raw_text_at(info, name)).second)
-            add(std::string(name) + " " + named(raw_text_at(info, name)) + " is defined twice");
+            add(std::string(name) + " " + in_quotes(raw_text_at(info, name)) + " is defined twice");
 }
 
 void stream_checker::run_start(const std::string &, const json &content)
@@ -210,7 +211,7 @@ void stream_checker::run_end(const std::string &, const json &content)
     const std::string status = raw_text_at(content, "status"), result = raw_text_at(content, "result");
     if (!started)
         add("testRunEnd without testRunStart");
-    if (std::ranges::none_of(end_pairs,
+    if (std::ranges::none_of(END_PAIRS,
                              [&](const end_pair &legal) { return legal.status == status && legal.result == result; }))
         add(fmt::format("status {} does not go with result {}", status, result));
     if (result == "PASS" && failed)
@@ -219,14 +220,14 @@ void stream_checker::run_end(const std::string &, const json &content)
         add(PARTIAL_PASS);
     for (const auto &[step, open] : steps)
         if (open)
-            add("step " + named(step) + " has not ended");
+            add("step " + in_quotes(step) + " has not ended");
     ended = true;
 }
 
 void stream_checker::step_start(const std::string &step, const json &)
 {
     if (!step.empty() && !steps.emplace(step, true).second)
-        add("testStepId " + named(step) + " was used before");
+        add("testStepId " + in_quotes(step) + " was used before");
 }
 
 void stream_checker::step_end(const std::string &step, const json &)

@@ -17,7 +17,7 @@
 namespace journal
 {
 
-constexpr int most_port = 9999;
+constexpr int MOST_PORT = 9999;
 
 class reader
 {
@@ -44,7 +44,7 @@ class reader
     void error(attempt &, const json &);
     void log(attempt &, const json &);
     void end(attempt &, const json &);
-    check measured(const json &) const;
+    check measurement_of(const json &) const;
     place where(const json &) const;
 
     run_record &run;
@@ -92,13 +92,11 @@ void reader::run_artifact(const json &artifact)
 void reader::run_error(const fault &wrong)
 {
     static const std::regex signal("SIG[A-Z0-9]+");
-    if (wrong.symptom != "interrupted") {
-        run.errors.push_back(wrong);
-        return;
-    }
+    if (wrong.symptom != "interrupted")
+        return run.errors.push_back(wrong);
     choice.interrupted = true;
-    if (std::smatch named; std::regex_search(wrong.message, named, signal))
-        run.signal = named.str();
+    if (std::smatch match; std::regex_search(wrong.message, match, signal))
+        run.signal = match.str();
 }
 
 void reader::run_start(const json &begin)
@@ -125,8 +123,7 @@ void reader::run_start(const json &begin)
 
 void reader::hardware(const json &info)
 {
-    const std::string id = text_at(info, "hardwareInfoId");
-    const std::string name = text_at(info, "name");
+    const std::string id = text_at(info, "hardwareInfoId"), name = text_at(info, "name");
     const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number_at(info, "location")};
     if (run.serial.empty())
         run.serial = text_at(info, "serialNumber");
@@ -139,14 +136,14 @@ void reader::step_artifact(const json &artifact)
 {
     if (!artifact.is_object())
         return;
-    const auto [found, is_new] = steps.emplace(text_at(artifact, "testStepId"), run.attempts.size());
+    const auto [row, is_new] = steps.emplace(text_at(artifact, "testStepId"), run.attempts.size());
     if (is_new) {
         attempt &step = run.attempts.emplace_back();
         step.start = step.begun = now;
     }
     for (const auto &[name, content] : artifact.items())
         if (const auto handler = step_handlers.find(name); handler != step_handlers.end())
-            (this->*handler->second)(run.attempts[found->second], content);
+            (this->*handler->second)(run.attempts[row->second], content);
 }
 
 void reader::start(attempt &step, const json &content)
@@ -167,16 +164,16 @@ void reader::extension(attempt &step, const json &added)
     step.judges_ports = member(content, "judges_ports") != false;
     if (const json &covers = member(content, "covers"); covers.is_array())
         for (const json &port : covers)
-            if (port.is_number_unsigned() && port <= most_port)
+            if (port.is_number_unsigned() && port <= MOST_PORT)
                 step.covers.push_back(port.get<int>());
 }
 
 place reader::where(const json &content) const
 {
-    const std::string id = text_at(content, "hardwareInfoId");
-    const std::string within = text_at(member(content, "subcomponent"), "name");
-    const auto known = places.find(id);
-    place at = known != places.end() ? known->second : place{id, id};
+    const std::string id = text_at(content, "hardwareInfoId"),
+                      within = text_at(member(content, "subcomponent"), "name");
+    const auto row = places.find(id);
+    place at = row != places.end() ? row->second : place{id, id};
     if (within.empty())
         return at.id.empty() ? place{"unit", "unit"} : at;
     at.name += (at.name.empty() ? "" : " ") + within;
@@ -184,53 +181,53 @@ place reader::where(const json &content) const
     return at;
 }
 
-check reader::measured(const json &content) const
+check reader::measurement_of(const json &content) const
 {
-    check made{.name = text_at(content, "name"),
-               .where = where(content),
-               .value = value_at(content, "value"),
-               .unit = text_at(content, "unit"),
-               .time = now.text};
+    check entry{.name = text_at(content, "name"),
+                .where = where(content),
+                .value = value_at(content, "value"),
+                .unit = text_at(content, "unit"),
+                .time = now.text};
     if (const json &limits = member(content, "validators"); limits.is_array())
         for (const json &one : limits)
-            made.limits.push_back({text_at(one, "type"), value_at(one, "value")});
-    return made;
+            entry.limits.push_back({text_at(one, "type"), value_at(one, "value")});
+    return entry;
 }
 
 void reader::measurement(attempt &step, const json &content)
 {
-    step.checks.push_back(measured(content));
+    step.checks.push_back(measurement_of(content));
 }
 
 void reader::series_start(attempt &, const json &content)
 {
-    series.insert_or_assign(text_at(content, "measurementSeriesId"), measured(content));
+    series.insert_or_assign(text_at(content, "measurementSeriesId"), measurement_of(content));
 }
 
 void reader::series_element(attempt &step, const json &content)
 {
-    const auto known = series.find(text_at(content, "measurementSeriesId"));
-    if (known == series.end())
+    const auto row = series.find(text_at(content, "measurementSeriesId"));
+    if (row == series.end())
         return;
-    check &made = step.checks.emplace_back(known->second);
-    made.value = value_at(content, "value");
-    made.time = now.text;
+    check &entry = step.checks.emplace_back(row->second);
+    entry.value = value_at(content, "value");
+    entry.time = now.text;
 }
 
 void reader::diagnosis(attempt &step, const json &content)
 {
     const auto [name, verdict] = read_diagnosis(text_at(content, "verdict"), text_at(content, "type"));
-    check made{.name = name,
-               .verdict = verdict,
-               .sentence = text_at(content, "message"),
-               .where = where(content),
-               .time = now.text};
-    if (name != "step" || made.where.id != "unit") {
-        step.checks.push_back(std::move(made));
-        return;
+    check entry{.name = name,
+                .verdict = verdict,
+                .sentence = text_at(content, "message"),
+                .where = where(content),
+                .time = now.text};
+    if (name == "step" && entry.where.id == "unit") {
+        step.verdict = verdict;
+        step.summary = entry.sentence;
+    } else {
+        step.checks.push_back(std::move(entry));
     }
-    step.verdict = verdict;
-    step.summary = made.sentence;
 }
 
 void reader::error(attempt &step, const json &content)
@@ -241,7 +238,7 @@ void reader::error(attempt &step, const json &content)
 void reader::log(attempt &step, const json &content)
 {
     step.notes.push_back(text_at(content, "message"));
-    if (step.notes.back() == service_began)
+    if (step.notes.back() == SERVICE_BEGAN)
         step.begun = now;
 }
 
@@ -261,13 +258,12 @@ void reader::end(attempt &step, const json &content)
         step.summary = step.notes.back();
 }
 
-static json parsed(const text_line &line, const std::string &file)
+static json object_of(const text_line &line, const std::string &file)
 {
     json value = json::parse(common::printable(line.text), nullptr, false);
-    const bool is_first = line.number == 1;
     if (!value.is_object())
         throw no_journal(fmt::format("{}:{}: not a JSON object, so this is no journal", file, line.number));
-    if (is_first && !member(value, "schemaVersion").is_object())
+    if (line.number == 1 && !member(value, "schemaVersion").is_object())
         throw no_journal(fmt::format("{}:1: no schemaVersion, so this is no journal", file));
     return value;
 }
@@ -277,7 +273,7 @@ run_choice read_lines(std::string_view text, const std::string &file, run_record
     reader journal(run);
     for (const text_line &line : lines_of(text))
         if (line.complete)
-            journal.read(parsed(line, file));
+            journal.read(object_of(line, file));
     return journal.choice;
 }
 

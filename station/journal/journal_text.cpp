@@ -86,8 +86,8 @@ std::optional<int64_t> parse_timestamp(std::string_view text)
 const json &member(const json &object, const char *name)
 {
     static const json none;
-    const auto found = object.is_object() ? object.find(name) : object.end();
-    return object.is_object() && found != object.end() ? *found : none;
+    const auto value = object.is_object() ? object.find(name) : object.end();
+    return object.is_object() && value != object.end() ? *value : none;
 }
 
 static std::string text_of(const json &value)
@@ -121,10 +121,10 @@ int64_t count_at(const json &object, const char *name, int64_t otherwise)
 int port_number_at(const json &object, const char *name)
 {
     const std::string location = text_at(object, name);
-    constexpr size_t most_digits = 4;
+    constexpr size_t MOST_DIGITS = 4;
     const size_t begin = location.find_last_not_of("0123456789") + 1;
     const size_t digits = location.size() - begin;
-    return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
+    return digits == 0 || digits > MOST_DIGITS ? 0 : std::stoi(location.substr(begin));
 }
 
 std::vector<std::string> names_at(const json &object, const char *name)
@@ -147,7 +147,7 @@ struct ending {
     diagnosis_ending as;
     common::verdict verdict;
 };
-constexpr ending endings[] = {
+constexpr ending ENDINGS[] = {
     {{"-fail-retried", "UNKNOWN"}, verdict::retried},
     {{"-not-tested", "UNKNOWN"}, verdict::not_tested},
     {{"-unknown", "UNKNOWN"}, verdict::unjudged},
@@ -161,16 +161,16 @@ constexpr ending endings[] = {
 
 diagnosis_name read_diagnosis(std::string_view name, std::string_view type)
 {
-    for (const auto &[known, verdict] : endings)
-        if (name.ends_with(known.text) && (known.type == type || known.type.empty()))
-            return {std::string(name.substr(0, name.size() - known.text.size())), verdict};
+    for (const auto &[suffix, verdict] : ENDINGS)
+        if (name.ends_with(suffix.text) && (suffix.type == type || suffix.type.empty()))
+            return {std::string(name.substr(0, name.size() - suffix.text.size())), verdict};
     return {std::string(name), verdict::unjudged};
 }
 
 diagnosis_ending ending_of(verdict verdict)
 {
-    const auto *row = std::ranges::find(endings, verdict, &ending::verdict);
-    return row != std::end(endings) ? row->as : ending_of(verdict::unjudged);
+    const auto *row = std::ranges::find(ENDINGS, verdict, &ending::verdict);
+    return row != std::end(ENDINGS) ? row->as : ending_of(verdict::unjudged);
 }
 
 run_result read_result(std::string_view status, std::string_view result)

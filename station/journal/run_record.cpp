@@ -21,8 +21,8 @@ static bool is_pass(run_result result)
 static verdict worst_check(const attempt &step)
 {
     verdict worst = verdict::none;
-    for (const check &made : step.checks)
-        worst = prevailing(worst, made.verdict);
+    for (const check &entry : step.checks)
+        worst = prevailing(worst, entry.verdict);
     return worst == verdict::none ? verdict::unjudged : worst;
 }
 
@@ -39,8 +39,8 @@ static bool is_chosen(const run_choice &choice, const std::string &step)
  * and not run. A whole plan whose steps passed would have ended with a pass. */
 static run_result result_of_skip(const run_record &run, const run_choice &choice)
 {
-    const auto has_last = [&](const auto &wanted) {
-        return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && wanted(step); });
+    const auto has_last = [&](const auto &condition) {
+        return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && condition(step); });
     };
     const bool passed = has_last([](const attempt &step) { return step.verdict == verdict::pass; });
     const bool cut_short = run.plan_sha256.empty() && has_last([&](const attempt &step) {
@@ -100,10 +100,10 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
 {
     if (!is_pass(run.result))
         return;
-    const check_outcome found = check_journal(text);
+    const check_outcome outcome = check_journal(text);
     const auto first =
-        std::ranges::find_if(found.problems, [](const problem &one) { return one.sentence != PARTIAL_PASS; });
-    if (first == found.problems.end())
+        std::ranges::find_if(outcome.problems, [](const problem &one) { return one.sentence != PARTIAL_PASS; });
+    if (first == outcome.problems.end())
         return;
     run.errors.push_back(
         {"invalid-journal", fmt::format("The journal ends with {}, but is not valid: line {}: {}.", word_of(run.result),
@@ -135,14 +135,14 @@ std::optional<double> seconds_between(const moment &start, const moment &end)
     return static_cast<double>(std::max<int64_t>(0, *end.ms - *start.ms)) / 1000;
 }
 
-std::optional<double> time_of(const attempt &tried)
+std::optional<double> time_of(const attempt &step)
 {
-    return seconds_between(tried.begun, tried.end);
+    return seconds_between(step.begun, step.end);
 }
 
-bool passed_by_retry(const attempt &tried)
+bool passed_by_retry(const attempt &step)
 {
-    return tried.verdict == verdict::pass && tried.number > 1;
+    return step.verdict == verdict::pass && step.number > 1;
 }
 
 verdict prevailing(verdict a, verdict b)

@@ -52,8 +52,8 @@ exit_code exit_code_of(const journal::run_record &run)
 /* A step counts by its first attempt: whoever interrupts a later one has had the step run. */
 static std::string omission_text(const journal::run_record &run)
 {
-    const auto is_first = [](const attempt &tried) { return tried.number == 1; };
-    const auto is_run = [&](const attempt &tried) { return is_first(tried) && tried.verdict != verdict::not_run; };
+    const auto is_first = [](const attempt &step) { return step.number == 1; };
+    const auto is_run = [&](const attempt &step) { return is_first(step) && step.verdict != verdict::not_run; };
     const auto steps = std::ranges::count_if(run.attempts, is_first),
                done = std::ranges::count_if(run.attempts, is_run);
     if (done == steps)
@@ -84,7 +84,7 @@ static std::string step_counts(const journal::run_record &run)
     const auto steps = static_cast<size_t>(std::ranges::count_if(run.attempts, &attempt::is_last));
     const auto count = [&](verdict of) {
         return static_cast<size_t>(std::ranges::count_if(
-            run.attempts, [&](const attempt &tried) { return tried.is_last && tried.verdict == of; }));
+            run.attempts, [&](const attempt &step) { return step.is_last && step.verdict == of; }));
     };
     const size_t passed = count(verdict::pass);
     if (steps == 0)
@@ -139,14 +139,14 @@ static ordered_json fault_json(const finding &one)
     return {{"step", one.step}, {"symptom", one.check.name}, {"sentence", one.check.sentence}};
 }
 
-static ordered_json step_json(const journal::attempt &tried)
+static ordered_json step_json(const journal::attempt &step)
 {
-    return {{"step", tried.step},
-            {"request", tried.request},
-            {"verdict", word_of(tried.verdict)},
-            {"attempts", tried.number},
-            {"seconds", time_of(tried).value_or(0)},
-            {"summary", tried.summary}};
+    return {{"step", step.step},
+            {"request", step.request},
+            {"verdict", word_of(step.verdict)},
+            {"attempts", step.number},
+            {"seconds", time_of(step).value_or(0)},
+            {"summary", step.summary}};
 }
 
 std::string run_json(const journal::run_record &run, const std::filesystem::path &run_dir,
@@ -176,9 +176,9 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
         object["failures"].push_back(failure_json(one));
     for (const finding &one : faults_of(run))
         object["faults"].push_back(fault_json(one));
-    for (const journal::attempt &tried : run.attempts)
-        if (tried.is_last)
-            object["steps"].push_back(step_json(tried));
+    for (const journal::attempt &step : run.attempts)
+        if (step.is_last)
+            object["steps"].push_back(step_json(step));
     return object.dump(2) + "\n";
 }
 

@@ -17,9 +17,9 @@ namespace reports
 {
 
 /* What is said of a run whose journal does not say it itself. */
-constexpr const char *no_end = "The journal has no end: the run was cut off. It is no pass.";
-constexpr const char *unexplained_failure = "The run failed, but its journal does not say why.";
-constexpr const char *no_reason = "No reason is given.";
+constexpr const char *NO_END = "The journal has no end: the run was cut off. It is no pass.";
+constexpr const char *UNEXPLAINED_FAILURE = "The run failed, but its journal does not say why.";
+constexpr const char *NO_REASON = "No reason is given.";
 
 /* A failure of the unit, or a fault of the station, whose symptom is then the check's name; and the step, if any. */
 struct finding {
@@ -40,7 +40,7 @@ std::string duration_text(std::optional<double> seconds);
 std::string time_text(const journal::moment &time);
 /* "<= 5, > 0": the limits of a measurement; empty when it has none. With the unit of its numbers: "<= 57 V". */
 std::string limits_text(const std::vector<common::limit> &limits);
-std::string limits_with_unit(const common::check &made);
+std::string limits_with_unit(const common::check &entry);
 using common::counted;
 
 /* What keeps it from being a run of the whole plan: by which signal it was interrupted, how many steps were run; empty

@@ -51,16 +51,16 @@ enum class form { text, coloured, json };
 /* Writes the reports of a run again and prints its verdict. Returns the exit code of the run; usage when there is no
  * journal, not_saved when a report could not be written, which is said in place of the verdict; programs are told both.
  */
-common::exit_code report_tool(const std::filesystem::path &run_dir, form wanted);
+common::exit_code report_tool(const std::filesystem::path &run_dir, form output);
 
 /* Prints what is wrong with a journal, a line each. passed when it is valid, failed when not, usage when it
  * cannot be read. */
-common::exit_code check_tool(const std::filesystem::path &file, form wanted);
+common::exit_code check_tool(const std::filesystem::path &file, form output);
 
 /* Prints what the runs in the directory come to, and each of them if they are to be listed. passed; usage when it
  * cannot be read, nothing_run when there is no such run in it. */
 common::exit_code history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs,
-                               form wanted);
+                               form output);
 
 } // namespace reports
 

@@ -127,7 +127,7 @@ TEST(history, counts_the_runs_of_the_filter)
                                                                   {{.until = "2026-11-23"}, 1},
                                                                   {{.since = "2026-11-23", .until = "2026-11-24"}, 3}};
     for (const auto &[filter, count] : filters)
-        EXPECT_EQ(reports::read_history(folder.path, filter).listed.size(), count) << filter.plan << filter.since;
+        EXPECT_EQ(reports::read_history(folder.path, filter).list.size(), count) << filter.plan << filter.since;
     for (const auto &[text, is_one] : {std::pair{"2026-02-28", true}, {"2026-02-30", false}, {"2026-2-3", false}})
         EXPECT_EQ(reports::is_day(text), is_one) << text;
 }
