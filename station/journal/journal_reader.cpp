@@ -206,12 +206,11 @@ void reader::series_start(attempt &, const json &content)
 
 void reader::series_element(attempt &step, const json &content)
 {
-    const auto row = series.find(text_at(content, "measurementSeriesId"));
-    if (row == series.end())
-        return;
-    check &entry = step.checks.emplace_back(row->second);
-    entry.value = value_at(content, "value");
-    entry.time = now.text;
+    if (const auto row = series.find(text_at(content, "measurementSeriesId")); row != series.end()) {
+        step.checks.push_back(row->second);
+        step.checks.back().value = value_at(content, "value");
+        step.checks.back().time = now.text;
+    }
 }
 
 void reader::diagnosis(attempt &step, const json &content)

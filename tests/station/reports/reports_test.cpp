@@ -2,6 +2,7 @@
  *
  * What each report says of a run, and that no run says it in another report's or program's words.
  */
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <fstream>
 #include <functional>
@@ -12,6 +13,7 @@
 #include <regex>
 #include <set>
 #include <sstream>
+#include <unistd.h>
 
 #include "sample_runs.h"
 #include "station/journal/journal_text.h"
@@ -242,6 +244,7 @@ TEST(tools, write_the_reports_and_answer_with_the_verdict)
     const run_folders folder;
     const auto run = write_run(folder.path / "run", "step poe | over fail | end FAIL");
     EXPECT_EQ(report_tool(run, form::text), exit_code::failed);
+    EXPECT_NE(fcntl(STDIN_FILENO, F_GETFD), -1); /* only its own files are closed */
     for (const char *name : {"junit.xml", "report.html", "results.csv"})
         EXPECT_GT(std::filesystem::file_size(run / name), 100U);
     EXPECT_EQ(report_tool(folder.path, form::text), exit_code::usage);
