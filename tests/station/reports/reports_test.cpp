@@ -169,7 +169,7 @@ static bool fits(const std::string &text, const std::string &expected)
         const size_t place = text.find(piece->str(), at);
         if (place == std::string::npos || (pieces++ == 0 && place > 0))
             return false;
-        at = place + piece->length();
+        at = place + piece->str().size();
     }
     return at == text.size() || expected.ends_with("...\n");
 }
