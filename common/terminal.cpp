@@ -64,6 +64,11 @@ size_t stdout_columns()
     return std::min(MOST, terminal_of(STDOUT_FILENO).width);
 }
 
+void print(std::string_view text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
 void say(std::string_view line)
 {
     const terminal screen = terminal_of(STDERR_FILENO);

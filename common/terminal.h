@@ -30,6 +30,9 @@ size_t stdout_columns();
  * nothing else. */
 void say(std::string_view line);
 
+/* Writes text to stdout as it is. */
+void print(std::string_view text);
+
 /* Shows the text in place of the line that the cursor is in, escaped, and cut to the terminal's width. For a lively
  * terminal only. */
 void rewrite_line(int fd, std::string_view text);

@@ -10,8 +10,6 @@
 #include <fmt/ranges.h>
 
 #include "common/program.h"
-#include "misuse.h"
-#include "tools.h"
 
 namespace station
 {
@@ -133,9 +131,9 @@ static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand 
         for (const std::string &found : app.remaining(true))
             if (found.starts_with("-") && found != "--")
                 throw usage_error(explain_extra(found, app, given));
-        throw usage_error(explain_error(error.what(), given));
+        throw usage_error(explain_error(error, app, given));
     } catch (const CLI::ParseError &error) {
-        throw usage_error(explain_error(error.what(), given));
+        throw usage_error(explain_error(error, app, given));
     }
     std::vector<std::string> extras = app.remaining(true);
     std::erase(extras, "--");

@@ -7,6 +7,12 @@
 
 #include "station/requests/command.h"
 
+namespace CLI
+{
+class App;
+class ParseError;
+} // namespace CLI
+
 namespace station
 {
 
@@ -28,8 +34,36 @@ struct invocation {
     std::string help;      /* the help text or the version, when it was asked for */
 };
 
+/* A subcommand that is no single request. */
+struct tool {
+    const char *name;
+    const char *help;
+    /* Adds its options and returns what runs it once they are read. */
+    tool_run (*add)(CLI::App &sub);
+};
+
+/* All tools, in the order of the list. */
+std::span<const tool> tools();
+
 /* Throws usage_error. */
 invocation read_command_line(int argc, char **argv);
+
+/* The subcommand that was given; all null while there is none. */
+struct chosen_subcommand {
+    const CLI::App *sub = nullptr;
+    const char *name = nullptr;
+    const command *row = nullptr; /* null for a tool */
+};
+
+/* What to say to a command line that cannot be read, all in misuse.cpp. The first argument that nothing took: a
+ * subcommand's name, an option's, or one argument too many. */
+std::string explain_extra(const std::string &found, const CLI::App &app, const chosen_subcommand &given);
+
+/* What the parser says of an option, with the values that it takes. */
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &given);
+
+/* That a subcommand is missing, or one of its own. */
+std::string explain_nothing(const CLI::App &app);
 
 } // namespace station
 

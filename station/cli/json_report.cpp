@@ -6,8 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "command_line.h"
 #include "common/program.h"
-#include "tools.h"
 
 namespace station
 {

@@ -2,7 +2,7 @@
  *
  * What to say to a command line that cannot be read.
  */
-#include "misuse.h"
+#include "command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -100,21 +100,45 @@ std::string explain_extra(const std::string &found, const CLI::App &app, const c
                        expected_one_of(found, child_names(outer ? *outer : app)));
 }
 
-std::string explain_error(const std::string &what, const chosen_subcommand &given)
+/* The option that an error is about, by the name in front of its text: the parser's exceptions tell it nowhere else. */
+static const CLI::Option *option_at_fault(const CLI::ParseError &error, const CLI::App &app,
+                                          const chosen_subcommand &given)
 {
-    const std::string name = what.substr(0, what.find_first_of(": "));
-    if (name == "--directory")
-        return "--directory: expected exactly one value, allowed: the host's working directory";
-    if (what.ends_with("flag override"))
-        return fmt::format("--{}: takes no value", name);
+    const std::string text = error.what();
+    const std::string name = text.substr(0, text.find_first_of(": "));
+    for (const CLI::App *part : {given.sub, &app})
+        for (const CLI::Option *known : part != nullptr ? part->get_options() : std::vector<const CLI::Option *>{})
+            if (known->get_name() == name || known->check_lname(name))
+                return known;
+    return nullptr;
+}
+
+/* What the subcommand's row says of the option; null for one that it does not have. */
+static const option *row_of(const std::string &name, const chosen_subcommand &given)
+{
     for (const auto &options : {given.row ? given.row->options : std::span<const option>{}, waiting_options()})
         for (const option &field : options)
-            if (given.row && name == field.name && field.values != arity::flag)
-                return fmt::format("{}: expected exactly one value{}", name,
-                                   field.values == arity::one ? ", allowed: " + allowed_values(field) : "");
-    if (given.row == nullptr && given.sub != nullptr && given.sub->get_option_no_throw(name) != nullptr)
-        return fmt::format("{}: expected exactly one value", name);
-    return what;
+            if (given.row != nullptr && name == field.name)
+                return &field;
+    return nullptr;
+}
+
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &given)
+{
+    const bool is_count = dynamic_cast<const CLI::ArgumentMismatch *>(&error) != nullptr ||
+                          dynamic_cast<const CLI::RequiredError *>(&error) != nullptr ||
+                          dynamic_cast<const CLI::ValidationError *>(&error) != nullptr; /* of an empty value */
+    const CLI::Option *wrong = is_count ? option_at_fault(error, app, given) : nullptr;
+    if (wrong == nullptr)
+        return error.what();
+    const std::string name = wrong->get_name();
+    if (name == "--directory")
+        return "--directory: expected exactly one value, allowed: the host's working directory";
+    if (wrong->get_expected_max() == 0)
+        return fmt::format("{}: takes no value", name);
+    const option *field = row_of(name, given);
+    return fmt::format("{}: expected exactly one value{}", name,
+                       field != nullptr && field->values == arity::one ? ", allowed: " + allowed_values(*field) : "");
 }
 
 std::string explain_nothing(const CLI::App &app)

@@ -13,18 +13,91 @@
 #include "command_line.h"
 #include "common/file.h"
 #include "common/terminal.h"
-#include "progress.h"
 #include "report.h"
 #include "station/requests/carry_out.h"
 #include "station/requests/interruption.h"
+#include "station/requests/notice.h"
 #include "station/requests/service_lock.h"
 
 namespace station
 {
 
-static void print(const std::string &text)
+using common::print;
+
+/* A line of stderr, rewritten in place, for as long as this lives. A terminal that cannot do so gets one plain line. */
+class progress
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
+  public:
+    progress(const command &row, bool wanted);
+    ~progress();
+    progress(const progress &) = delete;
+    progress &operator=(const progress &) = delete;
+
+    /* done says how far a transfer is. */
+    void working(const std::string &done);
+    /* The service is still at work for somebody else. */
+    void waiting();
+    /* Who else is waited for. */
+    notice &others();
+
+  private:
+    const command &row_;
+    bool plain_;  /* one line, not said yet */
+    bool lively_; /* a line that is rewritten */
+    bool begun_ = false;
+    notice notice_;
+    std::chrono::steady_clock::time_point start_ = {};
+};
+
+static std::string expectation(const duration &expected)
+{
+    const std::string longest =
+        expected.longest_s > 0 ? fmt::format(", up to {} s if ports fail", expected.longest_s) : "";
+    if (expected.typical_s == 0)
+        return "expected time unknown";
+    return fmt::format("about {} s expected{}", expected.typical_s, longest);
+}
+
+progress::progress(const command &row, bool wanted) : row_(row), notice_(row.name, wanted)
+{
+    const common::terminal screen = common::terminal_of(STDERR_FILENO);
+    lively_ = wanted && screen.lively;
+    plain_ = wanted && screen.there && !screen.lively;
+}
+
+progress::~progress()
+{
+    if (lively_ && begun_)
+        common::clear_line(STDERR_FILENO);
+}
+
+void progress::working(const std::string &done)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (!begun_) {
+        notice_.clear();
+        start_ = now;
+    }
+    begun_ = true;
+    if (plain_)
+        common::say(fmt::format("{}: {}", row_.name, expectation(row_.expected)));
+    plain_ = false;
+    if (lively_)
+        common::rewrite_line(STDERR_FILENO,
+                             fmt::format("{}: {} s elapsed, {}", row_.name,
+                                         std::chrono::duration_cast<std::chrono::seconds>(now - start_).count(),
+                                         done.empty() ? expectation(row_.expected) : done));
+}
+
+void progress::waiting()
+{
+    begun_ = false;
+    notice_.show(waiting_for_service);
+}
+
+notice &progress::others()
+{
+    return notice_;
 }
 
 static milliseconds in_ms(const std::string &seconds)

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <fmt/format.h>
 
+#include "command_line.h"
 #include "common/text.h"
 #include "report.h"
-#include "tools.h"
 
 namespace station
 {

@@ -2,7 +2,7 @@
  *
  * The subcommands that are no single request: one row each.
  */
-#include "tools.h"
+#include "command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -25,12 +25,8 @@
 namespace plan
 {
 
+using common::print;
 using station::exit_code;
-
-static void print(const std::string &text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-}
 
 /* What cannot be told by the journal of the run: why, on stderr and to programs. */
 static exit_code fail(const order &job, exit_code code, const std::string &why, const char *word)

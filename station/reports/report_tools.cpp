@@ -23,6 +23,7 @@ namespace reports
 {
 
 using common::exit_code;
+using common::print;
 using nlohmann::ordered_json;
 
 [[noreturn]] static void give_up(const std::filesystem::path &file)
@@ -94,11 +95,6 @@ void write_reports(const std::filesystem::path &run_dir, const journal::run_reco
     write_whole(run_dir / "results.csv", csv_text(run));
     write_whole(run_dir / "report.html", html_text(run));
     open_file(run_dir, O_RDONLY | O_DIRECTORY).sync();
-}
-
-static void print(const std::string &text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 /* Says on stderr what went wrong, after what was printed. */

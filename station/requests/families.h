@@ -32,32 +32,25 @@ outcome read_fpga(const request &asked, const sender &send);
 
 /* poe_commands.cpp */
 extern const std::span<const option> unit_options; /* for every request whose unit is all it takes */
-extern const std::span<const option> poe_options;
-decoder decode_poe;
-
-/* vop_command.cpp */
-extern const std::span<const option> vop_options;
-decoder decode_vop;
-
-/* poe_controller_commands.cpp */
-extern const std::span<const option> poe_upgrade_options;
-decoder decode_poe_upgrade, decode_poe_version;
+extern const std::span<const option> poe_options, vop_options;
+decoder decode_poe, decode_vop;
 
 /* stress_commands.cpp */
-extern const std::span<const option> stress_options;
-decoder decode_flow, decode_serpentine;
+extern const std::span<const option> stress_options, prbs_options;
+decoder decode_flow, decode_serpentine, decode_prbs;
 
-/* prbs_command.cpp */
-extern const std::span<const option> prbs_options;
-decoder decode_prbs;
-
-/* service_commands.cpp */
-extern const std::span<const option> level_options;
-decoder decode_level, decode_factory_mode;
+/* control_commands.cpp */
+extern const std::span<const option> level_options, poe_upgrade_options;
+decoder decode_level, decode_factory_mode, decode_poe_upgrade, decode_poe_version;
 
 /* raw_command.cpp */
 extern const std::span<const option> raw_options;
 decoder decode_raw;
+
+/* Pairs of digits, with blanks anywhere between or inside the pairs. Nothing when there is anything else. */
+std::optional<std::vector<uint8_t>> parse_hex(const std::string &text);
+/* Lines of an offset and 16 bytes. Lines equal to the one before are left out, with one "*" in their place. */
+std::string hex_dump(const std::vector<uint8_t> &bytes);
 
 } // namespace station
 

@@ -16,7 +16,6 @@
 #include "common/file.h"
 #include "common/words.h"
 #include "families.h"
-#include "hex.h"
 
 namespace station
 {

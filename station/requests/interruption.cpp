@@ -90,9 +90,9 @@ clock::time_point noted_at()
     return clock::time_point(clock::duration(noted_time));
 }
 
-exit_code noted_code()
+common::exit_code noted_code()
 {
-    return static_cast<exit_code>(128 + noted);
+    return static_cast<common::exit_code>(128 + noted);
 }
 
 void wait_for_wake_up(std::chrono::milliseconds most)

@@ -8,7 +8,7 @@
 #include <chrono>
 #include <csignal>
 
-#include "outcome.h"
+#include "common/verdict.h"
 
 namespace station
 {
@@ -42,7 +42,7 @@ int noted_signal();
 std::chrono::steady_clock::time_point noted_at();
 
 /* The exit code of the noted signal. */
-exit_code noted_code();
+common::exit_code noted_code();
 
 /* Waits for the time given, or less when the thread that watches is woken up. */
 void wait_for_wake_up(std::chrono::milliseconds most);

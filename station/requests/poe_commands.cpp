@@ -1,12 +1,14 @@
 /* SPDX-License-Identifier: MIT
  *
- * The PoE tests: four checks on every port, each with its code in the reply.
+ * The tests of the PoE ports: four checks on every port, each with its code in the reply; and the VOP test, in which
+ * the service only measures and what a value may be is judged here.
  */
 #include <algorithm>
 #include <fmt/format.h>
 
+#include "facmsg.h"
 #include "families.h"
-#include "poe_report.h"
+#include "port_report.h"
 
 namespace station
 {
@@ -22,6 +24,25 @@ static const option with_classes[] = {unit_option, classes_option};
 
 constinit const std::span<const option> unit_options{options};
 constinit const std::span<const option> poe_options{with_classes};
+
+static constexpr code_sentence results[] = {
+    {FACMSG_POE_PASS, ""},
+    {FACMSG_POE_FAIL, ""},
+    {FACMSG_POE_NOT_POSSIBLE, "the host lacks a driver function, or the switch has no port of this kind; "
+                              "log-level 1 shows which"},
+};
+
+/* Why the head of a reply allows no verdict, or nothing. runs says how many ascending lists of ports follow each other.
+ */
+static std::string find_doubt(uint32_t result, const uint8_t *ports, uint32_t port_count, int runs)
+{
+    std::string doubt = find_obstacle(results, result);
+    if (doubt.empty())
+        doubt = find_wrong_count(port_count);
+    return doubt.empty() ? find_wrong_port(ports_of_bytes(ports, port_count), runs) : doubt;
+}
+
+static constexpr const char *unexplained = "the service still reports a failure"; /* without a failed port */
 
 static constexpr code_sentence state_codes[] = {
     {0, ""},
@@ -111,14 +132,87 @@ outcome decode_poe(const request &sent, const std::vector<uint8_t> &payload)
         unit.summary = "the switch has no high-power port, so nothing was tested";
         return unit;
     }
-    unit.summary = find_poe_doubt(reply.result, reply.ports, reply.port_count, sent.type == FACMSG_PORT_HPOE ? 2 : 1);
+    unit.summary = find_doubt(reply.result, reply.ports, reply.port_count, sent.type == FACMSG_PORT_HPOE ? 2 : 1);
     if (!unit.summary.empty())
         return unit;
     const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
     const std::string classes = own_value(sent, "--classes").value_or("");
     for (uint32_t k = 0; k < reply.port_count; k++)
         unit.ports.push_back(judge_entry(reply, k, ports[k], classes));
-    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, poe_unexplained);
+    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
+    return unit;
+}
+
+static const option vop_fields[] = {
+    unit_option,
+    {.name = "--min",
+     .help = "least VOP value that a port may have; not judged if not given",
+     .set = set_own_number,
+     .limited = "vop_value",
+     .least_value = true},
+    {.name = "--max",
+     .help = "greatest VOP value that a port may have; not judged if not given",
+     .set = set_own_number,
+     .limited = "vop_value"},
+};
+
+constinit const std::span<const option> vop_options{vop_fields};
+
+static constexpr code_sentence vop_codes[] = {
+    {0, ""},
+    {1, "A VOP query failed; expected three to succeed."},
+};
+
+/* What a VOP value has to be. */
+struct value_limits {
+    std::optional<std::string> least, most;
+    explicit value_limits(const request &sent) : least(own_value(sent, "--min")), most(own_value(sent, "--max")) {}
+    bool given() const
+    {
+        return least || most;
+    }
+    bool allow(uint32_t value) const
+    {
+        return (!least || value >= std::stoull(*least)) && (!most || value <= std::stoull(*most));
+    }
+    std::string text() const
+    {
+        return fmt::format("{}{}{}", least ? "at least " + *least : "", least && most ? " and " : "",
+                           most ? "at most " + *most : "");
+    }
+};
+
+static void judge_value(port_outcome &port, uint32_t value, const value_limits &limits)
+{
+    if (port.verdict != verdict::pass)
+        list_untested(port, "vop_value");
+    else if (limits.allow(value))
+        add_check(port, "vop_value", verdict::pass);
+    else
+        fail_here(port, "vop_value", fmt::format("VOP value {}; expected {}.", value, limits.text()));
+}
+
+outcome decode_vop(const request &sent, const std::vector<uint8_t> &payload)
+{
+    const auto reply = record_of<vop_test_reply>(payload);
+    outcome unit{.title = fmt::format("VOP test of unit {}", reply.unit),
+                 .result = reply.result,
+                 .columns = {{"vop_status", "status"}, {"vop_value", "value"}}};
+    unit.summary = find_doubt(reply.result, reply.ports, reply.port_count, 1);
+    if (!unit.summary.empty())
+        return unit;
+    const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
+    const value_limits limits(sent);
+    if (limits.given())
+        unit.title += ": values of " + limits.text();
+    for (uint32_t k = 0; k < reply.port_count; k++) {
+        port_outcome &port =
+            unit.ports.emplace_back(port_outcome{ports[k], {{reply.vop_status[k]}, {reply.vop_value[k]}}});
+        judge_code(port, "vop", vop_codes, reply.vop_status[k], "vop_status");
+        if (limits.given())
+            judge_value(port, reply.vop_value[k], limits);
+    }
+    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
     return unit;
 }
 

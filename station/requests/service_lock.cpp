@@ -17,7 +17,6 @@
 #include "common/text.h"
 #include "facmsg_protocol.h"
 #include "interruption.h"
-#include "unreachable.h"
 
 namespace station
 {
@@ -32,6 +31,13 @@ static int create_lock_file()
     if (fd >= 0 && geteuid() == 0 && stat(FACMSG_SOCKET_PATH, &host) == 0 && fchown(fd, host.st_uid, host.st_gid) != 0)
         return fd; /* root alone can go on with it, as before */
     return fd;
+}
+
+/* Without a service there is nothing to keep, and the request will say why there is none. */
+static bool is_service_there()
+{
+    struct stat found;
+    return stat(FACMSG_SOCKET_PATH, &found) == 0 && S_ISSOCK(found.st_mode) && access(FACMSG_SOCKET_PATH, W_OK) == 0;
 }
 
 static int open_lock_file()
@@ -110,8 +116,7 @@ service_lock::service_lock(const claim &wanted, notice &shown) : service_lock()
 
 void service_lock::take(const claim &wanted, notice &shown)
 {
-    /* Without a service there is nothing to keep, and the request will say why there is none. */
-    if (!socket_file().is_socket() || access(FACMSG_SOCKET_PATH, W_OK) != 0)
+    if (!is_service_there())
         return;
     const short type = wanted.shared ? F_RDLCK : F_WRLCK;
     fd_ = open_lock_file();

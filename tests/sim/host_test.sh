@@ -33,7 +33,7 @@ refused "--pcap: found '$folder' (Is a directory), expected a file that can be w
 
 start_switch() { # OPTION...: returns once it serves requests
     : >"$folder/log"
-    "${simhost[@]}" --board healthy-2 --directory "$folder" "$@" >"$folder/log" &
+    "${simhost[@]}" --board healthy-2 --directory "$folder" "$@" >"$folder/log" 2>"$folder/errors" &
     switch=$!
     until grep -q '^ready' "$folder/log"; do
         kill -0 "$switch"
@@ -47,7 +47,7 @@ stop_switch() { # the capture is whole once the switch has ended well
     switch=
 }
 
-start_switch --pace 100 --drop-slot vlan
+start_switch --pace 100 --drop-slot vlan --pcap /dev/full
 diff - <(sed -n 2,5p "$folder/log") <<'END'
 ports: 2, cables and plugs: 1
 wires: line rate / 10000, at least 1 Mbit/s
@@ -57,8 +57,9 @@ END
 status=0
 timeout 10 "${simhost[@]}" --quiet --board healthy-2 --directory "$folder" 2>"$folder/second" || status=$?
 diff <(echo "facmsg-simhost: $folder: another host serves here already, 3") <(echo "$(<"$folder/second"), $status")
-"${station[@]}" --directory "$folder" factory-mode >/dev/null # and the first goes on
+"${station[@]}" --directory "$folder" packet --any-speed >/dev/null # and the first goes on
 stop_switch
+diff <(echo "facmsg-simhost: /dev/full: not everything could be written") "$folder/errors"
 
 cat >"$folder/flow.toml" <<'END'
 rate_divisor = 1000000

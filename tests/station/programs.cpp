@@ -88,7 +88,7 @@ words station(const words &arguments)
     return emulated(STATION_PROGRAM, arguments);
 }
 
-static finished run_command(const words &command, uid_t user)
+finished run_command(const words &command, uid_t user)
 {
     const int out = output_file();
     const int err = output_file();

@@ -30,7 +30,8 @@ int wait_for(pid_t pid);
 
 /* The station's command line. */
 words station(const words &arguments);
-/* Runs the station to its end. */
+/* Runs a program, or the station, to its end. */
+finished run_command(const words &command, uid_t user = 0);
 finished run(const words &arguments, uid_t user = 0);
 /* The same with a terminal for both outputs, and for the input when something is typed; out is all that the terminal
  * showed. */
