@@ -10,7 +10,8 @@
 
 #include "common/terminal.h"
 #include "station/plan/run_plan.h"
-#include "station/reports/report_tools.h"
+#include "station/reports/history.h"
+#include "station/reports/reports.h"
 
 namespace station
 {

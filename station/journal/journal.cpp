@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * Writes the journal of a run as it happens.
- */
+/* SPDX-License-Identifier: MIT */
 #include "journal.h"
 
 #include <cerrno>
@@ -15,8 +12,8 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "journal_lines.h"
 #include "journal_text.h"
-#include "wording.h"
 
 namespace journal
 {
@@ -74,7 +71,7 @@ static std::string timestamp(std::chrono::sys_time<std::chrono::milliseconds> ti
 
 writer::writer(const std::filesystem::path &run_dir, clock_source clock)
     : run_dir_(run_dir), clock_(std::move(clock)),
-      fd_(open((run_dir / file_name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
+      fd_(open((run_dir / FILE_NAME).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_APPEND | O_CLOEXEC, 0666))
 {
     if (fd_ < 0)
         fail(reason_of(errno));
@@ -94,7 +91,7 @@ void writer::fail(const std::string &reason)
     if (fd_ >= 0)
         close(fd_);
     fd_ = -1;
-    refuse("write", run_dir_ / file_name, reason);
+    refuse("write", run_dir_ / FILE_NAME, reason);
 }
 
 void writer::write_line(const char *kind, const ordered_json &content)
@@ -145,26 +142,26 @@ static ordered_json validator(const common::limit &limit)
     return content;
 }
 
-void writer::measurement(const std::string &step_id, const common::check &measured)
+void writer::measurement(const std::string &step_id, const common::check &check)
 {
-    if (measured.value.is_empty() || !measured.value.is_finite())
+    if (check.value.is_empty() || !check.value.is_finite())
         return;
-    ordered_json content{{"name", measured.name}, {"value", measured.value.json()}};
-    if (!measured.unit.empty())
-        content["unit"] = measured.unit;
-    for (const common::limit &limit : measured.limits)
+    ordered_json content{{"name", check.name}, {"value", check.value.json()}};
+    if (!check.unit.empty())
+        content["unit"] = check.unit;
+    for (const common::limit &limit : check.limits)
         content["validators"].push_back(validator(limit));
-    add_place(content, measured.where);
+    add_place(content, check.where);
     step_artifact(step_id, "measurement", content);
 }
 
-void writer::diagnosis(const std::string &step_id, const common::check &judged)
+void writer::diagnosis(const std::string &step_id, const common::check &check)
 {
-    const diagnosis_ending ending = ending_of(judged.verdict);
-    ordered_json content{{"verdict", fmt::format("{}{}", judged.name, ending.text)}, {"type", ending.type}};
-    if (!judged.sentence.empty())
-        content["message"] = judged.sentence;
-    add_place(content, judged.where);
+    const diagnosis_ending ending = ending_of(check.verdict);
+    ordered_json content{{"verdict", fmt::format("{}{}", check.name, ending.text)}, {"type", ending.type}};
+    if (!check.sentence.empty())
+        content["message"] = check.sentence;
+    add_place(content, check.where);
     step_artifact(step_id, "diagnosis", content);
 }
 

@@ -31,7 +31,7 @@ struct not_saved : std::runtime_error {
 std::filesystem::path create_run_folder(const std::filesystem::path &results, const std::string &name);
 
 /* The log of a step that had to wait has this when the wait is over: its time counts from here. */
-constexpr const char *service_began = "the service has begun the request";
+constexpr const char *SERVICE_BEGAN = "the service has begun the request";
 
 enum class step_status { complete, error, skip };
 enum class run_status { pass, fail, error, skip }; /* error and skip have no result; skip: see run_error */
@@ -56,9 +56,9 @@ class writer
     std::string step_start(const std::string &name, const ordered_json &content);
     /* The value of a check, with its unit and limits where there are any. Writes nothing for an empty value and for a
      * number that is none. */
-    void measurement(const std::string &step_id, const common::check &measured);
+    void measurement(const std::string &step_id, const common::check &check);
     /* Its verdict, and the sentence if there is one. */
-    void diagnosis(const std::string &step_id, const common::check &judged);
+    void diagnosis(const std::string &step_id, const common::check &check);
     void error(const std::string &step_id, const std::string &symptom, const std::string &message);
     void log(const std::string &step_id, const std::string &message);
     void step_end(const std::string &step_id, step_status status);

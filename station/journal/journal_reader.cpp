@@ -1,15 +1,14 @@
 /* SPDX-License-Identifier: MIT
  *
- * Trusts nothing: members that are missing or of another type are empty.
+ * What the lines of a journal say, one by one. What they come to together is in run_record.
  */
-#include "journal_reader.h"
+#include "journal_lines.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
-#include <sstream>
 
 #include "common/text.h"
 #include "journal.h"
@@ -18,66 +17,7 @@
 namespace journal
 {
 
-namespace
-{
-
-using nlohmann::json;
-
-const json &member(const json &object, const char *name)
-{
-    const json none;
-    const auto found = object.is_object() ? object.find(name) : object.end();
-    return object.is_object() && found != object.end() ? *found : none;
-}
-
-std::string text_of(const json &value)
-{
-    return value.is_string() ? common::printable(value.get_ref<const std::string &>()) : "";
-}
-
-std::string text_at(const json &object, const char *name)
-{
-    return text_of(member(object, name));
-}
-
-common::value value_at(const json &object, const char *name)
-{
-    const json &value = member(object, name);
-    return value.is_string() ? common::value(text_of(value)) : common::value::of(value);
-}
-
-constexpr int most_port = 9999;
-
-int64_t count_at(const json &object, const char *name, int64_t otherwise)
-{
-    const json &value = member(object, name);
-    return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
-}
-
-moment moment_at(const json &object, const char *name)
-{
-    const std::string text = text_at(object, name);
-    return {text, parse_timestamp(text)};
-}
-
-/* The number at the end of a location such as 7 or PORT7, which can be no more than a few digits long. */
-int port_number(const std::string &location)
-{
-    constexpr size_t most_digits = 4;
-    const size_t begin = location.find_last_not_of("0123456789") + 1;
-    const size_t digits = location.size() - begin;
-    return digits == 0 || digits > most_digits ? 0 : std::stoi(location.substr(begin));
-}
-
-/* A list with commas between the names. */
-std::vector<std::string> names_in(const std::string &list)
-{
-    std::vector<std::string> names;
-    std::istringstream items(list);
-    for (std::string name; std::getline(items, name, ',');)
-        names.push_back(name);
-    return names;
-}
+constexpr int MOST_PORT = 9999;
 
 class reader
 {
@@ -104,7 +44,7 @@ class reader
     void error(attempt &, const json &);
     void log(attempt &, const json &);
     void end(attempt &, const json &);
-    check measured(const json &) const;
+    check measurement_of(const json &) const;
     place where(const json &) const;
 
     run_record &run;
@@ -152,13 +92,11 @@ void reader::run_artifact(const json &artifact)
 void reader::run_error(const fault &wrong)
 {
     static const std::regex signal("SIG[A-Z0-9]+");
-    if (wrong.symptom != "interrupted") {
-        run.errors.push_back(wrong);
-        return;
-    }
+    if (wrong.symptom != "interrupted")
+        return run.errors.push_back(wrong);
     choice.interrupted = true;
-    if (std::smatch named; std::regex_search(wrong.message, named, signal))
-        run.signal = named.str();
+    if (std::smatch match; std::regex_search(wrong.message, match, signal))
+        run.signal = match.str();
 }
 
 void reader::run_start(const json &begin)
@@ -170,8 +108,8 @@ void reader::run_start(const json &begin)
     run.version = text_at(begin, "version");
     run.plan_file = text_at(parameters, "plan");
     run.plan_sha256 = text_at(parameters, "plan_sha256");
-    choice.only = names_in(text_at(parameters, "only"));
-    choice.skipped = names_in(text_at(parameters, "skip"));
+    choice.only = names_at(parameters, "only");
+    choice.skipped = names_at(parameters, "skip");
     run.partial = !choice.only.empty() || !choice.skipped.empty();
     run.product = text_at(unit, "name");
     run.operator_name = text_at(metadata, "operator");
@@ -185,9 +123,8 @@ void reader::run_start(const json &begin)
 
 void reader::hardware(const json &info)
 {
-    const std::string id = text_at(info, "hardwareInfoId");
-    const std::string name = text_at(info, "name");
-    const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number(text_at(info, "location"))};
+    const std::string id = text_at(info, "hardwareInfoId"), name = text_at(info, "name");
+    const place part{id, name.empty() ? id : name, text_at(info, "partType"), port_number_at(info, "location")};
     if (run.serial.empty())
         run.serial = text_at(info, "serialNumber");
     const bool is_new = places.emplace(id, part).second;
@@ -199,14 +136,14 @@ void reader::step_artifact(const json &artifact)
 {
     if (!artifact.is_object())
         return;
-    const auto [found, is_new] = steps.emplace(text_at(artifact, "testStepId"), run.attempts.size());
+    const auto [row, is_new] = steps.emplace(text_at(artifact, "testStepId"), run.attempts.size());
     if (is_new) {
         attempt &step = run.attempts.emplace_back();
         step.start = step.begun = now;
     }
     for (const auto &[name, content] : artifact.items())
         if (const auto handler = step_handlers.find(name); handler != step_handlers.end())
-            (this->*handler->second)(run.attempts[found->second], content);
+            (this->*handler->second)(run.attempts[row->second], content);
 }
 
 void reader::start(attempt &step, const json &content)
@@ -227,16 +164,16 @@ void reader::extension(attempt &step, const json &added)
     step.judges_ports = member(content, "judges_ports") != false;
     if (const json &covers = member(content, "covers"); covers.is_array())
         for (const json &port : covers)
-            if (port.is_number_unsigned() && port <= most_port)
+            if (port.is_number_unsigned() && port <= MOST_PORT)
                 step.covers.push_back(port.get<int>());
 }
 
 place reader::where(const json &content) const
 {
-    const std::string id = text_at(content, "hardwareInfoId");
-    const std::string within = text_at(member(content, "subcomponent"), "name");
-    const auto known = places.find(id);
-    place at = known != places.end() ? known->second : place{id, id};
+    const std::string id = text_at(content, "hardwareInfoId"),
+                      within = text_at(member(content, "subcomponent"), "name");
+    const auto row = places.find(id);
+    place at = row != places.end() ? row->second : place{id, id};
     if (within.empty())
         return at.id.empty() ? place{"unit", "unit"} : at;
     at.name += (at.name.empty() ? "" : " ") + within;
@@ -244,53 +181,52 @@ place reader::where(const json &content) const
     return at;
 }
 
-check reader::measured(const json &content) const
+check reader::measurement_of(const json &content) const
 {
-    check made{.name = text_at(content, "name"),
-               .where = where(content),
-               .value = value_at(content, "value"),
-               .unit = text_at(content, "unit"),
-               .time = now.text};
+    check entry{.name = text_at(content, "name"),
+                .where = where(content),
+                .value = value_at(content, "value"),
+                .unit = text_at(content, "unit"),
+                .time = now.text};
     if (const json &limits = member(content, "validators"); limits.is_array())
         for (const json &one : limits)
-            made.limits.push_back({text_at(one, "type"), value_at(one, "value")});
-    return made;
+            entry.limits.push_back({text_at(one, "type"), value_at(one, "value")});
+    return entry;
 }
 
 void reader::measurement(attempt &step, const json &content)
 {
-    step.checks.push_back(measured(content));
+    step.checks.push_back(measurement_of(content));
 }
 
 void reader::series_start(attempt &, const json &content)
 {
-    series.insert_or_assign(text_at(content, "measurementSeriesId"), measured(content));
+    series.insert_or_assign(text_at(content, "measurementSeriesId"), measurement_of(content));
 }
 
 void reader::series_element(attempt &step, const json &content)
 {
-    const auto known = series.find(text_at(content, "measurementSeriesId"));
-    if (known == series.end())
-        return;
-    check &made = step.checks.emplace_back(known->second);
-    made.value = value_at(content, "value");
-    made.time = now.text;
+    if (const auto row = series.find(text_at(content, "measurementSeriesId")); row != series.end()) {
+        step.checks.push_back(row->second);
+        step.checks.back().value = value_at(content, "value");
+        step.checks.back().time = now.text;
+    }
 }
 
 void reader::diagnosis(attempt &step, const json &content)
 {
     const auto [name, verdict] = read_diagnosis(text_at(content, "verdict"), text_at(content, "type"));
-    check made{.name = name,
-               .verdict = verdict,
-               .sentence = text_at(content, "message"),
-               .where = where(content),
-               .time = now.text};
-    if (name != "step" || made.where.id != "unit") {
-        step.checks.push_back(std::move(made));
-        return;
+    check entry{.name = name,
+                .verdict = verdict,
+                .sentence = text_at(content, "message"),
+                .where = where(content),
+                .time = now.text};
+    if (name == "step" && entry.where.id == "unit") {
+        step.verdict = verdict;
+        step.summary = entry.sentence;
+    } else {
+        step.checks.push_back(std::move(entry));
     }
-    step.verdict = verdict;
-    step.summary = made.sentence;
 }
 
 void reader::error(attempt &step, const json &content)
@@ -301,7 +237,7 @@ void reader::error(attempt &step, const json &content)
 void reader::log(attempt &step, const json &content)
 {
     step.notes.push_back(text_at(content, "message"));
-    if (step.notes.back() == service_began)
+    if (step.notes.back() == SERVICE_BEGAN)
         step.begun = now;
 }
 
@@ -321,25 +257,22 @@ void reader::end(attempt &step, const json &content)
         step.summary = step.notes.back();
 }
 
-json parsed(const text_line &line, const std::string &file)
+static json object_of(const text_line &line, const std::string &file)
 {
     json value = json::parse(common::printable(line.text), nullptr, false);
-    const bool is_first = line.number == 1;
     if (!value.is_object())
         throw no_journal(fmt::format("{}:{}: not a JSON object, so this is no journal", file, line.number));
-    if (is_first && !member(value, "schemaVersion").is_object())
+    if (line.number == 1 && !member(value, "schemaVersion").is_object())
         throw no_journal(fmt::format("{}:1: no schemaVersion, so this is no journal", file));
     return value;
 }
-
-} // namespace
 
 run_choice read_lines(std::string_view text, const std::string &file, run_record &run)
 {
     reader journal(run);
     for (const text_line &line : lines_of(text))
         if (line.complete)
-            journal.read(parsed(line, file));
+            journal.read(object_of(line, file));
     return journal.choice;
 }
 

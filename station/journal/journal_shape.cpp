@@ -1,5 +1,10 @@
-/* SPDX-License-Identifier: MIT */
-#include "journal_shape.h"
+/* SPDX-License-Identifier: MIT
+ *
+ * The shape of a journal's line, by format.schema.json, which is compiled in. Of JSON Schema it takes what that has:
+ * $ref (to a definition, beside other keywords), type, title, properties, required, additionalProperties: false, items,
+ * enum of texts, minimum, and date-time as the one format.
+ */
+#include "journal_lines.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -13,20 +18,16 @@ namespace journal
 
 extern const char *const format_schema;
 
-namespace
-{
-
-using nlohmann::json;
 using schema = nlohmann::ordered_json;
 
-const schema &root()
+static const schema &root()
 {
     static const schema whole = schema::parse(format_schema);
     return whole;
 }
 
 /* The keyword of a schema, or else of what it refers to; null when neither has it. */
-const schema &keyword(const schema &rule, const char *name)
+static const schema &keyword(const schema &rule, const char *name)
 {
     static const schema none;
     const auto own = rule.find(name), link = rule.find("$ref");
@@ -36,12 +37,12 @@ const schema &keyword(const schema &rule, const char *name)
                               : keyword(root().at(schema::json_pointer(link->get<std::string>().substr(1))), name);
 }
 
-bool has_text(const schema &list, const std::string &text)
+static bool has_text(const schema &list, const std::string &text)
 {
     return std::ranges::any_of(list, [&](const schema &one) { return one.get_ref<const std::string &>() == text; });
 }
 
-bool has_type(const json &value, const std::string &type)
+static bool has_type(const json &value, const std::string &type)
 {
     return type == "number"    ? value.is_number()
            : type == "integer" ? value.is_number_integer()
@@ -49,14 +50,14 @@ bool has_type(const json &value, const std::string &type)
                                : type == value.type_name();
 }
 
-bool has_type(const json &value, const schema &types)
+static bool has_type(const json &value, const schema &types)
 {
     return types.is_array() ? std::ranges::any_of(
                                   types, [&](const schema &type) { return has_type(value, type.get<std::string>()); })
                             : has_type(value, types.get<std::string>());
 }
 
-bool holds(const json &value, const schema &rule)
+static bool holds(const json &value, const schema &rule)
 {
     const schema &type = keyword(rule, "type"), &items = keyword(rule, "items"), &minimum = keyword(rule, "minimum");
     const schema &choices = keyword(rule, "enum");
@@ -68,7 +69,7 @@ bool holds(const json &value, const schema &rule)
             std::ranges::all_of(value, [&](const json &one) { return has_type(one, keyword(items, "type")); }));
 }
 
-std::string expectation(const schema &rule)
+static std::string expectation(const schema &rule)
 {
     const schema &title = keyword(rule, "title"), &choices = keyword(rule, "enum"), &items = keyword(rule, "items");
     if (!choices.is_null())
@@ -95,7 +96,7 @@ void shape_checker::check(const json &value, const schema &rule, const std::stri
     }
     if (value.is_object())
         check_members(value, rule, place + ".");
-    for (size_t i = 0; !items.is_null() && i < value.size(); ++i)
+    for (size_t i = 0; !items.is_null() && i < value.size(); i++)
         check(value[i], items, fmt::format("{}[{}]", place, i));
 }
 
@@ -113,8 +114,6 @@ void shape_checker::check_members(const json &object, const schema &rule, const 
             sentences.push_back(prefix + name + " is no " +
                                 (names.is_null() ? "member that a journal has" : names["title"].get<std::string>()));
 }
-
-} // namespace
 
 std::vector<std::string> shape_problems(const json &line)
 {

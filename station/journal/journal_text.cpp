@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: MIT
  *
- * A journal as it lies on the disk: text of one JSON object a line.
+ * Of a line's values: trusts nothing, members that are missing or of another type are empty.
  */
 #include "journal_text.h"
 
@@ -9,8 +9,12 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "common/file.h"
+#include "common/text.h"
+#include "journal_lines.h"
 
 namespace journal
 {
@@ -77,6 +81,105 @@ std::optional<int64_t> parse_timestamp(std::string_view text)
     const auto seconds = std::chrono::sys_days(day).time_since_epoch() + std::chrono::hours(hour) +
                          std::chrono::minutes(minute) + std::chrono::seconds(second);
     return std::chrono::milliseconds(seconds).count() + part(20, 3);
+}
+
+const json &member(const json &object, const char *name)
+{
+    static const json none;
+    const auto value = object.is_object() ? object.find(name) : object.end();
+    return object.is_object() && value != object.end() ? *value : none;
+}
+
+static std::string text_of(const json &value)
+{
+    return value.is_string() ? common::printable(value.get_ref<const std::string &>()) : "";
+}
+
+std::string text_at(const json &object, const char *name)
+{
+    return text_of(member(object, name));
+}
+
+common::value value_at(const json &object, const char *name)
+{
+    const json &value = member(object, name);
+    return value.is_string() ? common::value(text_of(value)) : common::value::of(value);
+}
+
+moment moment_at(const json &object, const char *name)
+{
+    const std::string text = text_at(object, name);
+    return {text, parse_timestamp(text)};
+}
+
+int64_t count_at(const json &object, const char *name, int64_t otherwise)
+{
+    const json &value = member(object, name);
+    return value.is_number_integer() && value > 0 && value < 1000000 ? value.get<int64_t>() : otherwise;
+}
+
+int port_number_at(const json &object, const char *name)
+{
+    const std::string location = text_at(object, name);
+    constexpr size_t MOST_DIGITS = 4;
+    const size_t begin = location.find_last_not_of("0123456789") + 1;
+    const size_t digits = location.size() - begin;
+    return digits == 0 || digits > MOST_DIGITS ? 0 : std::stoi(location.substr(begin));
+}
+
+std::vector<std::string> names_at(const json &object, const char *name)
+{
+    std::vector<std::string> names;
+    std::istringstream items(text_at(object, name));
+    for (std::string item; std::getline(items, item, ',');)
+        names.push_back(item);
+    return names;
+}
+
+std::string raw_text_at(const json &object, const char *name)
+{
+    const auto value = object.find(name);
+    return value != object.end() && value->is_string() ? value->get<std::string>() : "";
+}
+
+/* The endings of the names, longest first, and the type with which each counts. */
+struct ending {
+    diagnosis_ending as;
+    common::verdict verdict;
+};
+constexpr ending ENDINGS[] = {
+    {{"-fail-retried", "UNKNOWN"}, verdict::retried},
+    {{"-not-tested", "UNKNOWN"}, verdict::not_tested},
+    {{"-unknown", "UNKNOWN"}, verdict::unjudged},
+    {{"-pass", "PASS"}, verdict::pass},
+    {{"-fail", "FAIL"}, verdict::fail},
+    /* of other programs */
+    {{"", "PASS"}, verdict::pass},
+    {{"", "FAIL"}, verdict::fail},
+    {{"", ""}, verdict::unjudged},
+};
+
+diagnosis_name read_diagnosis(std::string_view name, std::string_view type)
+{
+    for (const auto &[suffix, verdict] : ENDINGS)
+        if (name.ends_with(suffix.text) && (suffix.type == type || suffix.type.empty()))
+            return {std::string(name.substr(0, name.size() - suffix.text.size())), verdict};
+    return {std::string(name), verdict::unjudged};
+}
+
+diagnosis_ending ending_of(verdict verdict)
+{
+    const auto *row = std::ranges::find(ENDINGS, verdict, &ending::verdict);
+    return row != std::end(ENDINGS) ? row->as : ending_of(verdict::unjudged);
+}
+
+run_result read_result(std::string_view status, std::string_view result)
+{
+    if (status == "COMPLETE" && result == "PASS")
+        return run_result::pass;
+    if (status == "COMPLETE" && result == "FAIL")
+        return run_result::fail;
+    return status == "SKIP" && result == "NOT_APPLICABLE" ? run_result::unjudged : run_result::no_verdict;
 }
 
 } // namespace journal

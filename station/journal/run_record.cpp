@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * What the lines of a journal come to together.
- */
+/* SPDX-License-Identifier: MIT */
 #include "run_record.h"
 
 #include <algorithm>
@@ -9,8 +6,7 @@
 #include <map>
 
 #include "common/text.h"
-#include "journal_check.h"
-#include "journal_reader.h"
+#include "journal_lines.h"
 #include "journal_text.h"
 
 namespace journal
@@ -25,8 +21,8 @@ static bool is_pass(run_result result)
 static verdict worst_check(const attempt &step)
 {
     verdict worst = verdict::none;
-    for (const check &made : step.checks)
-        worst = prevailing(worst, made.verdict);
+    for (const check &entry : step.checks)
+        worst = prevailing(worst, entry.verdict);
     return worst == verdict::none ? verdict::unjudged : worst;
 }
 
@@ -43,8 +39,8 @@ static bool is_chosen(const run_choice &choice, const std::string &step)
  * and not run. A whole plan whose steps passed would have ended with a pass. */
 static run_result result_of_skip(const run_record &run, const run_choice &choice)
 {
-    const auto has_last = [&](const auto &wanted) {
-        return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && wanted(step); });
+    const auto has_last = [&](const auto &condition) {
+        return std::ranges::any_of(run.attempts, [&](const attempt &step) { return step.is_last && condition(step); });
     };
     const bool passed = has_last([](const attempt &step) { return step.verdict == verdict::pass; });
     const bool cut_short = run.plan_sha256.empty() && has_last([&](const attempt &step) {
@@ -104,10 +100,10 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
 {
     if (!is_pass(run.result))
         return;
-    const check_outcome found = check_journal(text);
+    const check_outcome outcome = check_journal(text);
     const auto first =
-        std::ranges::find_if(found.problems, [](const problem &one) { return one.sentence != partial_pass; });
-    if (first == found.problems.end())
+        std::ranges::find_if(outcome.problems, [](const problem &one) { return one.sentence != PARTIAL_PASS; });
+    if (first == outcome.problems.end())
         return;
     run.errors.push_back(
         {"invalid-journal", fmt::format("The journal ends with {}, but is not valid: line {}: {}.", word_of(run.result),
@@ -117,7 +113,7 @@ static void refuse_damaged_pass(run_record &run, std::string_view text)
 
 run_record read_run(const std::filesystem::path &run_dir)
 try {
-    const auto file = run_dir / file_name;
+    const auto file = run_dir / FILE_NAME;
     const std::string text = read_text(file);
     run_record run;
     conclude(run, read_lines(text, file.string(), run));
@@ -139,14 +135,21 @@ std::optional<double> seconds_between(const moment &start, const moment &end)
     return static_cast<double>(std::max<int64_t>(0, *end.ms - *start.ms)) / 1000;
 }
 
-std::optional<double> time_of(const attempt &tried)
+std::optional<double> time_of(const attempt &step)
 {
-    return seconds_between(tried.begun, tried.end);
+    return seconds_between(step.begun, step.end);
 }
 
-bool passed_by_retry(const attempt &tried)
+bool passed_by_retry(const attempt &step)
 {
-    return tried.verdict == verdict::pass && tried.number > 1;
+    return step.verdict == verdict::pass && step.number > 1;
+}
+
+verdict prevailing(verdict a, verdict b)
+{
+    const bool judged_by_one =
+        (a == verdict::pass && b == verdict::unjudged) || (a == verdict::unjudged && b == verdict::pass);
+    return judged_by_one ? verdict::pass : common::worse(a, b);
 }
 
 } // namespace journal

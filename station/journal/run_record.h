@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "common/verdict.h"
-#include "wording.h"
 
 namespace journal
 {
@@ -80,10 +79,13 @@ bool is_meant(const std::string &name, const std::string &step);
 std::optional<double> seconds_between(const moment &start, const moment &end);
 
 /* How long the request was at work: the wait for a busy service is not the step's. Nothing without an end. */
-std::optional<double> time_of(const attempt &tried);
+std::optional<double> time_of(const attempt &step);
 
 /* Whether the step passed after attempts that failed. */
-bool passed_by_retry(const attempt &tried);
+bool passed_by_retry(const attempt &step);
+
+/* What counts of two checks of one thing: the worse; but a check that nothing judges takes no pass from another. */
+verdict prevailing(verdict a, verdict b);
 
 } // namespace journal
 

@@ -10,7 +10,6 @@
 #include "common/text.h"
 #include "common/verdict.h"
 #include "common/words.h"
-#include "station/reports/findings.h"
 
 namespace plan
 {

@@ -85,7 +85,7 @@ verdict runner::conclude(const std::string &id, const step &task, int64_t attemp
 void runner::show_working(const std::string &id, const step &task, const std::string &done)
 {
     if (waiting_)
-        journal_.log(id, journal::service_began);
+        journal_.log(id, journal::SERVICE_BEGAN);
     waiting_ = false;
     if (station::noted_signal() != 0)
         announce(fmt::format("waiting for {} to end, at most {} s; then", task.name, settings_.grace.count()));

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fmt/format.h>
 
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports
@@ -22,8 +22,8 @@ static bool is_number(const std::string &text)
 /* A text that a spreadsheet would take for a formula gets an apostrophe, by which it stays text. */
 static std::string disarmed(const std::string &text)
 {
-    constexpr std::string_view formula_starts = "=+-@\t\n";
-    const bool is_formula = !text.empty() && formula_starts.find(text[0]) != std::string_view::npos && !is_number(text);
+    constexpr std::string_view FORMULA_STARTS = "=+-@\t\n";
+    const bool is_formula = !text.empty() && FORMULA_STARTS.find(text[0]) != std::string_view::npos && !is_number(text);
     return is_formula ? "'" + text : text;
 }
 
@@ -46,36 +46,36 @@ static std::string row_text(const std::vector<std::string> &fields)
     return row + "\n";
 }
 
-static std::string observation_row(const journal::run_record &run, const journal::attempt &tried,
-                                   const common::check &made)
+static std::string observation_row(const journal::run_record &run, const journal::attempt &step,
+                                   const common::check &entry)
 {
-    const bool is_diagnosis = !is_measurement(made);
-    return row_text({disarmed(run.serial), disarmed(run.run_id), disarmed(tried.step), std::to_string(tried.number),
-                     disarmed(made.where.port > 0 ? std::to_string(made.where.port) : made.where.name),
-                     is_diagnosis ? "diagnosis" : "measurement", disarmed(made.name),
-                     made.value.is_number() ? made.value.text() : disarmed(made.value.text()), disarmed(made.unit),
-                     disarmed(limits_text(made.limits)), is_diagnosis ? word_of(made.verdict) : "",
-                     disarmed(made.sentence), made.time});
+    const bool is_diagnosis = !is_measurement(entry);
+    return row_text({disarmed(run.serial), disarmed(run.run_id), disarmed(step.step), std::to_string(step.number),
+                     disarmed(entry.where.port > 0 ? std::to_string(entry.where.port) : entry.where.name),
+                     is_diagnosis ? "diagnosis" : "measurement", disarmed(entry.name),
+                     entry.value.is_number() ? entry.value.text() : disarmed(entry.value.text()), disarmed(entry.unit),
+                     disarmed(limits_text(entry.limits)), is_diagnosis ? word_of(entry.verdict) : "",
+                     disarmed(entry.sentence), entry.time});
 }
 
 /* The judgement on the step as a whole, in the form of its checks. */
-static common::check whole_of(const journal::attempt &tried)
+static common::check whole_of(const journal::attempt &step)
 {
     return {.name = "step",
-            .verdict = tried.verdict,
-            .sentence = tried.summary,
+            .verdict = step.verdict,
+            .sentence = step.summary,
             .where = common::whole_unit(),
-            .time = tried.end.text};
+            .time = step.end.text};
 }
 
 std::string csv_text(const journal::run_record &run)
 {
     std::string text = row_text({"serial", "run_id", "step", "attempt", "port", "kind", "name", "value", "unit",
                                  "limits", "verdict", "message", "time"});
-    for (const journal::attempt &tried : run.attempts) {
-        for (const common::check &made : tried.checks)
-            text += observation_row(run, tried, made);
-        text += observation_row(run, tried, whole_of(tried));
+    for (const journal::attempt &step : run.attempts) {
+        for (const common::check &entry : step.checks)
+            text += observation_row(run, step, entry);
+        text += observation_row(run, step, whole_of(step));
     }
     return text;
 }

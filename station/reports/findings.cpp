@@ -1,8 +1,5 @@
-/* SPDX-License-Identifier: MIT
- *
- * What the reports have in common: what failed, what the station could not do, and numbers and times in words.
- */
-#include "findings.h"
+/* SPDX-License-Identifier: MIT */
+#include "report_parts.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -17,7 +14,7 @@ using common::verdict;
 static finding finding_of(const std::string &step, common::check what)
 {
     if (what.sentence.empty())
-        what.sentence = no_reason;
+        what.sentence = NO_REASON;
     return {step, std::move(what)};
 }
 
@@ -39,13 +36,13 @@ static void add_once(std::vector<finding> &findings, finding added)
 std::vector<finding> failures_of(const journal::run_record &run)
 {
     std::vector<finding> failures;
-    for (const journal::attempt &tried : run.attempts) {
+    for (const journal::attempt &step : run.attempts) {
         const size_t before = failures.size();
-        for (const common::check &one : tried.checks)
+        for (const common::check &one : step.checks)
             if (one.verdict == verdict::fail)
-                add_once(failures, finding_of(tried.step, one));
-        if (tried.verdict == verdict::fail && failures.size() == before)
-            failures.push_back(finding_of(tried.step, {"step", verdict::fail, tried.summary, common::whole_unit()}));
+                add_once(failures, finding_of(step.step, one));
+        if (step.verdict == verdict::fail && failures.size() == before)
+            failures.push_back(finding_of(step.step, {"step", verdict::fail, step.summary, common::whole_unit()}));
     }
     std::ranges::stable_sort(failures, {}, [](const finding &one) { return one.check.where.port; });
     return failures;
@@ -55,9 +52,9 @@ std::vector<finding> repaired_in(const journal::run_record &run)
 {
     std::vector<finding> repaired;
     const std::vector<finding> failures = failures_of(run);
-    for (const journal::attempt &tried : run.attempts)
-        for (const common::check &one : tried.checks) {
-            const finding first = finding_of(tried.step, one);
+    for (const journal::attempt &step : run.attempts)
+        for (const common::check &one : step.checks) {
+            const finding first = finding_of(step.step, one);
             const bool failed_again =
                 std::ranges::any_of(failures, [&](const finding &later) { return is_same(later, first); });
             if (one.verdict == verdict::retried && !failed_again)
@@ -76,14 +73,14 @@ std::vector<finding> faults_of(const journal::run_record &run)
     std::vector<finding> faults;
     for (const journal::fault &wrong : run.errors)
         faults.push_back(fault_of("", wrong));
-    for (const journal::attempt &tried : run.attempts) {
-        for (const journal::fault &wrong : tried.errors)
-            faults.push_back(fault_of(tried.step, wrong));
-        if (tried.errors.empty() && tried.verdict == verdict::no_verdict)
-            faults.push_back(fault_of(tried.step, {"no-verdict", tried.summary}));
+    for (const journal::attempt &step : run.attempts) {
+        for (const journal::fault &wrong : step.errors)
+            faults.push_back(fault_of(step.step, wrong));
+        if (step.errors.empty() && step.verdict == verdict::no_verdict)
+            faults.push_back(fault_of(step.step, {"no-verdict", step.summary}));
     }
     if (run.result == common::run_result::incomplete)
-        faults.push_back(fault_of("", {"incomplete", no_end}));
+        faults.push_back(fault_of("", {"incomplete", NO_END}));
     return faults;
 }
 
@@ -100,7 +97,7 @@ std::string time_text(const journal::moment &time)
 struct sign {
     const char *type, *text;
 };
-constexpr sign signs[] = {{"EQUAL", "exactly"},       {"NOT_EQUAL", "not"},
+constexpr sign SIGNS[] = {{"EQUAL", "exactly"},       {"NOT_EQUAL", "not"},
                           {"LESS_THAN", "<"},         {"LESS_THAN_OR_EQUAL", "<="},
                           {"GREATER_THAN", ">"},      {"GREATER_THAN_OR_EQUAL", ">="},
                           {"REGEX_MATCH", "matches"}, {"REGEX_NO_MATCH", "does not match"},
@@ -110,10 +107,10 @@ static std::string limits_text(const std::vector<common::limit> &limits, const s
 {
     std::string text;
     for (const common::limit &one : limits) {
-        const auto *known = std::ranges::find_if(signs, [&](const sign &shown) { return one.type == shown.type; });
+        const auto *row = std::ranges::find_if(SIGNS, [&](const sign &entry) { return one.type == entry.type; });
         text += text.empty() ? "" : ", ";
-        text += (known != std::end(signs) ? known->text : one.type) + " " + one.value.text() +
-                (unit.empty() ? "" : " " + unit);
+        text +=
+            (row != std::end(SIGNS) ? row->text : one.type) + " " + one.value.text() + (unit.empty() ? "" : " " + unit);
     }
     return text;
 }
@@ -123,9 +120,9 @@ std::string limits_text(const std::vector<common::limit> &limits)
     return limits_text(limits, "");
 }
 
-std::string limits_with_unit(const common::check &made)
+std::string limits_with_unit(const common::check &entry)
 {
-    return limits_text(made.limits, made.value.is_number() ? made.unit : "");
+    return limits_text(entry.limits, entry.value.is_number() ? entry.unit : "");
 }
 
 } // namespace reports

@@ -1,7 +1,4 @@
-/* SPDX-License-Identifier: MIT
- *
- * What many runs come to: yield, why units fail, and how long it takes.
- */
+/* SPDX-License-Identifier: MIT */
 #include "history.h"
 
 #include <algorithm>
@@ -10,7 +7,7 @@
 #include <set>
 
 #include "common/text.h"
-#include "findings.h"
+#include "report_parts.h"
 #include "station/journal/journal_text.h"
 
 namespace reports
@@ -23,7 +20,7 @@ using journal::run_record;
 struct past_run {
     std::string folder, serial;
     int64_t start_ms;
-    bool judged, passed;
+    bool has_verdict, passed;
     bool needed_retry;
 };
 
@@ -94,12 +91,13 @@ bool is_day(const std::string &text)
 
 static bool passes(const history_filter &filter, const run_record &run)
 {
-    const std::pair<const std::string &, const std::string &> wanted[] = {{filter.plan, run.plan},
-                                                                          {filter.product, run.product},
-                                                                          {filter.station, run.station},
-                                                                          {filter.serial, run.serial}};
+    const std::pair<const std::string &, const std::string &> criteria[] = {{filter.plan, run.plan},
+                                                                            {filter.product, run.product},
+                                                                            {filter.station, run.station},
+                                                                            {filter.serial, run.serial}};
     const std::string day = run.start.text.substr(0, 10);
-    return std::ranges::all_of(wanted, [](const auto &one) { return one.first.empty() || one.first == one.second; }) &&
+    return std::ranges::all_of(criteria,
+                               [](const auto &one) { return one.first.empty() || one.first == one.second; }) &&
            (filter.since.empty() || day >= filter.since) && (filter.until.empty() || day <= filter.until);
 }
 
@@ -107,8 +105,8 @@ static past_run add_run(history &runs, failure_maps &maps, const std::string &fo
 {
     const std::vector<finding> failures = failures_of(run);
     const auto took = seconds_between(run.start, run.end);
-    runs.listed.push_back({common::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
-                           run.result, run.partial, took, failures.size()});
+    runs.list.push_back({common::printable(folder), run.start.text, run.serial, run.plan, run.product, run.station,
+                         run.result, run.partial, took, failures.size()});
     runs.by_result[static_cast<size_t>(run.result)]++;
     runs.partial += run.partial ? 1 : 0;
     add_failures(maps, run, folder, failures);
@@ -129,27 +127,27 @@ static void add_units(history &runs, std::vector<past_run> all)
     std::ranges::sort(all, {}, [](const past_run &run) { return std::tie(run.start_ms, run.folder); });
     std::map<std::string, std::vector<const past_run *>> units;
     for (const past_run &run : all)
-        if (auto &judged = units[run.serial]; run.judged)
-            judged.push_back(&run);
+        if (auto &decisive = units[run.serial]; run.has_verdict)
+            decisive.push_back(&run);
     units.erase("");
     runs.units = units.size();
-    for (const auto &[serial, judged] : units) {
-        if (judged.empty())
+    for (const auto &[serial, decisive] : units) {
+        if (decisive.empty())
             continue;
-        const bool passed = judged.front()->passed;
+        const bool passed = decisive.front()->passed;
         runs.judged_units++;
         runs.passed_first += passed ? 1 : 0;
-        runs.passed_first_by_retry += passed && judged.front()->needed_retry ? 1 : 0;
-        runs.passed_last += judged.back()->passed ? 1 : 0;
+        runs.passed_first_by_retry += passed && decisive.front()->needed_retry ? 1 : 0;
+        runs.passed_last += decisive.back()->passed ? 1 : 0;
     }
 }
 
 /* By the number of units, then of runs; otherwise as they are. */
-static void sort_by_count(auto &listed, auto count)
+static void sort_by_count(auto &list, auto count)
 {
-    std::ranges::stable_sort(listed, std::ranges::greater{}, [&](const auto &one) {
-        const failure_count &counted = std::invoke(count, one);
-        return std::pair(counted.units, counted.runs);
+    std::ranges::stable_sort(list, std::ranges::greater{}, [&](const auto &one) {
+        const failure_count &number = std::invoke(count, one);
+        return std::pair(number.units, number.runs);
     });
 }
 
@@ -166,10 +164,10 @@ static std::vector<failing_port> ports_of(const failure_maps &maps)
 {
     std::vector<failing_port> ports;
     for (const auto &[name, port] : maps.by_port) {
-        failing_port &listed = ports.emplace_back(failing_port{name.second, port.failed.count()});
+        failing_port &entry = ports.emplace_back(failing_port{name.second, port.failed.count()});
         for (const auto &[check, failed] : port.checks)
-            listed.checks.emplace_back(check, failed.count());
-        sort_by_count(listed.checks, [](const auto &one) { return one.second; });
+            entry.checks.emplace_back(check, failed.count());
+        sort_by_count(entry.checks, [](const auto &one) { return one.second; });
     }
     sort_by_count(ports, &failing_port::count);
     return ports;

@@ -46,7 +46,7 @@ struct failing_port {
     std::vector<std::pair<std::string, failure_count>> checks = {}; /* the most frequent first */
 };
 
-struct listed_run {
+struct run_row {
     std::string folder, started, serial, plan, product, station;
     common::run_result result;
     bool partial;
@@ -59,7 +59,7 @@ struct listed_run {
  * nothing about the unit. Partial runs only count as runs: a unit that was tried at one step has not passed the plan.
  */
 struct history {
-    std::vector<listed_run> listed = {};                    /* as the folders sort */
+    std::vector<run_row> list = {};                         /* as the folders sort */
     size_t units = 0;                                       /* serial numbers */
     std::array<size_t, common::RUN_RESULTS> by_result = {}; /* indexed by common::run_result */
     size_t partial = 0;                                     /* runs */

@@ -6,15 +6,15 @@
 #include <nlohmann/json.hpp>
 
 #include "common/text.h"
-#include "findings.h"
 #include "history.h"
+#include "report_parts.h"
 
 namespace reports
 {
 
 using nlohmann::ordered_json;
 
-constexpr size_t most_reasons = 10, most_ports = 10;
+constexpr size_t MOST_REASONS = 10, MOST_PORTS = 10;
 
 static double median(const std::vector<double> &ascending)
 {
@@ -68,9 +68,9 @@ static std::string times_text(const history &runs)
                                               duration_text(runs.seconds.back()));
 }
 
-static std::string rarer_text(size_t all, size_t shown, const char *noun)
+static std::string rarer_text(size_t all, size_t rows, const char *noun)
 {
-    return all > shown ? fmt::format("{:13}and {}\n", "", counted(all - shown, noun)) : "";
+    return all > rows ? fmt::format("{:13}and {}\n", "", counted(all - rows, noun)) : "";
 }
 
 static std::string reasons_text(const history &runs, size_t columns)
@@ -78,13 +78,13 @@ static std::string reasons_text(const history &runs, size_t columns)
     if (runs.reasons.empty())
         return "";
     std::string text = "\nWhy units fail\nunits  runs  step, check\n";
-    for (size_t i = 0; i < runs.reasons.size() && i < most_reasons; i++) {
+    for (size_t i = 0; i < runs.reasons.size() && i < MOST_REASONS; i++) {
         const failure_reason &reason = runs.reasons[i];
         text += fmt::format("{:>5}  {:>4}  {}\n{:13}{}\n", reason.count.units, reason.count.runs,
                             common::wrapped(fmt::format("{}, {}", reason.step, reason.check), 13, columns), "",
                             common::wrapped("such as " + reason.example, 13, columns));
     }
-    return text + rarer_text(runs.reasons.size(), most_reasons, "rarer reason");
+    return text + rarer_text(runs.reasons.size(), MOST_REASONS, "rarer reason");
 }
 
 static std::string ports_text(const history &runs, size_t columns)
@@ -92,7 +92,7 @@ static std::string ports_text(const history &runs, size_t columns)
     if (runs.ports.empty())
         return "";
     std::string text = "\nWhich ports fail\nunits  runs  port, and the checks with their runs\n";
-    for (size_t i = 0; i < runs.ports.size() && i < most_ports; i++) {
+    for (size_t i = 0; i < runs.ports.size() && i < MOST_PORTS; i++) {
         const failing_port &port = runs.ports[i];
         std::string checks;
         for (const auto &[check, count] : port.checks)
@@ -100,18 +100,18 @@ static std::string ports_text(const history &runs, size_t columns)
         text += fmt::format("{:>5}  {:>4}  {}\n", port.count.units, port.count.runs,
                             common::wrapped(port.name + checks, 13, columns));
     }
-    return text + rarer_text(runs.ports.size(), most_ports, "other port");
+    return text + rarer_text(runs.ports.size(), MOST_PORTS, "other port");
 }
 
 std::string runs_text(const history &runs)
 {
     std::string text =
         fmt::format("{:<19}  {:<11}  {:>8}  serial, plan, folder\n", "started (UTC)", "result", "failures");
-    for (const listed_run &run : runs.listed)
+    for (const run_row &run : runs.list)
         text += fmt::format(
             "{:<19}  {:<11}  {:>8}  {}\n", run.started.substr(0, 19), word_of(run.result), run.failures,
             common::escaped(fmt::format("{}, {}, {}", run.serial.empty() ? "-" : run.serial, run.plan, run.folder)));
-    return runs.listed.empty() ? "" : text + "\n";
+    return runs.list.empty() ? "" : text + "\n";
 }
 
 static std::string skipped_text(const history &runs)
@@ -126,20 +126,20 @@ static std::string skipped_text(const history &runs)
 
 std::string history_text(const history &runs, size_t columns)
 {
-    if (runs.listed.empty())
+    if (runs.list.empty())
         return "No runs\n" + skipped_text(runs);
-    return fmt::format("{} of {}: {}\n\n", counted(runs.listed.size(), "run"), counted(runs.units, "unit"),
+    return fmt::format("{} of {}: {}\n\n", counted(runs.list.size(), "run"), counted(runs.units, "unit"),
                        results_text(runs)) +
            yield_text(runs) + partial_text(runs) + times_text(runs) + reasons_text(runs, columns) +
            ports_text(runs, columns) + skipped_text(runs);
 }
 
-static ordered_json yield_json(size_t passed, size_t judged)
+static ordered_json yield_json(size_t passed, size_t all)
 {
-    return {{"passed", passed}, {"of", judged}, {"percent", percent(passed, judged)}};
+    return {{"passed", passed}, {"of", all}, {"percent", percent(passed, all)}};
 }
 
-static ordered_json run_json(const listed_run &run)
+static ordered_json run_json(const run_row &run)
 {
     ordered_json object{
         {"folder", run.folder},    {"started", run.started}, {"serial", run.serial},           {"plan", run.plan},
@@ -160,7 +160,7 @@ static ordered_json port_json(const failing_port &port)
 
 std::string history_json(const history &runs)
 {
-    ordered_json object{{"runs", runs.listed.size()}, {"units", runs.units}, {"partial", runs.partial}};
+    ordered_json object{{"runs", runs.list.size()}, {"units", runs.units}, {"partial", runs.partial}};
     for (size_t i = 0; i < runs.by_result.size(); i++)
         object["results"][word_of(static_cast<common::run_result>(i))] = runs.by_result[i];
     if (runs.judged_units > 0) {
@@ -182,7 +182,7 @@ std::string history_json(const history &runs)
     for (const failing_port &port : runs.ports)
         object["ports"].push_back(port_json(port));
     object["run_list"] = ordered_json::array();
-    for (const listed_run &run : runs.listed)
+    for (const run_row &run : runs.list)
         object["run_list"].push_back(run_json(run));
     object["skipped"] = runs.skipped;
     return object.dump(2) + "\n";

@@ -5,15 +5,14 @@
  */
 #include <algorithm>
 
-#include "findings.h"
 #include "page_data.h"
-#include "port_state.h"
+#include "report_parts.h"
 
 namespace reports
 {
 
 struct panel_port {
-    const port_finding *found;
+    const port_finding *finding;
     int column, row;
 };
 
@@ -28,8 +27,8 @@ struct panel_group {
     std::vector<panel_block> blocks;
 };
 
-constexpr int most_columns = 6;     /* of a block */
-constexpr size_t most_in_a_row = 4; /* groups of up to so many ports are not stacked */
+constexpr int MOST_COLUMNS = 6;     /* of a block */
+constexpr size_t MOST_IN_A_ROW = 4; /* groups of up to so many ports are not stacked */
 
 using port_list = std::vector<const port_finding *>;
 
@@ -41,11 +40,11 @@ struct named_ports {
 static std::vector<named_ports> by_group(const std::vector<port_finding> &ports)
 {
     std::vector<named_ports> groups;
-    for (const port_finding &found : ports) {
-        auto known = std::ranges::find(groups, found.port.group, &named_ports::name);
-        if (known == groups.end())
-            known = groups.insert(known, {found.port.group});
-        known->ports.push_back(&found);
+    for (const port_finding &finding : ports) {
+        auto entry = std::ranges::find(groups, finding.port.group, &named_ports::name);
+        if (entry == groups.end())
+            entry = groups.insert(entry, {finding.port.group});
+        entry->ports.push_back(&finding);
     }
     return groups;
 }
@@ -53,17 +52,17 @@ static std::vector<named_ports> by_group(const std::vector<port_finding> &ports)
 /* Ports 2n-1 and 2n stand above each other; one whose partner is elsewhere stands alone. */
 static std::vector<panel_block> blocks_of(const port_list &ports)
 {
-    const bool stacked = ports.size() > most_in_a_row;
+    const bool stacked = ports.size() > MOST_IN_A_ROW;
     std::vector<panel_block> blocks;
     int pair = -1;
-    for (const port_finding *found : ports) {
-        const int row = stacked && found->port.port % 2 == 0 ? 1 : 0;
-        const bool is_partner = row == 1 && pair == found->port.port - 1 && !blocks.empty();
-        if (blocks.empty() || (!is_partner && blocks.back().columns == most_columns))
+    for (const port_finding *finding : ports) {
+        const int row = stacked && finding->port.port % 2 == 0 ? 1 : 0;
+        const bool is_partner = row == 1 && pair == finding->port.port - 1 && !blocks.empty();
+        if (blocks.empty() || (!is_partner && blocks.back().columns == MOST_COLUMNS))
             blocks.push_back({{}, 0, stacked ? 2 : 1});
         blocks.back().columns += is_partner ? 0 : 1;
-        blocks.back().ports.push_back({found, blocks.back().columns - 1, row});
-        pair = row == 0 ? found->port.port : -1;
+        blocks.back().ports.push_back({finding, blocks.back().columns - 1, row});
+        pair = row == 0 ? finding->port.port : -1;
     }
     return blocks;
 }
@@ -82,7 +81,7 @@ struct look {
     port_state state;
     const char *style, *mark, *meaning;
 };
-constexpr look looks[] = {
+constexpr look LOOKS[] = {
     {port_state::failed, "fail", "FAIL", "failed"},
     {port_state::retried, "warn", "RETRY", "failed at first"},
     {port_state::passed_so_far, "part", "PART", "passed so far, something is missing"},
@@ -92,43 +91,43 @@ constexpr look looks[] = {
 
 static const look &look_of(port_state state)
 {
-    return *std::ranges::find(looks, state, &look::state);
+    return *std::ranges::find(LOOKS, state, &look::state);
 }
 
-constexpr int port_width = 42, port_height = 40, bay_margin = 5;
+constexpr int PORT_WIDTH = 42, PORT_HEIGHT = 40, BAY_MARGIN = 5;
 
 static data port_data(const panel_port &port)
 {
-    const look &shown = look_of(port.found->state);
-    return object({{"number", std::to_string(port.found->port.port)},
-                   {"word", word_of(port.found->state)},
-                   {"style", shown.style},
-                   {"mark", shown.mark},
-                   {"sentence", port.found->sentence},
-                   {"x", std::to_string(bay_margin + port.column * port_width)},
-                   {"y", std::to_string(bay_margin + port.row * port_height)}});
+    const look &entry = look_of(port.finding->state);
+    return object({{"number", std::to_string(port.finding->port.port)},
+                   {"word", word_of(port.finding->state)},
+                   {"style", entry.style},
+                   {"mark", entry.mark},
+                   {"sentence", port.finding->sentence},
+                   {"x", std::to_string(BAY_MARGIN + port.column * PORT_WIDTH)},
+                   {"y", std::to_string(BAY_MARGIN + port.row * PORT_HEIGHT)}});
 }
 
 static data block_data(const panel_block &block)
 {
-    const int width = 2 * bay_margin + block.columns * port_width, height = 2 * bay_margin + block.rows * port_height;
+    const int width = 2 * BAY_MARGIN + block.columns * PORT_WIDTH, height = 2 * BAY_MARGIN + block.rows * PORT_HEIGHT;
     return object({{"width", std::to_string(width)},
                    {"height", std::to_string(height)},
                    {"inner_width", std::to_string(width - 1)},
                    {"inner_height", std::to_string(height - 1)},
-                   {"first", std::to_string(block.ports.front().found->port.port)},
-                   {"last", std::to_string(block.ports.back().found->port.port)},
+                   {"first", std::to_string(block.ports.front().finding->port.port)},
+                   {"last", std::to_string(block.ports.back().finding->port.port)},
                    {"ports", list(block.ports, port_data)}});
 }
 
 static data legend(const std::vector<port_finding> &ports)
 {
     data entries{data::type::list};
-    for (const look &shown : looks)
-        if (const auto count = std::ranges::count(ports, shown.state, &port_finding::state); count > 0)
-            entries.push_back(object({{"style", shown.style},
-                                      {"mark", shown.mark},
-                                      {"meaning", shown.meaning},
+    for (const look &entry : LOOKS)
+        if (const auto count = std::ranges::count(ports, entry.state, &port_finding::state); count > 0)
+            entries.push_back(object({{"style", entry.style},
+                                      {"mark", entry.mark},
+                                      {"meaning", entry.meaning},
                                       {"count", std::to_string(count)}}));
     return entries;
 }

@@ -4,8 +4,8 @@
  */
 #include <stdexcept>
 
-#include "findings.h"
 #include "page_data.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports
@@ -16,12 +16,12 @@ extern const char *const report_template; /* the text of report.mustache */
 using common::run_result;
 using common::verdict;
 
-data object(const members &named)
+data object(const members &rows)
 {
-    data made{data::type::object};
-    for (const auto &[name, value] : named)
-        made.set(name, value);
-    return made;
+    data result{data::type::object};
+    for (const auto &[name, value] : rows)
+        result.set(name, value);
+    return result;
 }
 
 const char *style_of(verdict of)
@@ -81,7 +81,7 @@ static data finding_data(const finding &one)
 
 static data facts(const journal::run_record &run)
 {
-    const std::pair<const char *, std::string> named[] = {
+    const std::pair<const char *, std::string> rows[] = {
         {"Product", run.product},
         {"Plan", run.plan + (run.version.empty() ? "" : " " + run.version)},
         {"Station", run.station},
@@ -90,9 +90,7 @@ static data facts(const journal::run_record &run)
         {run.result == common::run_result::incomplete ? "Last heard of" : "Finished", time_text(run.end)},
         {"Took", duration_text(seconds_between(run.start, run.end))},
         {"Run", run.run_id}};
-    return list(named, [](const auto &fact) {
-        return object({{"name", fact.first}, {"value", or_dash(fact.second)}});
-    });
+    return list(rows, [](const auto &fact) { return object({{"name", fact.first}, {"value", or_dash(fact.second)}}); });
 }
 
 /* By what the run was made; what the journal does not say is left out. */

@@ -9,7 +9,7 @@
 #include <set>
 #include <span>
 
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports
@@ -17,9 +17,6 @@ namespace reports
 
 using common::run_result;
 using common::verdict;
-
-namespace
-{
 
 struct string_writer : pugi::xml_writer {
     std::string text;
@@ -30,7 +27,7 @@ struct string_writer : pugi::xml_writer {
 };
 
 /* What one attempt says of a case. */
-struct told {
+struct statement {
     int64_t attempt;
     common::verdict verdict;
     std::string sentence;
@@ -40,7 +37,7 @@ struct told {
 /* A check at a port, or a step as a whole, with all attempts at it; the last one counts. */
 struct test_case {
     std::string class_name, name;
-    std::vector<told> attempts;
+    std::vector<statement> attempts;
     double seconds = 0;
 };
 
@@ -49,16 +46,14 @@ class suite
 {
   public:
     explicit suite(pugi::xml_node node) : cases(node) {}
-    void add(const test_case &made);
+    void add(const test_case &entry);
     void add_run(const std::string &name, verdict of, const std::string &sentence, const char *word);
     size_t tests = 0, failures = 0, errors = 0, skipped = 0;
 
   private:
     pugi::xml_node cases;
-    std::set<std::pair<std::string, std::string>> taken = {};
+    std::set<std::pair<std::string, std::string>> names = {};
 };
-
-} // namespace
 
 static const char *element_of(verdict of)
 {
@@ -86,38 +81,38 @@ static std::string seconds_text(double seconds)
 }
 
 /* What earlier attempts found wrong. */
-static std::string history_of(const std::vector<told> &attempts)
+static std::string history_of(const std::vector<statement> &attempts)
 {
     std::string text;
-    for (const told &one : std::span(attempts).first(attempts.size() - 1))
+    for (const statement &one : std::span(attempts).first(attempts.size() - 1))
         if (one.verdict != verdict::pass)
             text += fmt::format("attempt {}: {}: {}\n", one.attempt, one.word,
-                                one.sentence.empty() ? no_reason : one.sentence);
+                                one.sentence.empty() ? NO_REASON : one.sentence);
     return text;
 }
 
-void suite::add(const test_case &made)
+void suite::add(const test_case &entry)
 {
-    std::string own_name = made.name;
-    for (int i = 2; !taken.emplace(made.class_name, own_name).second; i++)
-        own_name = fmt::format("{} ({})", made.name, i);
+    std::string own_name = entry.name;
+    for (int i = 2; !names.emplace(entry.class_name, own_name).second; i++)
+        own_name = fmt::format("{} ({})", entry.name, i);
     auto node = cases.append_child("testcase");
-    node.append_attribute("classname") = made.class_name.c_str();
+    node.append_attribute("classname") = entry.class_name.c_str();
     node.append_attribute("name") = own_name.c_str();
-    node.append_attribute("time") = seconds_text(made.seconds).c_str();
+    node.append_attribute("time") = seconds_text(entry.seconds).c_str();
     tests++;
-    const told &last = made.attempts.back();
+    const statement &last = entry.attempts.back();
     if (const char *element = element_of(last.verdict)) {
-        const std::string said = last.sentence.empty() ? no_reason : last.sentence;
+        const std::string sentence = last.sentence.empty() ? NO_REASON : last.sentence;
         const bool is_plain = last.verdict == verdict::fail || last.verdict == verdict::no_verdict;
-        const std::string shown = is_plain ? said : fmt::format("{}: {}", last.word, said);
+        const std::string message = is_plain ? sentence : fmt::format("{}: {}", last.word, sentence);
         auto reason = node.append_child(element);
-        reason.append_attribute("message") = shown.c_str();
+        reason.append_attribute("message") = message.c_str();
         reason.append_attribute("type") = last.word;
-        reason.text().set(shown.c_str());
+        reason.text().set(message.c_str());
         (last.verdict == verdict::fail ? failures : element == std::string_view("error") ? errors : skipped)++;
     }
-    if (const std::string history = history_of(made.attempts); !history.empty())
+    if (const std::string history = history_of(entry.attempts); !history.empty())
         node.append_child("system-out").text().set(history.c_str());
 }
 
@@ -134,12 +129,12 @@ static std::string class_of(const std::string &step, const common::place &where)
     return name;
 }
 
-static std::string all_errors(const journal::attempt &tried)
+static std::string all_errors(const journal::attempt &attempt)
 {
     std::string text;
-    for (const journal::fault &wrong : tried.errors)
+    for (const journal::fault &wrong : attempt.errors)
         text += fmt::format("{}{}: {}", text.empty() ? "" : "\n", wrong.symptom, wrong.message);
-    return text.empty() ? tried.summary : text;
+    return text.empty() ? attempt.summary : text;
 }
 
 /* All attempts at a step, in order. */
@@ -148,10 +143,11 @@ using attempts = std::span<const journal::attempt *const>;
 static void add_step(suite &cases, attempts step)
 {
     test_case whole{class_of(step.front()->step, {"unit", "unit"}), "step", {}};
-    for (const journal::attempt *tried : step) {
-        const bool is_error = tried->verdict == verdict::no_verdict;
-        whole.attempts.push_back({tried->number, tried->verdict, is_error ? all_errors(*tried) : tried->summary});
-        whole.seconds += time_of(*tried).value_or(0);
+    for (const journal::attempt *attempt : step) {
+        const bool is_error = attempt->verdict == verdict::no_verdict;
+        whole.attempts.push_back(
+            {attempt->number, attempt->verdict, is_error ? all_errors(*attempt) : attempt->summary});
+        whole.seconds += time_of(*attempt).value_or(0);
     }
     cases.add(whole);
 }
@@ -159,32 +155,32 @@ static void add_step(suite &cases, attempts step)
 /* A check that an attempt makes twice at a port makes two cases. */
 static void add_checks(suite &cases, attempts step)
 {
-    std::vector<test_case> made;
+    std::vector<test_case> checks;
     std::map<std::tuple<std::string, std::string, int>, size_t> index;
-    for (const journal::attempt *tried : step) {
-        std::map<std::pair<std::string, std::string>, int> seen;
-        for (const common::check &one : tried->checks) {
+    for (const journal::attempt *attempt : step) {
+        std::map<std::pair<std::string, std::string>, int> counts;
+        for (const common::check &one : attempt->checks) {
             if (is_measurement(one))
                 continue;
-            const std::string class_name = class_of(tried->step, one.where);
-            const auto [known, is_new] =
-                index.emplace(std::tuple(class_name, one.name, seen[{class_name, one.name}]++), made.size());
+            const std::string class_name = class_of(attempt->step, one.where);
+            const auto [row, is_new] =
+                index.emplace(std::tuple(class_name, one.name, counts[{class_name, one.name}]++), checks.size());
             if (is_new)
-                made.push_back({class_name, one.name, {}});
-            made[known->second].attempts.push_back({tried->number, one.verdict, one.sentence});
+                checks.push_back({class_name, one.name, {}});
+            checks[row->second].attempts.push_back({attempt->number, one.verdict, one.sentence});
         }
     }
-    for (const test_case &one : made)
+    for (const test_case &one : checks)
         cases.add(one);
 }
 
 static void add_steps(suite &cases, const journal::run_record &run)
 {
-    std::map<std::string, std::vector<const journal::attempt *>> begun;
-    for (const journal::attempt &tried : run.attempts) {
-        auto &step = begun[tried.step];
-        step.push_back(&tried);
-        if (tried.is_last) {
+    std::map<std::string, std::vector<const journal::attempt *>> steps;
+    for (const journal::attempt &attempt : run.attempts) {
+        auto &step = steps[attempt.step];
+        step.push_back(&attempt);
+        if (attempt.is_last) {
             add_step(cases, step);
             add_checks(cases, step);
             step.clear();
@@ -199,13 +195,13 @@ static void add_end(suite &cases, const journal::run_record &run)
         cases.add_run("end", of, sentence, word_of(run.result));
     };
     if (run.result == run_result::incomplete)
-        add(verdict::no_verdict, no_end);
+        add(verdict::no_verdict, NO_END);
     else if (run.result == run_result::interrupted)
         add(verdict::no_verdict, headline(run));
     else if (run.result == run_result::no_verdict && cases.errors == 0)
         add(verdict::no_verdict, "The run ended with an error that no step explains.");
     else if (run.result == run_result::fail && cases.failures == 0)
-        add(verdict::fail, unexplained_failure);
+        add(verdict::fail, UNEXPLAINED_FAILURE);
     else if (run.result == run_result::unjudged || cases.tests == 0)
         add(verdict::unjudged, "Nothing in the run was judged.");
     if (run.partial)

@@ -18,15 +18,15 @@ namespace reports
 using kainjow::mustache::data;
 using members = std::vector<std::pair<const char *, data>>;
 
-data object(const members &named);
+data object(const members &rows);
 
 /* A list of what make() makes of each element. */
 data list(const auto &elements, const auto &make)
 {
-    data made{data::type::list};
+    data result{data::type::list};
     for (const auto &element : elements)
-        made.push_back(make(element));
-    return made;
+        result.push_back(make(element));
+    return result;
 }
 
 /* The colour of a verdict and of a result, as the template names it. */
@@ -39,7 +39,7 @@ std::string or_dash(const std::string &text);
 void add_panel(data &page, const journal::run_record &run);
 
 /* An attempt at a step. */
-data step_data(const journal::attempt &tried);
+data step_data(const journal::attempt &step);
 
 } // namespace reports
 

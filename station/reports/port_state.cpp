@@ -1,14 +1,9 @@
-/* SPDX-License-Identifier: MIT
- *
- * What is known of each port of the front panel.
- */
-#include "port_state.h"
+/* SPDX-License-Identifier: MIT */
+#include "report_parts.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <map>
-
-#include "findings.h"
 
 namespace reports
 {
@@ -17,7 +12,7 @@ using common::check;
 using common::verdict;
 using journal::attempt;
 
-constexpr const char *rest_of_plan = "the rest of the plan";
+constexpr const char *REST_OF_PLAN = "the rest of the plan";
 
 const char *word_of(port_state state)
 {
@@ -37,78 +32,78 @@ const char *word_of(port_state state)
 }
 
 /* The worst that an attempt says of each port. */
-using said_of_ports = std::map<std::string, const check *>;
+using worst_checks = std::map<std::string, const check *>;
 
-static said_of_ports said_in(const attempt &tried)
+static worst_checks worst_checks_of(const attempt &step)
 {
-    said_of_ports said;
-    for (const check &made : tried.checks)
-        if (!is_measurement(made) && made.where.port > 0) {
-            const check *&known = said[made.where.id];
-            if (known == nullptr || journal::prevailing(known->verdict, made.verdict) != known->verdict)
-                known = &made;
+    worst_checks worst;
+    for (const check &entry : step.checks)
+        if (!is_measurement(entry) && entry.where.port > 0) {
+            const check *&row = worst[entry.where.id];
+            if (row == nullptr || journal::prevailing(row->verdict, entry.verdict) != row->verdict)
+                row = &entry;
         }
-    return said;
+    return worst;
 }
 
-static bool has_reply(const attempt &tried)
+static bool has_reply(const attempt &step)
 {
-    return tried.verdict != verdict::not_run && tried.verdict != verdict::no_verdict &&
-           tried.verdict != verdict::incomplete;
+    return step.verdict != verdict::not_run && step.verdict != verdict::no_verdict &&
+           step.verdict != verdict::incomplete;
 }
 
 /* Of an attempt that failed without naming a port of the panel: where; null for other attempts. */
-static const char *unnamed_failure(const attempt &tried, const said_of_ports &said)
+static const char *unnamed_failure(const attempt &step, const worst_checks &worst)
 {
-    if (tried.verdict != verdict::fail || !said.empty() || !tried.covers.empty() || !tried.judges_ports)
+    if (step.verdict != verdict::fail || !worst.empty() || !step.covers.empty() || !step.judges_ports)
         return nullptr;
     const bool at_position = std::ranges::any_of(
-        tried.checks, [](const check &made) { return made.verdict == verdict::fail && made.where.id != "unit"; });
+        step.checks, [](const check &entry) { return entry.verdict == verdict::fail && entry.where.id != "unit"; });
     return at_position ? "at a position that nobody can name" : "as a whole";
 }
 
 /* What a port owes to the steps so far. */
 struct port_account {
-    port_finding found;
+    port_finding finding;
     std::vector<std::string> passed = {};
 };
 
-static std::string sentence_on(const attempt &tried, const check &made)
+static std::string sentence_on(const attempt &step, const check &entry)
 {
-    return fmt::format("{}, {}: {}", tried.step, made.name,
-                       made.sentence.empty() ? word_of(made.verdict) : made.sentence);
+    return fmt::format("{}, {}: {}", step.step, entry.name,
+                       entry.sentence.empty() ? word_of(entry.verdict) : entry.sentence);
 }
 
-/* said is null when the attempt says nothing of the port. */
-static void add_said(port_account &port, const attempt &tried, size_t order, const check *said)
+/* worst is null when the attempt says nothing of the port. */
+static void add_worst(port_account &port, const attempt &step, size_t order, const check *worst)
 {
-    const verdict own = said == nullptr ? verdict::none : said->verdict;
-    const bool worse = own == verdict::fail || (own == verdict::retried && port.found.state == port_state::unknown);
-    if (worse && port.found.state != port_state::failed) {
-        port.found.state = own == verdict::fail ? port_state::failed : port_state::retried;
-        port.found.sentence = sentence_on(tried, *said);
+    const verdict own = worst == nullptr ? verdict::none : worst->verdict;
+    const bool worse = own == verdict::fail || (own == verdict::retried && port.finding.state == port_state::unknown);
+    if (worse && port.finding.state != port_state::failed) {
+        port.finding.state = own == verdict::fail ? port_state::failed : port_state::retried;
+        port.finding.sentence = sentence_on(step, *worst);
     }
-    if (!tried.is_last || own == verdict::fail)
+    if (!step.is_last || own == verdict::fail)
         return;
-    const bool covered = std::ranges::find(tried.covers, port.found.port.port) != tried.covers.end();
-    const bool any = tried.covers.empty() && tried.judges_ports && !has_reply(tried);
-    const bool named = own == verdict::pass || own == verdict::not_tested;
-    if (own == verdict::pass && has_reply(tried))
-        port.passed.push_back(tried.step);
-    else if (named || covered || any)
-        port.found.missing.push_back({tried.step, has_reply(tried) ? verdict::not_tested : tried.verdict, order});
+    const bool covered = std::ranges::find(step.covers, port.finding.port.port) != step.covers.end();
+    const bool any = step.covers.empty() && step.judges_ports && !has_reply(step);
+    const bool is_named = own == verdict::pass || own == verdict::not_tested;
+    if (own == verdict::pass && has_reply(step))
+        port.passed.push_back(step.step);
+    else if (is_named || covered || any)
+        port.finding.missing.push_back({step.step, has_reply(step) ? verdict::not_tested : step.verdict, order});
 }
 
-static void add(std::vector<port_account> &accounts, const attempt &tried, size_t order)
+static void add(std::vector<port_account> &accounts, const attempt &step, size_t order)
 {
-    const said_of_ports said = said_in(tried);
-    const char *unnamed = tried.is_last ? unnamed_failure(tried, said) : nullptr;
+    const worst_checks worst = worst_checks_of(step);
+    const char *unnamed = step.is_last ? unnamed_failure(step, worst) : nullptr;
     for (port_account &port : accounts) {
-        const auto known = said.find(port.found.port.id);
+        const auto row = worst.find(port.finding.port.id);
         if (unnamed != nullptr)
-            port.found.missing.push_back({tried.step, tried.verdict, order, unnamed});
+            port.finding.missing.push_back({step.step, step.verdict, order, unnamed});
         else
-            add_said(port, tried, order, known == said.end() ? nullptr : known->second);
+            add_worst(port, step, order, row == worst.end() ? nullptr : row->second);
     }
 }
 
@@ -129,24 +124,24 @@ static std::string list_text(const std::vector<std::string> &names)
     return text;
 }
 
-static port_finding concluded(port_account port)
+static port_finding conclusion_of(port_account port)
 {
-    port_finding &found = port.found;
-    const std::string missing = missing_text(found.missing);
-    if (found.state == port_state::retried)
-        found.sentence += missing.empty() ? "" : " " + missing;
-    if (found.state != port_state::unknown)
-        return found;
+    port_finding &finding = port.finding;
+    const std::string missing = missing_text(finding.missing);
+    if (finding.state == port_state::retried)
+        finding.sentence += missing.empty() ? "" : " " + missing;
+    if (finding.state != port_state::unknown)
+        return finding;
     if (port.passed.empty()) {
-        found.sentence = missing.empty() ? "No step judges it." : missing;
-    } else if (found.missing.empty()) {
-        found.state = port_state::passed;
-        found.sentence = "Passed all that the plan asks of it.";
+        finding.sentence = missing.empty() ? "No step judges it." : missing;
+    } else if (finding.missing.empty()) {
+        finding.state = port_state::passed;
+        finding.sentence = "Passed all that the plan asks of it.";
     } else {
-        found.state = port_state::passed_so_far;
-        found.sentence = fmt::format("Passed {}. {}", list_text(port.passed), missing);
+        finding.state = port_state::passed_so_far;
+        finding.sentence = fmt::format("Passed {}. {}", list_text(port.passed), missing);
     }
-    return found;
+    return finding;
 }
 
 std::vector<port_finding> ports_of(const journal::run_record &run)
@@ -159,8 +154,8 @@ std::vector<port_finding> ports_of(const journal::run_record &run)
     std::vector<port_finding> ports;
     for (port_account &port : accounts) {
         if (run.result == common::run_result::incomplete)
-            port.found.missing.push_back({rest_of_plan, verdict::incomplete, run.attempts.size()});
-        ports.push_back(concluded(std::move(port)));
+            port.finding.missing.push_back({REST_OF_PLAN, verdict::incomplete, run.attempts.size()});
+        ports.push_back(conclusion_of(std::move(port)));
     }
     return ports;
 }
@@ -183,25 +178,25 @@ static std::string ranges_text(const std::vector<int> &numbers)
 
 std::vector<missing_ports> missing_in(const std::vector<port_finding> &ports)
 {
-    std::vector<std::pair<missing_step, std::vector<int>>> found;
+    std::vector<std::pair<missing_step, std::vector<int>>> rows;
     for (const port_finding &port : ports)
         for (const missing_step &one : port.missing) {
             if (port.state == port_state::failed)
                 continue;
-            auto known = std::ranges::find_if(
-                found, [&](const auto &entry) { return entry.first.order == one.order && entry.first.why == one.why; });
-            if (known == found.end())
-                known = found.insert(found.end(), {one, {}});
-            known->second.push_back(port.port.port);
+            auto row = std::ranges::find_if(
+                rows, [&](const auto &entry) { return entry.first.order == one.order && entry.first.why == one.why; });
+            if (row == rows.end())
+                row = rows.insert(rows.end(), {one, {}});
+            row->second.push_back(port.port.port);
         }
-    std::ranges::stable_sort(found, {}, [](const auto &entry) { return entry.first.order; });
-    std::vector<missing_ports> listed;
-    listed.reserve(found.size());
-    for (const auto &[missing, numbers] : found)
-        listed.push_back({missing, numbers.size() == ports.size() ? "all ports"
-                                   : numbers.size() == 1          ? "port " + ranges_text(numbers)
-                                                                  : "ports " + ranges_text(numbers)});
-    return listed;
+    std::ranges::stable_sort(rows, {}, [](const auto &entry) { return entry.first.order; });
+    std::vector<missing_ports> lines;
+    lines.reserve(rows.size());
+    for (const auto &[missing, numbers] : rows)
+        lines.push_back({missing, numbers.size() == ports.size() ? "all ports"
+                                  : numbers.size() == 1          ? "port " + ranges_text(numbers)
+                                                                 : "ports " + ranges_text(numbers)});
+    return lines;
 }
 
 } // namespace reports

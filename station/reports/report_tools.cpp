@@ -2,8 +2,6 @@
  *
  * What the program does with journals that are there already.
  */
-#include "report_tools.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -15,9 +13,9 @@
 #include "common/file.h"
 #include "common/terminal.h"
 #include "common/text.h"
-#include "findings.h"
+#include "history.h"
+#include "report_parts.h"
 #include "reports.h"
-#include "station/journal/journal_check.h"
 #include "station/journal/journal_text.h"
 
 namespace reports
@@ -67,9 +65,9 @@ struct open_file {
     }
     void close()
     {
-        const int closed = fd;
+        const int old_fd = fd;
         fd = -1;
-        if (::close(closed) != 0)
+        if (::close(old_fd) != 0)
             give_up(path);
     }
 };
@@ -78,10 +76,10 @@ static void write_whole(const std::filesystem::path &file, const std::string &te
 {
     const std::filesystem::path unfinished = file.string() + ".unfinished";
     try {
-        open_file made(unfinished, O_WRONLY | O_CREAT | O_TRUNC);
-        made.write(text);
-        made.sync();
-        made.close();
+        open_file draft(unfinished, O_WRONLY | O_CREAT | O_TRUNC);
+        draft.write(text);
+        draft.sync();
+        draft.close();
         if (rename(unfinished.c_str(), file.c_str()) != 0)
             give_up(file);
     } catch (...) {
@@ -106,72 +104,73 @@ static exit_code fail(const char *tool, exit_code code, const std::string &sente
     return code;
 }
 
-static exit_code refuse(const char *tool, form wanted, const std::string &sentence)
+static exit_code refuse(const char *tool, form output, const std::string &sentence)
 {
-    if (wanted == form::json)
+    if (output == form::json)
         print(common::error_json(exit_code::usage, sentence));
     return fail(tool, exit_code::usage, sentence);
 }
 
-exit_code report_tool(const std::filesystem::path &run_dir, form wanted)
+exit_code report_tool(const std::filesystem::path &run_dir, form output)
 try {
     const journal::run_record run = journal::read_run(run_dir);
-    const bool coloured = wanted == form::coloured;
+    const bool coloured = output == form::coloured;
     try {
         write_reports(run_dir, run);
     } catch (const std::system_error &why) {
-        print(wanted == form::json ? run_json(run, run_dir, why.what()) : unsaved_text(run_dir));
+        print(output == form::json ? run_json(run, run_dir, why.what()) : unsaved_text(run_dir));
         return fail("report", exit_code::not_saved, why.what());
     }
-    print(wanted == form::json ? run_json(run, run_dir)
+    print(output == form::json ? run_json(run, run_dir)
                                : verdict_text(run, run_dir, coloured, common::stdout_columns()));
     return exit_code_of(run);
 } catch (const journal::no_journal &why) {
-    return refuse("report", wanted, why.what());
+    return refuse("report", output, why.what());
 }
 
-static std::string check_json(const std::string &file, const journal::check_outcome &found, exit_code code)
+static std::string check_json(const std::string &file, const journal::check_outcome &outcome, exit_code code)
 {
-    ordered_json object{{"valid", found.problems.empty()},
+    ordered_json object{{"valid", outcome.problems.empty()},
                         {"exit_code", static_cast<int>(code)},
                         {"file", file},
-                        {"lines", found.lines},
+                        {"lines", outcome.lines},
                         {"problems", ordered_json::array()}};
-    for (const journal::problem &one : found.problems)
+    for (const journal::problem &one : outcome.problems)
         object["problems"].push_back({{"line", one.line}, {"sentence", common::printable(one.sentence)}});
     return object.dump(2) + "\n";
 }
 
-static std::string check_text(const std::string &file, const journal::check_outcome &found)
+static std::string check_text(const std::string &file, const journal::check_outcome &outcome)
 {
     const std::string name = common::escaped(file);
-    std::string text = found.problems.empty() ? fmt::format("{}: {}, valid\n", name, counted(found.lines, "line")) : "";
-    for (const journal::problem &one : found.problems)
+    std::string text =
+        outcome.problems.empty() ? fmt::format("{}: {}, valid\n", name, counted(outcome.lines, "line")) : "";
+    for (const journal::problem &one : outcome.problems)
         text += fmt::format("{}:{}: {}\n", name, one.line, common::escaped(one.sentence));
     return text;
 }
 
-exit_code check_tool(const std::filesystem::path &file, form wanted)
+exit_code check_tool(const std::filesystem::path &file, form output)
 try {
-    const journal::check_outcome found = journal::check_journal(journal::read_text(file));
+    const journal::check_outcome outcome = journal::check_journal(journal::read_text(file));
     const std::string name = common::printable(file.string());
-    const exit_code code = found.problems.empty() ? exit_code::passed : exit_code::failed;
-    print(wanted == form::json ? check_json(name, found, code) : check_text(name, found));
+    const exit_code code = outcome.problems.empty() ? exit_code::passed : exit_code::failed;
+    print(output == form::json ? check_json(name, outcome, code) : check_text(name, outcome));
     return code;
 } catch (const journal::unreadable_file &why) {
-    return refuse("check", wanted, why.what());
+    return refuse("check", output, why.what());
 }
 
-exit_code history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs, form wanted)
+exit_code history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs, form output)
 try {
     const history runs = read_history(dir, filter);
-    if (wanted == form::json)
+    if (output == form::json)
         print(history_json(runs));
     else
         print((list_runs ? runs_text(runs) : "") + history_text(runs, common::stdout_columns()));
-    return runs.listed.empty() ? exit_code::nothing_run : exit_code::passed;
+    return runs.list.empty() ? exit_code::nothing_run : exit_code::passed;
 } catch (const std::filesystem::filesystem_error &why) {
-    return refuse("history", wanted,
+    return refuse("history", output,
                   fmt::format("{}: {}", why.path1().string(), common::path_fault(why.code().value(), "directory")));
 }
 

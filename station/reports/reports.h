@@ -18,6 +18,8 @@
 namespace reports
 {
 
+struct history_filter;
+
 /* Writes junit.xml, results.csv and report.html into the run folder. Each is whole on the disk before it gets its
  * name. Throws std::system_error when one could not be written. */
 void write_reports(const std::filesystem::path &run_dir, const journal::run_record &run);
@@ -41,6 +43,24 @@ std::string run_json(const journal::run_record &run, const std::filesystem::path
 std::string junit_text(const journal::run_record &run);
 std::string csv_text(const journal::run_record &run);
 std::string html_text(const journal::run_record &run);
+
+/* What the program does with journals that are there already. Results go to stdout, as text or as one JSON object,
+ * errors to stderr. */
+enum class form { text, coloured, json };
+
+/* Writes the reports of a run again and prints its verdict. Returns the exit code of the run; usage when there is no
+ * journal, not_saved when a report could not be written, which is said in place of the verdict; programs are told both.
+ */
+common::exit_code report_tool(const std::filesystem::path &run_dir, form output);
+
+/* Prints what is wrong with a journal, a line each. passed when it is valid, failed when not, usage when it
+ * cannot be read. */
+common::exit_code check_tool(const std::filesystem::path &file, form output);
+
+/* Prints what the runs in the directory come to, and each of them if they are to be listed. passed; usage when it
+ * cannot be read, nothing_run when there is no such run in it. */
+common::exit_code history_tool(const std::filesystem::path &dir, const history_filter &filter, bool list_runs,
+                               form output);
 
 } // namespace reports
 

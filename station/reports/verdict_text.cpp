@@ -8,19 +8,19 @@
 
 #include "common/terminal.h"
 #include "common/text.h"
-#include "findings.h"
+#include "report_parts.h"
 #include "reports.h"
 
 namespace reports
 {
 
-constexpr size_t height = 5;
+constexpr size_t HEIGHT = 5;
 
 struct letter {
     char name;
-    std::string_view lines[height];
+    std::string_view lines[HEIGHT];
 };
-constexpr letter letters[] = {
+constexpr letter LETTERS[] = {
     {'A', {" ### ", "#   #", "#####", "#   #", "#   #"}}, {'C', {" ####", "#    ", "#    ", "#    ", " ####"}},
     {'D', {"#### ", "#   #", "#   #", "#   #", "#### "}}, {'E', {"#####", "#    ", "###  ", "#    ", "#####"}},
     {'F', {"#####", "#    ", "###  ", "#    ", "#    "}}, {'G', {" ####", "#    ", "#  ##", "#   #", " ####"}},
@@ -38,15 +38,15 @@ constexpr letter letters[] = {
 static std::string banner(std::string_view word)
 {
     std::string text;
-    for (size_t line = 0; line < height; line++) {
-        std::string shown;
+    for (size_t line = 0; line < HEIGHT; line++) {
+        std::string strip;
         for (const char name : word) {
-            const auto *known = std::ranges::find(letters, name, &letter::name);
-            shown += "  ";
-            shown += known == std::end(letters) ? std::string_view("     ") : known->lines[line];
+            const auto *drawing = std::ranges::find(LETTERS, name, &letter::name);
+            strip += "  ";
+            strip += drawing == std::end(LETTERS) ? std::string_view("     ") : drawing->lines[line];
         }
-        shown.erase(shown.find_last_not_of(' ') + 1);
-        text += shown + "\n";
+        strip.erase(strip.find_last_not_of(' ') + 1);
+        text += strip + "\n";
     }
     return text;
 }
@@ -129,7 +129,7 @@ static std::vector<row> failure_rows(const journal::run_record &run)
     for (const finding &one : failures_of(run))
         rows.push_back({one.check.where.name, fmt::format("{}, {}: {}", one.step, one.check.name, one.check.sentence)});
     if (rows.empty() && run.result == run_result::fail)
-        rows.push_back({"unit", unexplained_failure});
+        rows.push_back({"unit", UNEXPLAINED_FAILURE});
     return rows;
 }
 
@@ -143,22 +143,22 @@ static std::vector<row> fault_rows(const journal::run_record &run)
 }
 
 /* Of each step the attempts with a verdict that does not show elsewhere. */
-static std::vector<row> step_rows(const journal::run_record &run, bool (*wanted)(const journal::attempt &))
+static std::vector<row> step_rows(const journal::run_record &run, bool (*belongs)(const journal::attempt &))
 {
     std::vector<row> rows;
-    for (const journal::attempt &tried : run.attempts)
-        if (tried.is_last && wanted(tried))
-            rows.push_back({tried.step, tried.verdict == verdict::pass
-                                            ? fmt::format("passed in attempt {} of {}", tried.number, tried.most)
-                                            : tried.summary});
+    for (const journal::attempt &step : run.attempts)
+        if (step.is_last && belongs(step))
+            rows.push_back({step.step, step.verdict == verdict::pass
+                                           ? fmt::format("passed in attempt {} of {}", step.number, step.most)
+                                           : step.summary});
     return rows;
 }
 
 std::string verdict_text(const journal::run_record &run, const std::filesystem::path &run_dir, bool colour,
                          size_t columns)
 {
-    const auto is_not_run = [](const journal::attempt &tried) { return tried.verdict == verdict::not_run; };
-    const auto is_unfinished = [](const journal::attempt &tried) { return tried.verdict == verdict::incomplete; };
+    const auto is_not_run = [](const journal::attempt &step) { return step.verdict == verdict::not_run; };
+    const auto is_unfinished = [](const journal::attempt &step) { return step.verdict == verdict::incomplete; };
     return head_text(run, colour, columns) + rows_text("What failed:", failure_rows(run), columns) +
            rows_text("What the station could not do:", fault_rows(run), columns) +
            rows_text("Steps that passed only when tried again:", step_rows(run, journal::passed_by_retry), columns) +

@@ -2,39 +2,29 @@
 # SPDX-License-Identifier: MIT
 """Holds journals against a schema, line by line: check_schema.py SCHEMA JOURNAL... (needs python3-jsonschema)"""
 import json
+import pathlib
 import sys
 
 from jsonschema import Draft202012Validator
 from jsonschema.exceptions import best_match
 
 
-def validator_of(path):
-    with open(path, encoding="utf-8") as file:
-        schema = json.load(file)
-    Draft202012Validator.check_schema(schema)
-    return Draft202012Validator(schema)
+class Schema:
+    def __init__(self, path):
+        rules = json.loads(pathlib.Path(path).read_text(encoding="utf-8"))
+        Draft202012Validator.check_schema(rules)
+        self.validator = Draft202012Validator(rules)
 
-
-def problem_of(validator, line):
-    """What is wrong with a line, or None."""
-    error = best_match(validator.iter_errors(line))
-    return error and f"{'.'.join(map(str, error.absolute_path)) or 'line'}: {error.message[:200]}"
-
-
-def main(schema, *journals):
-    validator = validator_of(schema)
-    sound = bool(journals)
-    for journal in journals:
-        with open(journal, encoding="utf-8") as file:
-            lines = list(file)
-        sound = sound and bool(lines)
+    def problems(self, lines):
+        """What is wrong with each line that is not of this form."""
         for number, line in enumerate(lines, 1):
-            problem = problem_of(validator, json.loads(line))
-            if problem:
-                sound = False
-                print(f"{journal}:{number}: {problem}", file=sys.stderr)
-    return 0 if sound else 1
+            if error := best_match(self.validator.iter_errors(json.loads(line))):
+                yield f"{number}: {'.'.join(map(str, error.absolute_path)) or 'line'}: {error.message[:200]}: {line}"
 
 
 if __name__ == "__main__":
-    sys.exit(main(*sys.argv[1:]))
+    schema, faults = Schema(sys.argv[1]), []
+    for journal in sys.argv[2:]:
+        text = pathlib.Path(journal).read_text(encoding="utf-8").splitlines()
+        faults += [f"{journal}:{problem}" for problem in schema.problems(text)] if text else [f"{journal}: empty"]
+    sys.exit("\n".join(faults) or len(sys.argv) < 3)

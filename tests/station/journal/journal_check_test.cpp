@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "sample_runs.h"
-#include "station/journal/journal_check.h"
 #include "station/journal/journal_text.h"
 
 /* A journal of another program, which uses all that the format has. */

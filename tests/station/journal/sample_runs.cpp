@@ -1,7 +1,6 @@
 /* SPDX-License-Identifier: MIT */
 #include "sample_runs.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fmt/format.h>
@@ -14,43 +13,40 @@
 #include "station/journal/journal.h"
 #include "station/journal/journal_text.h"
 
-namespace
-{
-
 using common::place;
 using common::verdict;
 using journal::run_status;
 using nlohmann::ordered_json;
 
-constexpr std::chrono::sys_time<std::chrono::milliseconds> first_run{std::chrono::milliseconds(1795421702114)};
-constexpr auto line_time = std::chrono::milliseconds(2);
+constexpr std::chrono::sys_time<std::chrono::milliseconds> FIRST_RUN{std::chrono::milliseconds(1795421702114)};
+constexpr auto LINE_TIME = std::chrono::milliseconds(2);
 
-std::string rest_of(std::istream &words)
+static std::string rest_of(std::istream &words)
 {
     std::string text;
     std::getline(words >> std::ws, text);
     return text.find('\\') == std::string::npos ? text : ordered_json::parse('"' + text + '"').get<std::string>();
 }
 
-std::string port_id(int port)
+static std::string port_id(int port)
 {
     return fmt::format("port{:02}", port);
 }
 
-std::vector<place> places_in(const std::string &where)
+static std::vector<place> places_in(const std::string &where)
 {
     if (where.starts_with("position:"))
         return {{"", "position " + where.substr(9)}};
     std::vector<place> places;
     const std::regex range("(\\d+)(-(\\d+))?");
     for (std::sregex_iterator part(where.begin(), where.end(), range), end; part != end; ++part)
-        for (int port = std::stoi(part->str(1)); port <= std::stoi(part->str((*part)[3].matched ? 3 : 1)); ++port)
+        for (int port = std::stoi(part->str(1)); port <= std::stoi(part->str((*part)[3].matched ? 3 : 1)); port++)
             places.push_back({port_id(port)});
     return places.empty() ? std::vector<place>{{where}} : places;
 }
 
 struct story_teller {
-    std::chrono::sys_time<std::chrono::milliseconds> now = first_run;
+    std::chrono::sys_time<std::chrono::milliseconds> now = FIRST_RUN;
     journal::writer journal;
     bool started = false;
     std::string id = {};
@@ -58,7 +54,7 @@ struct story_teller {
     ordered_json parameters{
         {"plan", "plans/final.toml"}, {"plan_sha256", std::string(64, 'a')}, {"stop_on_fail", false}, {"steps", 3}};
 
-    explicit story_teller(const std::filesystem::path &folder) : journal(folder, [this] { return now += line_time; }) {}
+    explicit story_teller(const std::filesystem::path &folder) : journal(folder, [this] { return now += LINE_TIME; }) {}
 
     void label(const std::string &name, const std::string &value)
     {
@@ -74,7 +70,7 @@ struct story_teller {
     {
         ordered_json parts{{{"hardwareInfoId", "unit"}, {"name", "unit"}, {"serialNumber", labels["serial"]}}};
         const int rj45 = std::stoi(labels["ports"]), ports = rj45 + std::stoi(labels["sfp"]);
-        for (int port = 1; port <= ports; ++port)
+        for (int port = 1; port <= ports; port++)
             parts.push_back({{"hardwareInfoId", port_id(port)},
                              {"name", fmt::format("port {}", port)},
                              {"location", std::to_string(port)},
@@ -86,21 +82,13 @@ struct story_teller {
     {
         now += std::chrono::hours(std::stoi(labels["hour"]));
         started = true;
-        journal.run_start({{"name", "final"},
-                           {"version", "1.4"},
-                           {"commandLine", "facmsg-station plan plans/final.toml"},
-                           {"parameters", parameters},
-                           {"dutInfo",
-                            {{"dutInfoId", "unit"},
-                             {"name", "SW-28P"},
-                             {"platformInfos", ordered_json::array({{{"info", "SW-28P"}}})},
-                             {"hardwareInfos", hardware()}}},
-                           {"metadata",
-                            {{"operator", "0042"},
-                             {"station", "FT-03"},
-                             {"run_id", "7c1e" + std::string(28, '0')},
-                             {"station_version", "0.9"},
-                             {"library_version", "0.8"}}}});
+        auto content = ordered_json::parse(R"({"name":"final","version":"1.4","commandLine":"facmsg-station plan",
+            "parameters":null,"dutInfo":{"dutInfoId":"unit","name":"SW-28P","platformInfos":[{"info":"SW-28P"}]},
+            "metadata":{"operator":"0042","station":"FT-03","run_id":"7c1e0000000000000000000000000000",
+            "station_version":"0.9","library_version":"0.8"}})");
+        content["parameters"] = parameters;
+        content["dutInfo"]["hardwareInfos"] = hardware();
+        journal.run_start(content);
     }
 
     void step(std::istream &words)
@@ -111,7 +99,7 @@ struct story_teller {
         content.update({{"expected_s", 26}, {"judges_ports", true}, {"timeout_s", 120}});
         for (; words >> word; content["judges_ports"] = word != "alone")
             if (word.starts_with("covers="))
-                for (int port = 1; port <= std::stoi(word.substr(7)); ++port)
+                for (int port = 1; port <= std::stoi(word.substr(7)); port++)
                     content["covers"].push_back(port);
             else if (const size_t of = word.find('/'); of != std::string::npos) {
                 content["attempt"] = std::stoi(word);
@@ -137,15 +125,14 @@ struct story_teller {
 
     void judge(const std::string &places, const std::string &name, const std::string &sentence)
     {
-        static const std::pair<std::string_view, verdict> endings[] = {{"-fail-retried", verdict::retried},
-                                                                       {"-not-tested", verdict::not_tested},
-                                                                       {"-unknown", verdict::unjudged},
-                                                                       {"-pass", verdict::pass},
-                                                                       {"-fail", verdict::fail}};
-        const auto &[ending, verdict] =
-            *std::ranges::find_if(endings, [&](const auto &one) { return name.ends_with(one.first); });
+        static const std::map<std::string_view, verdict> outcomes{{"fail-retried", verdict::retried},
+                                                                  {"not-tested", verdict::not_tested},
+                                                                  {"unknown", verdict::unjudged},
+                                                                  {"pass", verdict::pass},
+                                                                  {"fail", verdict::fail}};
+        const size_t dash = name.find('-');
         for (const place &where : places_in(places))
-            journal.diagnosis(id, {name.substr(0, name.size() - ending.size()), verdict, sentence, where});
+            journal.diagnosis(id, {name.substr(0, dash), outcomes.at(name.substr(dash + 1)), sentence, where});
     }
 
     void end_step(const std::string &word, const std::string &next, const std::string &sentence)
@@ -188,13 +175,11 @@ struct story_teller {
     }
 };
 
-std::vector<std::string> items_of(const std::string &story)
+static std::vector<std::string> items_of(const std::string &story)
 {
     static const std::regex between("\n| \\| ");
     return {std::sregex_token_iterator(story.begin(), story.end(), between, -1), {}};
 }
-
-} // namespace
 
 run_folders::run_folders()
 {
@@ -210,7 +195,7 @@ run_folders::~run_folders()
 std::filesystem::path write_run(const std::filesystem::path &folder, const std::string &story)
 {
     std::filesystem::create_directories(folder);
-    std::filesystem::remove(folder / journal::file_name);
+    std::filesystem::remove(folder / journal::FILE_NAME);
     story_teller teller(folder);
     for (const std::string &item : items_of(story)) {
         const size_t sign = item.find('=');
@@ -229,7 +214,7 @@ std::filesystem::path write_run(const std::filesystem::path &folder, const std::
 std::string journal_of(const std::string &story)
 {
     const run_folders folder;
-    return journal::read_text(write_run(folder.path, story) / journal::file_name);
+    return journal::read_text(write_run(folder.path, story) / journal::FILE_NAME);
 }
 
 journal::run_record record_of(const std::string &story)
@@ -240,7 +225,7 @@ journal::run_record record_of(const std::string &story)
 journal::run_record record_in(const std::string &text)
 {
     const run_folders folder;
-    std::ofstream(folder.path / journal::file_name) << text;
+    std::ofstream(folder.path / journal::FILE_NAME) << text;
     return journal::read_run(folder.path);
 }
 

@@ -8,19 +8,15 @@
 
 #include "sample_runs.h"
 #include "station/reports/history.h"
-#include "station/reports/report_tools.h"
-
-namespace
-{
+#include "station/reports/reports.h"
 
 using common::exit_code;
 
-const std::string passed = "step poe | wait 10 | 1 overload-pass | over pass | end PASS";
-const std::string failed = "step poe | wait 20 | 1 overload-fail kept its power | over fail | end FAIL";
-const std::string retried =
+constexpr const char *PASSED = "step poe | wait 10 | 1 overload-pass | over pass | end PASS";
+constexpr const char *FAILED = "step poe | wait 20 | 1 overload-fail kept its power | over fail | end FAIL";
+constexpr const char *RETRIED =
     "step poe 1/2 | 2 overload-fail-retried once | over fail-retried | step poe 2/2 | wait 40 | "
     "1 overload-pass | over pass | end PASS";
-const std::string no_verdict = "step poe | error busy x | end ERROR";
 
 /* Folders sort against time, as they do when a clock is set: the journal counts. */
 struct past_runs : run_folders {
@@ -29,21 +25,21 @@ struct past_runs : run_folders {
     {
         write_run(path / fmt::format("{:03}-{}", 100 - hour, serial),
                   fmt::format("serial={} | hour={} | {}", serial, hour, story));
-        ++hour;
+        hour++;
     }
 };
 
 TEST(history, counts_the_first_and_the_last_judged_run_of_each_unit)
 {
     past_runs folder;
-    folder.add("A", passed);
-    folder.add("B", no_verdict);
-    folder.add("B", retried); /* B's first judged run */
-    folder.add("C", failed);
-    folder.add("C", passed);
-    folder.add("D", passed);
-    folder.add("D", failed);
-    folder.add("D", failed + " | step vop"); /* the same unit for the same reason */
+    folder.add("A", PASSED);
+    folder.add("B", "step poe | error busy x | end ERROR");
+    folder.add("B", RETRIED); /* B's first judged run */
+    folder.add("C", FAILED);
+    folder.add("C", PASSED);
+    folder.add("D", PASSED);
+    folder.add("D", FAILED);
+    folder.add("D", std::string(FAILED) + " | step vop"); /* the same unit for the same reason */
     folder.add("E", "step poe");
     folder.add("", "step vop | 3 vop-fail too low | 3 limit-fail | over fail | end FAIL"); /* of no unit */
     std::filesystem::create_directory(folder.path / "no run");
@@ -87,38 +83,20 @@ units  runs  port, and the checks with their runs
 2026-11-23T16:15:02  INCOM)");
 }
 
-TEST(history, a_failure_stays_one_whatever_ends_the_run)
+/* A failure stays one whatever ends the run; who failed nothing says nothing; partial runs are no first and no last. */
+TEST(history, counts_the_runs_that_say_something_of_a_unit)
 {
-    past_runs folder;
-    const std::string failure = "step poe | 1 overload-fail kept its power";
-    folder.add("A", failure + " | left x | end SKIP");
-    folder.add("B", failure + " | error busy x | end ERROR");
-    folder.add("C", failure);
-    folder.add("D", no_verdict); /* failed nothing: says nothing */
-    for (const char *serial : {"A", "B", "C", "D"})
-        folder.add(serial, passed);
-    const auto runs = reports::read_history(folder.path);
-    EXPECT_EQ(runs.judged_units, 4U);
-    EXPECT_EQ(runs.passed_first, 1U);
-    EXPECT_EQ(runs.passed_last, 4U);
-    EXPECT_EQ(runs.seconds.size(), 4U);
-}
-
-TEST(history, partial_runs_are_no_first_and_no_last_run)
-{
-    past_runs folder;
-    folder.add("A", "only=poe | " + failed);
-    folder.add("A", passed);
-    folder.add("B", failed);
-    folder.add("B", "skip=packet | " + passed);
-    folder.add("C", "only=poe | " + passed);
-    const auto runs = reports::read_history(folder.path);
-    EXPECT_EQ(runs.judged_units, 2U);
-    EXPECT_EQ(runs.passed_first, 1U);
-    EXPECT_EQ(runs.passed_last, 1U);
-    EXPECT_EQ(runs.seconds.size(), 2U);
-    EXPECT_NE(reports::history_text(runs).find("5 runs of 3 units: "), std::string::npos);
-    EXPECT_NE(reports::history_text(runs).find("\nPartial runs      3, "), std::string::npos);
+    for (const auto &row : read_rows(HISTORIES)) {
+        past_runs folder;
+        for (size_t i = 1; i < row.size(); i++)
+            folder.add(row[i].substr(0, 1), row[i].substr(2));
+        const auto runs = reports::read_history(folder.path);
+        const std::string counts =
+            fmt::format("{} {} {} {} ", runs.judged_units, runs.passed_first, runs.passed_last, runs.seconds.size());
+        EXPECT_EQ(counts, row[0].substr(0, counts.size()));
+        EXPECT_NE(reports::history_text(runs).find("\n" + row[0].substr(counts.size())), std::string::npos) << row[0];
+        EXPECT_EQ(nlohmann::json::parse(reports::history_json(runs)).contains("first_pass"), runs.judged_units > 0);
+    }
 }
 
 TEST(history, says_when_there_is_nothing_to_count)
@@ -129,34 +107,27 @@ TEST(history, says_when_there_is_nothing_to_count)
     EXPECT_EQ(history_tool(folder.path / "nowhere", {}, false, form::text), exit_code::usage);
     folder.add("A", "step poe");
     EXPECT_EQ(history_tool(folder.path, {}, true, form::json), exit_code::passed);
-    const auto runs = reports::read_history(folder.path);
-    EXPECT_NE(reports::history_text(runs).find("\nFirst-pass yield  -  no run"), std::string::npos);
-    EXPECT_FALSE(nlohmann::json::parse(reports::history_json(runs)).contains("first_pass"));
 }
 
-TEST(history, counts_the_runs_that_are_asked_for)
+TEST(history, counts_the_runs_of_the_filter)
 {
     past_runs folder;
-    folder.add("A", failed);
+    folder.add("A", FAILED);
     folder.hour = 24;
-    folder.add("B", passed);
-    folder.add("", failed);
-    const std::pair<reports::history_filter, size_t> filters[] = {
-        {{}, 3},
-        {{.plan = "final"}, 3},
-        {{.plan = "fina"}, 0},
-        {{.product = "SW-28P", .station = "FT-03"}, 3},
-        {{.product = "SW"}, 0},
-        {{.station = "FT-04"}, 0},
-        {{.serial = "A"}, 1},
-        {{.since = "2026-11-24"}, 2},
-        {{.until = "2026-11-23"}, 1},
-        {{.since = "2026-11-23", .until = "2026-11-24"}, 3},
-    };
+    folder.add("B", PASSED);
+    folder.add("", FAILED);
+    const std::pair<reports::history_filter, size_t> filters[] = {{{}, 3},
+                                                                  {{.plan = "final"}, 3},
+                                                                  {{.plan = "fina"}, 0},
+                                                                  {{.product = "SW-28P", .station = "FT-03"}, 3},
+                                                                  {{.product = "SW"}, 0},
+                                                                  {{.station = "FT-04"}, 0},
+                                                                  {{.serial = "A"}, 1},
+                                                                  {{.since = "2026-11-24"}, 2},
+                                                                  {{.until = "2026-11-23"}, 1},
+                                                                  {{.since = "2026-11-23", .until = "2026-11-24"}, 3}};
     for (const auto &[filter, count] : filters)
-        EXPECT_EQ(reports::read_history(folder.path, filter).listed.size(), count) << filter.plan << filter.since;
+        EXPECT_EQ(reports::read_history(folder.path, filter).list.size(), count) << filter.plan << filter.since;
     for (const auto &[text, is_one] : {std::pair{"2026-02-28", true}, {"2026-02-30", false}, {"2026-2-3", false}})
         EXPECT_EQ(reports::is_day(text), is_one) << text;
 }
-
-} // namespace
