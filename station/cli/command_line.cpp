@@ -5,11 +5,15 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <deque>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <sstream>
 
 #include "common/program.h"
+#include "common/terminal.h"
+#include "common/text.h"
 
 namespace station
 {
@@ -113,12 +117,29 @@ static std::string quoted(const std::string &word)
     return text + "'";
 }
 
+/* Whoever has a narrow terminal gets each description below its option, and lines folded to the width. */
+static std::string help_of(CLI::App &app)
+{
+    constexpr size_t NARROW_INDENT = 6;
+    const size_t columns = common::stdout_columns();
+    if (columns >= common::SCREEN_COLUMNS)
+        return app.help();
+    app.get_formatter()->column_width(NARROW_INDENT);
+    std::istringstream lines(app.help());
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t indent = std::min(line.find_first_not_of(' '), line.size());
+        text += line.substr(0, indent) + common::wrapped(line.substr(indent), indent, columns) + "\n";
+    }
+    return text;
+}
+
 static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &given, invocation &call)
 {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp &) {
-        call.help = app.help();
+        call.help = help_of(app);
         return;
     } catch (const CLI::CallForVersion &version) {
         call.help = fmt::format("{}\n", version.what());

@@ -10,6 +10,7 @@
 #include <fmt/ranges.h>
 #include <span>
 
+#include "common/terminal.h"
 #include "common/words.h"
 #include "families.h"
 
@@ -36,7 +37,8 @@ std::optional<std::vector<uint8_t>> parse_hex(const std::string &text)
 
 std::string hex_dump(const std::vector<uint8_t> &bytes)
 {
-    constexpr size_t width = 16;
+    constexpr size_t WIDTH = 16, SHOWN_WIDTH = 6 + 3 * WIDTH;
+    const size_t width = common::stdout_columns() < SHOWN_WIDTH ? WIDTH / 2 : WIDTH;
     std::string text;
     std::string previous;
     bool skipping = false;

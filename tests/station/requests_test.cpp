@@ -2,119 +2,16 @@
  *
  * What the station says: transcripts against boards with and without faults, and replies that no board sends.
  */
-#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <optional>
-#include <span>
-#include <sstream>
 
 #include "facmsg_protocol.h"
 #include "programs.h"
-
-/* Of neighbouring port rows that differ in the number alone only the first is left. */
-static std::string condensed(const std::string &text)
-{
-    std::istringstream lines(text);
-    std::string shown, previous;
-    for (std::string line; std::getline(lines, line);) {
-        const size_t digit = line.find_first_not_of(' ');
-        const size_t after = line.find("  ", digit);
-        const bool is_row = digit != line.npos && after != line.npos && isdigit(line[digit]);
-        const std::string rest = is_row ? line.substr(after) : "";
-        if (!is_row || rest != previous)
-            shown += line + "\n";
-        previous = rest;
-    }
-    return shown;
-}
-
-/* A part of a transcript from one mark at the beginning of a line to the next: its first line, and the others. */
-struct section {
-    std::string head, lines;
-};
-
-static std::vector<section> sections_of(std::istream &text, const std::string &mark)
-{
-    std::vector<section> sections{{}};
-    for (std::string line; std::getline(text, line);)
-        if (line.starts_with(mark))
-            sections.push_back({line.substr(mark.size()), ""});
-        else if (!line.starts_with("#"))
-            sections.back().lines += line + "\n";
-    return sections;
-}
-
-static void expect_same(const std::string &shown, std::string expected)
-{
-    const std::string gap = "…\n";
-    expected.erase(expected.find_last_not_of('\n') + 1);
-    expected += expected.empty() ? "" : "\n";
-    const size_t at = expected.find(gap);
-    if (at == expected.npos)
-        EXPECT_EQ(shown, expected);
-    else
-        EXPECT_TRUE(shown.starts_with(expected.substr(0, at)) && shown.ends_with(expected.substr(at + gap.size())))
-            << shown << "\nexpected:\n"
-            << expected;
-}
-
-/* A command line as a shell takes it, in the folder of a host. */
-static void play(const section &command, const std::string &folder)
-{
-    std::string script = "BOARDS='" BOARDS "'; cd '" + folder + "';";
-    for (const std::string &word : station({"--directory", folder}))
-        script += " '" + word + "'";
-    const size_t blank = command.head.find(' ');
-    const finished end = run_command({"sh", "-c", script + command.head.substr(blank)});
-    std::string shown = condensed(end.out) + end.err;
-    for (size_t at; (at = shown.find(folder)) != shown.npos;)
-        shown.replace(at, folder.size(), "DIR");
-    SCOPED_TRACE(command.head);
-    expect_same(shown, command.lines);
-    EXPECT_EQ(end.code, blank == 0 ? 0 : std::stoi(command.head)) << end;
-}
-
-static void play_entry(const section &entry)
-{
-    std::istringstream head(entry.head), lines(entry.lines);
-    std::string board;
-    words options;
-    head >> board;
-    for (std::string word; head >> word;)
-        options.push_back(word);
-    const std::vector<section> commands = sections_of(lines, "$");
-    const temporary_folder files;
-    std::ofstream(files.path + "/board.toml") << "base = \"" BOARDS "/" << board << ".toml\"\nname = \"changed\"\n"
-                                              << commands[0].lines;
-    std::optional<simulated_switch> host;
-    if (board != "none")
-        host.emplace(files.path + "/board.toml", options);
-    const std::string folder = host ? host->folder.path : files.path;
-    std::ofstream data(folder + "/in");
-    for (int i = 0; i < 204; i++)
-        data << static_cast<char>(i * 7);
-    data.close();
-    for (const section &command : std::span(commands).subspan(1))
-        play(command, folder);
-}
+#include "transcripts.h"
 
 TEST(requests, transcripts)
 {
-    std::ifstream file(TRANSCRIPTS);
-    const std::vector<section> entries = sections_of(file, "== ");
-    EXPECT_GT(entries.size(), 20U);
-    for (const section &entry : std::span(entries).subspan(1)) {
-        SCOPED_TRACE(entry.head);
-        play_entry(entry);
-    }
-}
-
-TEST(requests, upgrade_asks)
-{
-    const finished asked = run_on_terminal({"poe-upgrade"}, "n\n");
-    EXPECT_EQ(asked.code, 3);
-    EXPECT_NE(asked.out.find("not confirmed; nothing was sent"), std::string::npos) << asked.out;
+    play_transcripts(TRANSCRIPTS);
 }
 
 /* A reply that no board sends, and what is to be said to it. */
@@ -237,9 +134,31 @@ TEST(requests, replies_that_no_board_sends)
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)"},
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16"},
     });
-    const responder half = [](const std::string &, int) { return std::string(8, '\0'); };
+    const responder half = [](const std::string &) { return std::string(8, '\0'); };
     EXPECT_NE(fake_service(half).run({"packet"}).err.find("did not answer with the expected 1052 bytes"),
               std::string::npos);
+}
+
+TEST(requests, stages_have_their_sentences)
+{
+    const std::pair<uint32_t, const char *> stages[] = {
+        {4, "a port refused its speed"},
+        {6, "the test's VLANs could not be set up"},
+        {7, "the CPU could not send the test's frames"},
+        {8, "the test's VLANs could not be removed"},
+        {10, "a port's PHY loopback could not be set"},
+        {11, "a port's PHY loopback could not be restored"},
+    };
+    for (const auto &[stage, sentence] : stages) {
+        const auto end = fake_service(reply_of<ess_flow_reply>(0, [=](ess_flow_reply &reply) {
+                             reply.port_count = 2;
+                             reply.fail_stage = stage;
+                         })).run({"flow", "--json"});
+        const std::string summary = "stopped at stage " + std::to_string(stage) + ": " + sentence + "; 2 ports ";
+        EXPECT_NE(end.out.find(summary), std::string::npos) << end;
+        EXPECT_EQ(letters_of(end), "TT");
+        EXPECT_EQ(end.code, 1);
+    }
 }
 
 /* The codes of a failed test, the verdicts on its ports, and what else is said. */
