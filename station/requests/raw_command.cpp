@@ -78,7 +78,7 @@ static void set_size(request &sent, const option &field, const std::string &valu
     sent.payload.resize(size);
 }
 
-static constexpr std::array<option, 3> options{{
+static constexpr std::array<option, 3> OPTIONS{{
     {.name = "TYPE", .help = "request type", .set = set_type},
     {.name = "HEX",
      .help = "payload, pairs of hexadecimal digits, blanks allowed",
@@ -87,7 +87,7 @@ static constexpr std::array<option, 3> options{{
     {.name = "--size", .help = "zeros up to this size, the reply's", .most = FACMSG_MAX_PAYLOAD, .set = set_size},
 }};
 
-constinit const std::span<const option> raw_options{options};
+constinit const std::span<const option> raw_options{OPTIONS};
 
 outcome decode_raw(const request &sent, const std::vector<uint8_t> &reply)
 {

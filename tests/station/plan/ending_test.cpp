@@ -3,17 +3,13 @@
  * Runs of plans that are cut short: nobody answers, somebody interrupts, the disk is full, the program is killed.
  */
 #include <array>
-#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
 #include <regex>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <unistd.h>
-#include <utility>
 
 #include "runs.h"
 
@@ -92,11 +88,7 @@ TEST(plan_end, an_interruption_lets_the_request_end_or_gives_it_up)
         for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
             expect_orderly_end(number, number, answered);
     }
-}
-
-TEST(plan_end, a_later_interruption_leaves_at_once)
-{
-    for (const int number : {SIGINT, SIGTERM}) {
+    for (const int number : {SIGINT, SIGTERM}) { /* a later one leaves at once */
         slow_service service;
         const running_station plan(steps_line(service.folder.path, two_steps("60")));
         service.socket.take_request();
@@ -158,26 +150,19 @@ static void expect_not_saved(const finished &end)
     EXPECT_EQ(end.out.find("\nPASS"), end.out.npos) << end;
 }
 
+/* A limit on the size of files stands for a disk that fills up, at every stage of a run. */
 TEST(plan_end, results_that_cannot_be_kept_are_never_a_pass)
 {
     const simulated_switch healthy("healthy-28");
     const std::string folder = healthy.folder.path;
-    std::ofstream(folder + "/file") << "no folder";
-    for (const std::string &results : {folder + "/file/below", std::string("/proc/none")})
+    const words line = steps_line(folder, two_steps());
+    for (const std::string &results : {folder + "/board.toml/below", std::string("/proc/none")})
         expect_not_saved(run(steps_line(folder, two_steps(), {"--results", results})));
     if (geteuid() == 0) /* root may write anywhere, somebody else may not */
-        expect_not_saved(run(steps_line(folder, two_steps()), 65534));
+        expect_not_saved(run(line, 65534));
     EXPECT_TRUE(runs_in(folder).empty());
-}
-
-/* A limit on the size of files stands for a disk that fills up, at every stage of a run. */
-TEST(plan_end, a_full_disk_is_never_a_pass)
-{
-    const simulated_switch healthy("healthy-28");
-    const std::string folder = healthy.folder.path;
     rlimit before;
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    const words line = steps_line(folder, two_steps());
     ASSERT_EQ(run(line).code, 0);
     const auto whole = static_cast<double>(std::filesystem::file_size(runs_in(folder).front() + "/journal.jsonl"));
     for (const double part : {0.005, 0.05, 0.3, 0.7, 0.999, 1.001}) { /* at last only the reports find no room */
@@ -196,9 +181,10 @@ static void expect_record(const std::string &shown, const std::string &folder)
 {
     const std::vector<std::string> runs = runs_in(folder);
     const std::string story = runs.empty() ? "" : story_of(runs.back());
-    const std::regex ended("step . of 2  ([a-z-]+)  PASS");
-    for (std::sregex_iterator step(shown.begin(), shown.end(), ended), none; step != none; ++step)
-        EXPECT_NE(story.find((*step)[1].str() + "#1 COMPLETE\n"), story.npos) << shown << story;
+    for (const std::string step : {"factory-mode", "poe"})
+        EXPECT_TRUE(shown.find("  " + step + "  PASS") == shown.npos ||
+                    story.find(step + "#1 COMPLETE\n") != story.npos)
+            << shown << story;
     if (runs.empty() || story.ends_with("COMPLETE PASS"))
         return;
     const finished report = run({"report", runs.back()});
@@ -216,10 +202,9 @@ static void kill_runs(unsigned seed)
     ASSERT_EQ(run(line).code, 0);
     const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - start_time;
     std::mt19937 random(seed);
-    std::uniform_real_distribution<double> moment(0, whole.count());
     for (int round = 0; round < 10; round++) {
         std::filesystem::remove_all(folder + "/results");
-        const double after_us = moment(random);
+        const double after_us = std::uniform_real_distribution<double>(0, whole.count())(random);
         SCOPED_TRACE("seed " + std::to_string(seed) + ", killed after " + std::to_string(after_us) + " us");
         const running_station plan(line);
         usleep(static_cast<useconds_t>(after_us));
