@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sstream>
 #include <sys/ioctl.h>
@@ -153,12 +154,15 @@ static std::string talk_to(int terminal, const std::vector<exchange> &talk, pid_
     size_t past = 0;
     auto next = talk.begin();
     char part[4096];
+    pollfd output{terminal, POLLIN, 0};
     for (ssize_t size; (size = read(terminal, part, sizeof(part))) > 0;) {
         shown.append(part, static_cast<size_t>(size));
         for (size_t at; next != talk.end() && (at = shown.find(next->question, past)) != std::string::npos; ++next) {
             past = at + next->question.size();
             give(terminal, next->answer, pid);
         }
+        if (poll(&output, 1, 30'000) == 0)
+            kill(pid, SIGKILL); /* it waits for an answer that no one has */
     }
     EXPECT_TRUE(next == talk.end()) << "was not asked: " << next->question;
     return shown;
