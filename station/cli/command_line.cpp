@@ -5,11 +5,14 @@
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <deque>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <sstream>
 
 #include "common/terminal.h"
+#include "common/text.h"
 
 namespace station
 {
@@ -61,20 +64,21 @@ static CLI::App *add_subcommand(CLI::App &app, const command &row)
     if (blank == std::string::npos)
         return app.add_subcommand(name, row.help);
     const std::string outer = name.substr(0, blank);
-    const auto same_name = [&](const CLI::App *known) { return known->get_name() == outer; };
-    const std::vector<CLI::App *> found = app.get_subcommands(same_name);
-    CLI::App *parent = found.empty() ? app.add_subcommand(outer, fmt::format("see '{} --help'", outer)) : found.front();
+    const auto same_name = [&](const CLI::App *entry) { return entry->get_name() == outer; };
+    const std::vector<CLI::App *> parents = app.get_subcommands(same_name);
+    CLI::App *parent =
+        parents.empty() ? app.add_subcommand(outer, fmt::format("see '{} --help'", outer)) : parents.front();
     parent->allow_extras();
     return parent->add_subcommand(name.substr(blank + 1), row.help);
 }
 
-static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &given, invocation &call)
+static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &subcommand, invocation &call)
 {
     for (const command &row : commands()) {
         request &sent = requests.emplace_back(empty_request(row));
         CLI::App *sub = add_subcommand(app, row);
         sub->allow_extras();
-        sub->preparse_callback([&given, &row, sub](size_t) { given = {sub, row.name, &row}; });
+        sub->preparse_callback([&subcommand, &row, sub](size_t) { subcommand = {sub, row.name, &row}; });
         sub->parse_complete_callback([&call, &row, &sent] {
             call.row = &row;
             call.sent = sent;
@@ -87,16 +91,16 @@ static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_su
     }
 }
 
-static void add_tools(CLI::App &app, chosen_subcommand &given, invocation &call)
+static void add_tools(CLI::App &app, chosen_subcommand &subcommand, invocation &call)
 {
-    for (const tool &known : tools()) {
-        CLI::App *sub = app.add_subcommand(known.name, known.help);
+    for (const tool &entry : tools()) {
+        CLI::App *sub = app.add_subcommand(entry.name, entry.help);
         sub->allow_extras();
-        const tool_run run = known.add(*sub);
-        sub->preparse_callback([&given, &known, sub](size_t) { given = {sub, known.name, nullptr}; });
-        sub->parse_complete_callback([&call, &known, run] {
+        const tool_run run = entry.add(*sub);
+        sub->preparse_callback([&subcommand, &entry, sub](size_t) { subcommand = {sub, entry.name, nullptr}; });
+        sub->parse_complete_callback([&call, &entry, run] {
             call.run = run;
-            call.tool_name = known.name;
+            call.tool_name = entry.name;
         });
     }
 }
@@ -113,12 +117,29 @@ static std::string quoted(const std::string &word)
     return text + "'";
 }
 
-static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &given, invocation &call)
+/* Whoever has a narrow terminal gets each description below its option, and lines folded to the width. */
+static std::string help_of(CLI::App &app)
+{
+    constexpr size_t NARROW_INDENT = 6;
+    const size_t columns = common::stdout_columns();
+    if (columns >= common::SCREEN_COLUMNS)
+        return app.help();
+    app.get_formatter()->column_width(NARROW_INDENT);
+    std::istringstream lines(app.help());
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t indent = std::min(line.find_first_not_of(' '), line.size());
+        text += line.substr(0, indent) + common::wrapped(line.substr(indent), indent, columns) + "\n";
+    }
+    return text;
+}
+
+static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &subcommand, invocation &call)
 {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp &) {
-        call.help = app.help();
+        call.help = help_of(app);
         return;
     } catch (const CLI::CallForVersion &version) {
         call.help = fmt::format("{}\n", version.what());
@@ -128,17 +149,17 @@ static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand 
             call.help = app.version() + "\n";
             return;
         }
-        for (const std::string &found : app.remaining(true))
-            if (found.starts_with("-") && found != "--")
-                throw usage_error(explain_extra(found, app, given));
-        throw usage_error(explain_error(error, app, given));
+        for (const std::string &word : app.remaining(true))
+            if (word.starts_with("-") && word != "--")
+                throw usage_error(explain_extra(word, app, subcommand));
+        throw usage_error(explain_error(error, app, subcommand));
     } catch (const CLI::ParseError &error) {
-        throw usage_error(explain_error(error, app, given));
+        throw usage_error(explain_error(error, app, subcommand));
     }
     std::vector<std::string> extras = app.remaining(true);
     std::erase(extras, "--");
     if (!extras.empty())
-        throw usage_error(explain_extra(extras.front(), app, given));
+        throw usage_error(explain_extra(extras.front(), app, subcommand));
     if (call.row == nullptr && call.tool_name == nullptr)
         throw usage_error(explain_nothing(app));
     if (call.row != nullptr)
@@ -160,13 +181,13 @@ invocation read_command_line(int argc, char **argv)
     for (const char *word : std::span(argv, static_cast<size_t>(argc)))
         call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
     std::deque<request> requests;
-    chosen_subcommand given;
-    add_requests(app, requests, given, call);
-    add_tools(app, given, call);
+    chosen_subcommand subcommand;
+    add_requests(app, requests, subcommand, call);
+    add_tools(app, subcommand, call);
     try {
-        parse(app, argc, argv, given, call);
+        parse(app, argc, argv, subcommand, call);
     } catch (usage_error &error) {
-        error.subcommand = given.name ? given.name : "";
+        error.subcommand = subcommand.name ? subcommand.name : "";
         throw;
     }
     return call;

@@ -57,10 +57,10 @@ struct chosen_subcommand {
 
 /* What to say to a command line that cannot be read, all in misuse.cpp. The first argument that nothing took: a
  * subcommand's name, an option's, or one argument too many. */
-std::string explain_extra(const std::string &found, const CLI::App &app, const chosen_subcommand &given);
+std::string explain_extra(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand);
 
 /* What the parser says of an option, with the values that it takes. */
-std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &given);
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &subcommand);
 
 /* That a subcommand is missing, or one of its own. */
 std::string explain_nothing(const CLI::App &app);

@@ -16,9 +16,9 @@ namespace station
 
 using names = std::vector<std::string>;
 
-static std::string expected_one_of(const std::string &found, const names &known)
+static std::string expected_one_of(const std::string &word, const names &choices)
 {
-    return common::expected_one_of(found, {known.begin(), known.end()});
+    return common::expected_one_of(word, {choices.begin(), choices.end()});
 }
 
 static std::vector<const CLI::App *> children(const CLI::App &app)
@@ -28,10 +28,10 @@ static std::vector<const CLI::App *> children(const CLI::App &app)
 
 static names child_names(const CLI::App &app)
 {
-    names found;
+    names list;
     for (const CLI::App *sub : children(app))
-        found.push_back(sub->get_name());
-    return found;
+        list.push_back(sub->get_name());
+    return list;
 }
 
 /* "fpga", when one of its subcommands is still missing. */
@@ -45,90 +45,91 @@ static const CLI::App *unfinished(const CLI::App &app)
 
 static bool has_option(const CLI::App &app, const std::string &name)
 {
-    const CLI::Option *found = app.get_option_no_throw(name);
-    return found != nullptr && !found->get_positional();
+    const CLI::Option *entry = app.get_option_no_throw(name);
+    return entry != nullptr && !entry->get_positional();
 }
 
 /* The subcommands that have an option. */
 static names owners(const CLI::App &app, const std::string &option, const std::string &outer = "")
 {
-    names found;
+    names list;
     for (const CLI::App *sub : children(app)) {
         const std::string name = outer + sub->get_name();
         if (has_option(*sub, option))
-            found.push_back(name);
+            list.push_back(name);
         const names inner = owners(*sub, option, name + " ");
-        found.insert(found.end(), inner.begin(), inner.end());
+        list.insert(list.end(), inner.begin(), inner.end());
     }
-    return found;
+    return list;
 }
 
 /* Options that can be given with a subcommand, or with none. */
 static names option_names(const CLI::App &app, const CLI::App *sub)
 {
-    names found;
+    names list;
     for (const CLI::App *part : {&app, sub})
-        for (const CLI::Option *known : part ? part->get_options() : std::vector<const CLI::Option *>{})
-            if (!known->get_positional() && std::ranges::find(found, known->get_name()) == found.end())
-                found.push_back(known->get_name());
-    return found;
+        for (const CLI::Option *entry : part ? part->get_options() : std::vector<const CLI::Option *>{})
+            if (!entry->get_positional() && std::ranges::find(list, entry->get_name()) == list.end())
+                list.push_back(entry->get_name());
+    return list;
 }
 
-static std::string explain_option(const std::string &found, const CLI::App &app, const chosen_subcommand &given)
+static std::string explain_option(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand)
 {
     constexpr size_t most_named = 3;
-    const std::string name = found.substr(0, found.find('='));
-    if (given.sub != nullptr && has_option(*given.sub, name))
+    const std::string name = word.substr(0, word.find('='));
+    if (subcommand.sub != nullptr && has_option(*subcommand.sub, name))
         return fmt::format("option '{}' stands before the subcommand, allowed: after it", name);
     names others = owners(app, name);
     if (others.empty())
-        return fmt::format("unknown option '{}'{}", name, expected_one_of(name, option_names(app, given.sub)));
+        return fmt::format("unknown option '{}'{}", name, expected_one_of(name, option_names(app, subcommand.sub)));
     const bool more = others.size() > most_named;
     others.resize(std::min(others.size(), most_named));
     return fmt::format("option '{}' belongs to {}{}{}", name, fmt::join(others, ", "), more ? " and others" : "",
-                       given.name ? fmt::format(", not to {}", given.name) : "; no subcommand given");
+                       subcommand.name ? fmt::format(", not to {}", subcommand.name) : "; no subcommand given");
 }
 
-std::string explain_extra(const std::string &found, const CLI::App &app, const chosen_subcommand &given)
+std::string explain_extra(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand)
 {
-    if (found.starts_with("-"))
-        return explain_option(found, app, given);
-    if (given.name != nullptr)
-        return fmt::format("found '{}', but no more arguments are allowed", found);
+    if (word.starts_with("-"))
+        return explain_option(word, app, subcommand);
+    if (subcommand.name != nullptr)
+        return fmt::format("found '{}', but no more arguments are allowed", word);
     const CLI::App *outer = unfinished(app);
-    return fmt::format("{}unknown subcommand '{}'{}", outer ? outer->get_name() + ": " : "", found,
-                       expected_one_of(found, child_names(outer ? *outer : app)));
+    return fmt::format("{}unknown subcommand '{}'{}", outer ? outer->get_name() + ": " : "", word,
+                       expected_one_of(word, child_names(outer ? *outer : app)));
 }
 
 /* The option that an error is about, by the name in front of its text: the parser's exceptions tell it nowhere else. */
 static const CLI::Option *option_at_fault(const CLI::ParseError &error, const CLI::App &app,
-                                          const chosen_subcommand &given)
+                                          const chosen_subcommand &subcommand)
 {
     const std::string text = error.what();
     const std::string name = text.substr(0, text.find_first_of(": "));
-    for (const CLI::App *part : {given.sub, &app})
-        for (const CLI::Option *known : part != nullptr ? part->get_options() : std::vector<const CLI::Option *>{})
-            if (known->get_name() == name || known->check_lname(name))
-                return known;
+    for (const CLI::App *part : {subcommand.sub, &app})
+        for (const CLI::Option *entry : part != nullptr ? part->get_options() : std::vector<const CLI::Option *>{})
+            if (entry->get_name() == name || entry->check_lname(name))
+                return entry;
     return nullptr;
 }
 
 /* What the subcommand's row says of the option; null for one that it does not have. */
-static const option *row_of(const std::string &name, const chosen_subcommand &given)
+static const option *row_of(const std::string &name, const chosen_subcommand &subcommand)
 {
-    for (const auto &options : {given.row ? given.row->options : std::span<const option>{}, waiting_options()})
+    for (const auto &options :
+         {subcommand.row ? subcommand.row->options : std::span<const option>{}, waiting_options()})
         for (const option &field : options)
-            if (given.row != nullptr && name == field.name)
+            if (subcommand.row != nullptr && name == field.name)
                 return &field;
     return nullptr;
 }
 
-std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &given)
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &subcommand)
 {
     const bool is_count = dynamic_cast<const CLI::ArgumentMismatch *>(&error) != nullptr ||
                           dynamic_cast<const CLI::RequiredError *>(&error) != nullptr ||
                           dynamic_cast<const CLI::ValidationError *>(&error) != nullptr; /* of an empty value */
-    const CLI::Option *wrong = is_count ? option_at_fault(error, app, given) : nullptr;
+    const CLI::Option *wrong = is_count ? option_at_fault(error, app, subcommand) : nullptr;
     if (wrong == nullptr)
         return error.what();
     const std::string name = wrong->get_name();
@@ -136,7 +137,7 @@ std::string explain_error(const CLI::ParseError &error, const CLI::App &app, con
         return "--directory: expected exactly one value, allowed: the host's working directory";
     if (wrong->get_expected_max() == 0)
         return fmt::format("{}: takes no value", name);
-    const option *field = row_of(name, given);
+    const option *field = row_of(name, subcommand);
     return fmt::format("{}: expected exactly one value{}", name,
                        field != nullptr && field->values == arity::one ? ", allowed: " + allowed_values(*field) : "");
 }

@@ -28,7 +28,7 @@ using common::print;
 class progress
 {
   public:
-    progress(const command &row, bool wanted);
+    progress(const command &row, bool visible);
     ~progress();
     progress(const progress &) = delete;
     progress &operator=(const progress &) = delete;
@@ -58,11 +58,11 @@ static std::string expectation(const duration &expected)
     return fmt::format("about {} s expected{}", expected.typical_s, longest);
 }
 
-progress::progress(const command &row, bool wanted) : row_(row), notice_(row.name, wanted)
+progress::progress(const command &row, bool visible) : row_(row), notice_(row.name, visible)
 {
     const common::terminal screen = common::terminal_of(STDERR_FILENO);
-    lively_ = wanted && screen.lively;
-    plain_ = wanted && screen.there && !screen.lively;
+    lively_ = visible && screen.lively;
+    plain_ = visible && screen.there && !screen.lively;
 }
 
 progress::~progress()
@@ -113,10 +113,10 @@ static void say_error(const std::string &subcommand, const std::string &sentence
 static patience patience_for(const request &sent)
 {
     patience allowed{};
-    if (const auto given = own_value(sent, busy_timeout_option.name))
-        allowed.for_service = in_ms(*given);
-    if (const auto given = own_value(sent, "--timeout"))
-        allowed.for_reply = in_ms(*given);
+    if (const auto value = own_value(sent, busy_timeout_option.name))
+        allowed.for_service = in_ms(*value);
+    if (const auto value = own_value(sent, "--timeout"))
+        allowed.for_reply = in_ms(*value);
     return allowed;
 }
 
@@ -142,7 +142,7 @@ static void confirm(const invocation &call)
     watch_signals(signal_policy::leave);
     std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
     std::string answer;
-    const open_line asked;
+    const open_line line;
     if (!std::getline(std::cin, answer))
         std::fputs("\n", stderr);
     if (answer != "y" && answer != "yes")

@@ -16,9 +16,10 @@
 namespace station
 {
 
-static constexpr option grace{.name = "--grace",
-                              .help = "seconds that a running request may take after an interruption, 10 if not given",
-                              .most = 3600};
+static constexpr option GRACE_OPTION{
+    .name = "--grace",
+    .help = "seconds that a running request may take after an interruption, 10 if not given",
+    .most = 3600};
 
 static void add_flag(CLI::App &sub, const char *name, bool &chosen, const char *help)
 {
@@ -38,36 +39,36 @@ static void add_seconds(CLI::App &sub, const option &field, int64_t &chosen)
 }
 
 /* Who tests what, and where that is kept. */
-static void add_labels(CLI::App &sub, plan::order &given)
+static void add_labels(CLI::App &sub, plan::order &job)
 {
-    add_text(sub, "--serial", "TEXT", given.of.serial, "serial number of the unit; asked for if not given");
-    add_text(sub, "--operator", "TEXT", given.of.operator_name, "who runs the plan; asked for if not given");
-    add_text(sub, "--station", "TEXT", given.of.station, "name of the test station; as the plan says, or the host's");
-    add_text(sub, "--results", "DIR", given.results, "folder that gets a folder for each run");
+    add_text(sub, "--serial", "TEXT", job.of.serial, "serial number of the unit; asked for if not given");
+    add_text(sub, "--operator", "TEXT", job.of.operator_name, "who runs the plan; asked for if not given");
+    add_text(sub, "--station", "TEXT", job.of.station, "name of the test station; as the plan says, or the host's");
+    add_text(sub, "--results", "DIR", job.results, "folder that gets a folder for each run");
     sub.get_option("--results")->capture_default_str();
 }
 
 static tool_run add_plan(CLI::App &sub)
 {
-    const auto given = std::make_shared<plan::order>();
-    sub.add_option("FILE", given->file, "the plan")->required();
-    add_labels(sub, *given);
-    add_text(sub, "--only", "A,B", given->only, "run these steps only");
-    add_text(sub, "--skip", "A,B", given->skip, "do not run these steps");
+    const auto job = std::make_shared<plan::order>();
+    sub.add_option("FILE", job->file, "the plan")->required();
+    add_labels(sub, *job);
+    add_text(sub, "--only", "A,B", job->only, "run these steps only");
+    add_text(sub, "--skip", "A,B", job->skip, "do not run these steps");
     for (const char *name : {"--results", "--only", "--skip"})
         sub.get_option(name)->check([](const std::string &value) { return value.empty() ? "found no text" : ""; });
-    add_flag(sub, "--dry-run", given->dry_run, "check the plan and list its steps, send nothing");
-    add_flag(sub, "--stop-on-fail", given->stop_on_fail, "skip all steps after one that fails");
-    add_flag(sub, "--no-input", given->no_input, "ask for nothing");
-    add_seconds(sub, grace, given->grace_s);
-    add_seconds(sub, busy_timeout_option, given->busy_timeout_s);
-    add_flag(sub, "--wait", given->wait, "wait for another station that is at this service");
-    return [given](const settings &chosen) {
-        given->json = chosen.json;
-        given->directory = chosen.directory;
-        given->no_progress = chosen.no_progress;
-        given->command_line = chosen.command_line;
-        return plan::run_plan(*given);
+    add_flag(sub, "--dry-run", job->dry_run, "check the plan and list its steps, send nothing");
+    add_flag(sub, "--stop-on-fail", job->stop_on_fail, "skip all steps after one that fails");
+    add_flag(sub, "--no-input", job->no_input, "ask for nothing");
+    add_seconds(sub, GRACE_OPTION, job->grace_s);
+    add_seconds(sub, busy_timeout_option, job->busy_timeout_s);
+    add_flag(sub, "--wait", job->wait, "wait for another station that is at this service");
+    return [job](const settings &chosen) {
+        job->json = chosen.json;
+        job->directory = chosen.directory;
+        job->no_progress = chosen.no_progress;
+        job->command_line = chosen.command_line;
+        return plan::run_plan(*job);
     };
 }
 
@@ -110,21 +111,21 @@ static tool_run add_history(CLI::App &sub)
         reports::history_filter filter;
         bool runs = false;
     };
-    const auto asked = std::make_shared<question>();
-    sub.add_option("DIR", asked->folder, "folder of all runs")->required();
-    add_text(sub, "--plan", "NAME", asked->filter.plan, "runs of this plan only");
-    add_text(sub, "--product", "NAME", asked->filter.product, "runs on this product only");
-    add_text(sub, "--station", "NAME", asked->filter.station, "runs at this station only");
-    add_text(sub, "--serial", "TEXT", asked->filter.serial, "runs on the unit with this serial number only");
-    add_day(sub, "--since", asked->filter.since, "runs that began on this day or later, in UTC");
-    add_day(sub, "--until", asked->filter.until, "runs that began on this day or earlier, in UTC");
-    add_flag(sub, "--runs", asked->runs, "list the runs, too");
-    return [asked](const settings &chosen) {
-        const auto &[since, until] = std::tie(asked->filter.since, asked->filter.until);
+    const auto query = std::make_shared<question>();
+    sub.add_option("DIR", query->folder, "folder of all runs")->required();
+    add_text(sub, "--plan", "NAME", query->filter.plan, "runs of this plan only");
+    add_text(sub, "--product", "NAME", query->filter.product, "runs on this product only");
+    add_text(sub, "--station", "NAME", query->filter.station, "runs at this station only");
+    add_text(sub, "--serial", "TEXT", query->filter.serial, "runs on the unit with this serial number only");
+    add_day(sub, "--since", query->filter.since, "runs that began on this day or later, in UTC");
+    add_day(sub, "--until", query->filter.until, "runs that began on this day or earlier, in UTC");
+    add_flag(sub, "--runs", query->runs, "list the runs, too");
+    return [query](const settings &chosen) {
+        const auto &[since, until] = std::tie(query->filter.since, query->filter.until);
         if (!until.empty() && since > until)
             throw usage_error(
                 fmt::format("--since: found '{}', expected a day up to that of --until, {}", since, until));
-        return reports::history_tool(asked->folder, asked->filter, asked->runs, form_of(chosen));
+        return reports::history_tool(query->folder, query->filter, query->runs, form_of(chosen));
     };
 }
 

@@ -12,7 +12,7 @@
 namespace station
 {
 
-static const option options[] = {
+static const option OPTIONS[] = {
     unit_option,
     {.name = "--fcs-limit",
      .help = "FCS errors that a port may have, 0 if not given",
@@ -21,9 +21,9 @@ static const option options[] = {
      .judges_unasked = true},
 };
 
-constinit const std::span<const option> broadcast_options{options};
+constinit const std::span<const option> broadcast_options{OPTIONS};
 
-static constexpr code_sentence results[] = {
+static constexpr code_sentence RESULTS[] = {
     {FACMSG_BROADCAST_PASS, ""},
     {FACMSG_BROADCAST_NO_LINK, ""},
     {FACMSG_BROADCAST_NOT_POSSIBLE, "the host lacks a driver function, no port takes part, or the burst of frames "
@@ -33,7 +33,7 @@ static constexpr code_sentence results[] = {
     {FACMSG_BROADCAST_FAIL, ""},
 };
 
-static constexpr code_sentence codes[] = {
+static constexpr code_sentence CODES[] = {
     {FACMSG_PORT_OK, ""},
     {FACMSG_PORT_NO_LINK, "No link; expected a link. Its FCS errors are not judged."},
     {FACMSG_PORT_NOT_STARTED, "The port's status could not be read. Its FCS errors are not judged."},
@@ -56,7 +56,7 @@ static port_outcome judge_port(const broadcast_test_record &reply, uint32_t i, u
     const bool unreadable = code == FACMSG_PORT_FCS_UNREADABLE;
     if (unreadable)
         add_check(port, "link", verdict::pass);
-    judge_code(port, unreadable ? counted : "link", codes, code, "code");
+    judge_code(port, unreadable ? counted : "link", CODES, code, "code");
     port.failed_here = fails_unseen(code, reply);
     if (code != FACMSG_PORT_OK) {
         if (!unreadable)
@@ -94,7 +94,7 @@ outcome decode_broadcast(const request &sent, const std::vector<uint8_t> &payloa
                                       common::counted(limit, "FCS error")),
                  .result = reply.result,
                  .columns = {{"code", "code"}, {"fcs_errors", "FCS errors"}}};
-    unit.summary = find_obstacle(results, reply.result);
+    unit.summary = find_obstacle(RESULTS, reply.result);
     if (unit.summary.empty())
         unit.summary = find_wrong_count(reply.port_count);
     if (unit.summary.empty() && reply.result == FACMSG_BROADCAST_NO_LINK) {

@@ -174,16 +174,16 @@ static void check_echo(const command &row, const request &sent, const std::vecto
     for (const option &field : row.options) {
         if (!is_payload_word(field))
             continue;
-        const uint32_t asked = word_at(sent.payload, field.offset);
-        const uint32_t found = word_at(reply, field.offset);
-        if (found != asked)
+        const uint32_t request_word = word_at(sent.payload, field.offset);
+        const uint32_t reply_word = word_at(reply, field.offset);
+        if (reply_word != request_word)
             throw no_reply(exit_code::no_verdict, "no-verdict",
                            fmt::format("the reply does not belong to this request: its {} word is {}; expected {}",
-                                       field.name, found, asked));
+                                       field.name, reply_word, request_word));
     }
 }
 
-outcome carry_out(const command &row, const request &asked, const std::string &directory, const patience &allowed,
+outcome carry_out(const command &row, const request &task, const std::string &directory, const patience &allowed,
                   const audience &shown)
 {
     patience left = allowed;
@@ -202,13 +202,13 @@ outcome carry_out(const command &row, const request &asked, const std::string &d
             *left.for_reply -= result.worked;
         return result.reply;
     };
-    return row.transfer ? row.transfer(asked, send) : row.decode(asked, send(asked, ""));
+    return row.transfer ? row.transfer(task, send) : row.decode(task, send(task, ""));
 }
 
-outcome rehearse(const command &row, const request &asked)
+outcome rehearse(const command &row, const request &task)
 {
-    check_together(row, asked);
-    request played = asked;
+    check_together(row, task);
+    request played = task;
     if (const auto output = played.own.find("--output"); output != played.own.end())
         output->second = "/dev/null";
     if (row.transfer)

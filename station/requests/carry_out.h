@@ -32,12 +32,12 @@ struct audience {
 
 /* To be called in the service's directory, which is shown as `directory`. allowed is for all parts of a transfer
  * together. Throws no_reply. */
-outcome carry_out(const command &row, const request &asked, const std::string &directory, const patience &allowed,
+outcome carry_out(const command &row, const request &task, const std::string &directory, const patience &allowed,
                   const audience &shown);
 
 /* The outcome of a reply that is all zeros, without sending anything: shows which values there are to judge, and throws
  * usage_error when the options do not fit together. */
-outcome rehearse(const command &row, const request &asked);
+outcome rehearse(const command &row, const request &task);
 
 } // namespace station
 

@@ -32,8 +32,8 @@ static std::optional<int64_t> parse_number(const std::string &text, bool hex)
 std::string allowed_values(const option &field)
 {
     std::string names;
-    for (const choice &known : field.choices)
-        names += fmt::format("{}{}", names.empty() ? "" : ", ", known.name);
+    for (const choice &entry : field.choices)
+        names += fmt::format("{}{}", names.empty() ? "" : ", ", entry.name);
     const auto shown = [&](int64_t number) {
         return field.hex ? fmt::format("{:#x}", number) : std::to_string(number);
     };
@@ -43,17 +43,17 @@ std::string allowed_values(const option &field)
 
 std::string name_of(std::span<const choice> choices, uint32_t code)
 {
-    for (const choice &known : choices)
-        if (known.code == code)
-            return known.name;
+    for (const choice &entry : choices)
+        if (entry.code == code)
+            return entry.name;
     return fmt::format("code {}", code);
 }
 
 int64_t parse_value(const option &field, const std::string &value)
 {
-    for (const choice &known : field.choices)
-        if (value == known.name)
-            return known.code;
+    for (const choice &entry : field.choices)
+        if (value == entry.name)
+            return entry.code;
     const std::optional<int64_t> number = parse_number(value, field.hex);
     if (!number || *number < field.least || *number > field.most || *number % field.multiple != 0)
         throw usage_error(fmt::format("{}: found '{}', allowed: {}", field.name, value, allowed_values(field)));
@@ -69,7 +69,7 @@ static void put_word(std::vector<uint8_t> &payload, size_t offset, int64_t value
 void set_word(request &sent, const option &field, const std::string &value)
 {
     put_word(sent.payload, field.offset, field.values == arity::flag ? 1 : parse_value(field, value));
-    sent.given.insert(field.name);
+    sent.option_names.insert(field.name);
 }
 
 void set_own(request &sent, const option &field, const std::string &value)
@@ -101,8 +101,8 @@ void set_own_list(request &sent, const option &field, const std::string &value)
 
 std::optional<std::string> own_value(const request &sent, const char *name)
 {
-    const auto found = sent.own.find(name);
-    return found == sent.own.end() ? std::nullopt : std::optional(found->second);
+    const auto entry = sent.own.find(name);
+    return entry == sent.own.end() ? std::nullopt : std::optional(entry->second);
 }
 
 std::string member_name(std::string name)
@@ -114,10 +114,10 @@ std::string member_name(std::string name)
     return name;
 }
 
-static void check_limits(const command &row, const request &asked, const option &least)
+static void check_limits(const command &row, const request &task, const option &least)
 {
     for (const option &most : row.options) {
-        const auto lower = own_value(asked, least.name), upper = own_value(asked, most.name);
+        const auto lower = own_value(task, least.name), upper = own_value(task, most.name);
         const bool pair =
             most.limited != nullptr && !most.least_value && std::string_view(most.limited) == least.limited;
         if (pair && lower && upper && std::stoll(*lower) > std::stoll(*upper))
@@ -126,14 +126,15 @@ static void check_limits(const command &row, const request &asked, const option 
     }
 }
 
-void check_together(const command &row, const request &asked)
+void check_together(const command &row, const request &task)
 {
     for (const option &field : row.options) {
-        if (field.not_beside != nullptr && asked.given.contains(field.name) && asked.given.contains(field.not_beside))
+        if (field.not_beside != nullptr && task.option_names.contains(field.name) &&
+            task.option_names.contains(field.not_beside))
             throw usage_error(
                 fmt::format("{}: found beside {}, allowed: one of the two", field.name, field.not_beside));
         if (field.least_value)
-            check_limits(row, asked, field);
+            check_limits(row, task, field);
     }
 }
 

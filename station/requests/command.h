@@ -34,7 +34,7 @@ struct request {
     uint32_t type;
     std::vector<uint8_t> payload;
     std::map<std::string, std::string> own = {}; /* options that stay with the station, and their values */
-    std::set<std::string> given = {};            /* options that fill a word and were given */
+    std::set<std::string> option_names = {};     /* options that fill a word and were given */
     std::vector<uint8_t> data = {};              /* what a transfer of several requests is to move */
 };
 
@@ -96,7 +96,7 @@ struct command {
     /* Reads a reply of the request's size. Null for a transfer, and for a command that sends nothing. */
     outcome (*decode)(const request &sent, const std::vector<uint8_t> &reply);
     /* In place of decode: sends as many requests as it takes. */
-    outcome (*transfer)(const request &asked, const sender &send) = nullptr;
+    outcome (*transfer)(const request &task, const sender &send) = nullptr;
     const char *question = nullptr; /* asked before anything is sent, unless --yes was given */
 };
 
@@ -109,7 +109,7 @@ bool may_share(const command &row);
 /* Of every subcommand that sends a request: what it waits for and how long. */
 std::span<const option> waiting_options();
 /* Throws usage_error when options contradict each other. */
-void check_together(const command &row, const request &asked);
+void check_together(const command &row, const request &task);
 
 /* The request before any option was given. */
 request empty_request(const command &row);

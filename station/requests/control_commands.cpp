@@ -10,7 +10,7 @@
 namespace station
 {
 
-static constexpr std::array<option, 1> level_fields{{
+static constexpr std::array<option, 1> LEVEL_FIELDS{{
     {.name = "LEVEL",
      .help = "0 silent, 1 errors, 2 also traces",
      .offset = offsetof(debug_level_record, level),
@@ -18,7 +18,7 @@ static constexpr std::array<option, 1> level_fields{{
      .most = std::numeric_limits<int32_t>::max()},
 }};
 
-constinit const std::span<const option> level_options{level_fields};
+constinit const std::span<const option> level_options{LEVEL_FIELDS};
 
 /* status is 0 for done and -1 for a driver that cannot; done and refused are the sentences for them. */
 static outcome judge_status(int32_t status, const std::string &done, const std::string &refused)
@@ -57,11 +57,11 @@ outcome decode_factory_mode(const request &, const std::vector<uint8_t> &reply)
                         "factory mode was not entered: the host lacks the function or it failed");
 }
 
-static const option upgrade_fields[] = {
+static const option UPGRADE_FIELDS[] = {
     {.name = "--yes", .help = "do not ask before it starts", .values = arity::flag, .set = set_own},
 };
 
-constinit const std::span<const option> poe_upgrade_options{upgrade_fields};
+constinit const std::span<const option> poe_upgrade_options{UPGRADE_FIELDS};
 
 static outcome judge_result(uint32_t result, const std::string &done, const char *failed)
 {

@@ -27,8 +27,8 @@ decoder decode_broadcast;
 
 /* fpga_commands.cpp */
 extern const std::span<const option> fpga_write_options, fpga_read_options;
-outcome write_fpga(const request &asked, const sender &send);
-outcome read_fpga(const request &asked, const sender &send);
+outcome write_fpga(const request &task, const sender &send);
+outcome read_fpga(const request &task, const sender &send);
 
 /* poe_commands.cpp */
 extern const std::span<const option> unit_options; /* for every request whose unit is all it takes */

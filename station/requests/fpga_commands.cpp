@@ -22,25 +22,25 @@ namespace station
 
 using bytes = std::vector<uint8_t>;
 
-static void set_data(request &asked, const option &field, const bytes &data)
+static void set_data(request &task, const option &field, const bytes &data)
 {
-    if (!asked.data.empty())
+    if (!task.data.empty())
         throw usage_error(fmt::format("{}: found beside HEX, allowed: one of the two", field.name));
     if (data.empty() || data.size() % 4 != 0)
         throw usage_error(fmt::format("{}: found {}, allowed: a multiple of 4, at least 4", field.name,
                                       common::counted(data.size(), "byte")));
-    asked.data = data;
+    task.data = data;
 }
 
-static void set_hex(request &asked, const option &field, const std::string &value)
+static void set_hex(request &task, const option &field, const std::string &value)
 {
     const auto data = parse_hex(value);
     if (!data)
         throw usage_error(fmt::format("{}: found '{}', allowed: pairs of hexadecimal digits", field.name, value));
-    set_data(asked, field, *data);
+    set_data(task, field, *data);
 }
 
-static void set_file(request &asked, const option &field, const std::string &value)
+static void set_file(request &task, const option &field, const std::string &value)
 {
     std::ifstream file;
     const std::string fault = value == "-" ? "" : common::read_fault(value);
@@ -53,42 +53,42 @@ static void set_file(request &asked, const option &field, const std::string &val
     const bytes data{std::istreambuf_iterator<char>(input), {}};
     if (!input)
         throw usage_error(fmt::format("{}: found '{}', allowed: a file that can be read, or -", field.name, value));
-    set_data(asked, field, data);
+    set_data(task, field, data);
 }
 
 /* The path is made absolute: the station goes to the host's directory before it writes. */
-static void set_output(request &asked, const option &field, const std::string &value)
+static void set_output(request &task, const option &field, const std::string &value)
 {
     const std::string fault = value.empty() ? "no name" : common::write_fault(value);
     if (!fault.empty())
         throw usage_error(
             fmt::format("{}: found '{}' ({}), allowed: a file that can be written", field.name, value, fault));
-    set_own(asked, field, std::filesystem::absolute(value));
+    set_own(task, field, std::filesystem::absolute(value));
 }
 
-static constexpr option address{.name = "ADDRESS",
-                                .help = "FPGA address of the first byte, hexadecimal",
-                                .offset = offsetof(fpga_record, addr),
-                                .hex = true};
-static constexpr option port{.name = "--port",
-                             .help = "which of the two switch ports that face the FPGA",
-                             .offset = offsetof(fpga_record, fpga_port),
-                             .initial = 1,
-                             .least = 1,
-                             .most = 2};
-static constexpr option product{.name = "--product-id",
-                                .help = "product id, hexadecimal; tells which ports face the FPGA",
-                                .offset = offsetof(fpga_record, product_id),
-                                .hex = true};
-static const option write_options[] = {
-    address,
+static constexpr option ADDRESS_OPTION{.name = "ADDRESS",
+                                       .help = "FPGA address of the first byte, hexadecimal",
+                                       .offset = offsetof(fpga_record, addr),
+                                       .hex = true};
+static constexpr option PORT_OPTION{.name = "--port",
+                                    .help = "which of the two switch ports that face the FPGA",
+                                    .offset = offsetof(fpga_record, fpga_port),
+                                    .initial = 1,
+                                    .least = 1,
+                                    .most = 2};
+static constexpr option PRODUCT_OPTION{.name = "--product-id",
+                                       .help = "product id, hexadecimal; tells which ports face the FPGA",
+                                       .offset = offsetof(fpga_record, product_id),
+                                       .hex = true};
+static const option WRITE_OPTIONS[] = {
+    ADDRESS_OPTION,
     {.name = "HEX", .help = "data, pairs of hexadecimal digits, blanks allowed", .values = arity::any, .set = set_hex},
     {.name = "--file", .help = "data from a file, - for standard input", .values = arity::text, .set = set_file},
-    port,
-    product,
+    PORT_OPTION,
+    PRODUCT_OPTION,
 };
-static const option read_options[] = {
-    address,
+static const option READ_OPTIONS[] = {
+    ADDRESS_OPTION,
     {.name = "LENGTH",
      .help = "bytes",
      .offset = offsetof(fpga_record, len),
@@ -97,12 +97,12 @@ static const option read_options[] = {
      .most = 1 << 24,
      .multiple = 4},
     {.name = "--output", .help = "write the bytes to this file", .values = arity::text, .set = set_output},
-    port,
-    product,
+    PORT_OPTION,
+    PRODUCT_OPTION,
 };
 
-constinit const std::span<const option> fpga_write_options{write_options};
-constinit const std::span<const option> fpga_read_options{read_options};
+constinit const std::span<const option> fpga_write_options{WRITE_OPTIONS};
+constinit const std::span<const option> fpga_read_options{READ_OPTIONS};
 
 static void check_range(uint32_t start, size_t size)
 {
@@ -123,37 +123,37 @@ static outcome explain_failure(const fpga_record &part, uint32_t result, const s
 }
 
 /* Moves data from or to the FPGA, at most `most` bytes a request. Returns what went wrong, if anything. */
-static std::optional<outcome> move_data(const request &asked, const sender &send, bytes &data, uint32_t most)
+static std::optional<outcome> move_data(const request &task, const sender &send, bytes &data, uint32_t most)
 {
-    auto part = record_of<fpga_record>(asked.payload);
+    auto part = record_of<fpga_record>(task.payload);
     check_range(part.addr, data.size());
     for (size_t done = 0; done < data.size(); done += part.len, part.addr += part.len) {
         const std::string so_far = fmt::format("{} of {} bytes", done, data.size());
         part.len = std::min(most, static_cast<uint32_t>(data.size() - done));
-        if (asked.type == FACMSG_FPGA_WRITE)
+        if (task.type == FACMSG_FPGA_WRITE)
             std::memcpy(part.data, data.data() + done, part.len);
-        request sent = asked;
+        request sent = task;
         std::memcpy(sent.payload.data(), &part, sizeof(part));
         const auto reply = record_of<fpga_record>(send(sent, so_far));
         if (reply.result != 0)
             return explain_failure(part, reply.result, so_far);
-        if (asked.type == FACMSG_FPGA_READ)
+        if (task.type == FACMSG_FPGA_READ)
             std::memcpy(data.data() + done, reply.data, part.len);
     }
     return std::nullopt;
 }
 
-outcome write_fpga(const request &asked, const sender &send)
+outcome write_fpga(const request &task, const sender &send)
 {
-    if (asked.data.empty())
+    if (task.data.empty())
         throw usage_error("HEX: found nothing, allowed: data in HEX or with --file");
-    bytes data = asked.data;
-    if (const auto failure = move_data(asked, send, data, FACMSG_FPGA_MAX_WRITE))
+    bytes data = task.data;
+    if (const auto failure = move_data(task, send, data, FACMSG_FPGA_MAX_WRITE))
         return *failure;
     return {.verdict = verdict::unjudged,
             .summary =
                 fmt::format("{} bytes sent to FPGA address {:#x}; only reading them back shows that they arrived",
-                            data.size(), record_of<fpga_record>(asked.payload).addr),
+                            data.size(), record_of<fpga_record>(task.payload).addr),
             .result = 0};
 }
 
@@ -165,12 +165,12 @@ static void save(const std::string &name, const bytes &data)
         throw std::runtime_error(fmt::format("cannot write file '{}': {}", name, common::write_fault(name)));
 }
 
-outcome read_fpga(const request &asked, const sender &send)
+outcome read_fpga(const request &task, const sender &send)
 {
-    const auto record = record_of<fpga_record>(asked.payload);
-    const auto output = own_value(asked, "--output");
+    const auto record = record_of<fpga_record>(task.payload);
+    const auto output = own_value(task, "--output");
     bytes data(record.len);
-    if (const auto failure = move_data(asked, send, data, FACMSG_FPGA_MAX_READ))
+    if (const auto failure = move_data(task, send, data, FACMSG_FPGA_MAX_READ))
         return *failure;
     const bool silent = std::ranges::all_of(data, [](uint8_t byte) { return byte == 0; });
     outcome unit{.verdict = verdict::unjudged,

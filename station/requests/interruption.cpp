@@ -16,7 +16,7 @@ using clock = std::chrono::steady_clock;
 
 /* A time limit that signals the program and its group, or a terminal that closes, interrupts once but is heard twice.
  * Nobody presses a key twice as fast. */
-static constexpr std::chrono::milliseconds one_interruption{500};
+static constexpr std::chrono::milliseconds ONE_INTERRUPTION{500};
 
 static std::atomic<bool> leave_at_once = true;
 static std::atomic<int> noted = 0;
@@ -34,7 +34,7 @@ static void take_signals(sigset_t taken, pthread_t woken)
 {
     for (int number = 0; sigwait(&taken, &number) == 0;) {
         const auto now = clock::now();
-        if (leave_at_once || (noted != 0 && now >= noted_at() + one_interruption))
+        if (leave_at_once || (noted != 0 && now >= noted_at() + ONE_INTERRUPTION))
             leave(number);
         if (noted != 0)
             continue;

@@ -16,7 +16,7 @@
 namespace station
 {
 
-static const option options[] = {
+static const option OPTIONS[] = {
     unit_option,
     {.name = "--any-speed",
      .help = "test ports of any speed, at the speed they have",
@@ -44,9 +44,9 @@ static const option options[] = {
      .not_beside = "--any-speed"},
 };
 
-constinit const std::span<const option> packet_options{options};
+constinit const std::span<const option> packet_options{OPTIONS};
 
-static constexpr code_sentence results[] = {
+static constexpr code_sentence RESULTS[] = {
     {FACMSG_PACKET_PASS, ""},
     {FACMSG_PACKET_FAIL, ""},
     {FACMSG_PACKET_NOT_POSSIBLE, "the host lacks a driver function (log-level 1 shows which), the medium or duplex is "
@@ -54,7 +54,7 @@ static constexpr code_sentence results[] = {
 };
 
 /* When all frames were sent and counted. */
-static constexpr code_sentence counted_codes[] = {
+static constexpr code_sentence COUNTED_CODES[] = {
     {FACMSG_PORT_OK, ""},
     {FACMSG_PORT_NO_LINK, "No link at the last check; expected a link. No frame was sent."},
     {FACMSG_PORT_RECEIVE_COUNT, "The count of frames that came back was not 500 after the wait, or could not be read; "
@@ -62,7 +62,7 @@ static constexpr code_sentence counted_codes[] = {
 };
 
 /* When the last port with link could not send, which ends the test before anything is counted; {} is that port. */
-static constexpr code_sentence stopped_codes[] = {
+static constexpr code_sentence STOPPED_CODES[] = {
     {FACMSG_PORT_OK, "Sending stopped before anything was counted, as port {} could not send."},
     {FACMSG_PORT_NO_LINK, "No link at the last check; expected a link. No frame was sent."},
     {FACMSG_PORT_TRANSMIT, "A test frame could not be sent; expected 500 frames to be sent and to come back."},
@@ -70,7 +70,7 @@ static constexpr code_sentence stopped_codes[] = {
 
 /* When a port refused its settings, which ends the test before any frame is sent: the other ports' codes are those of
  * the link check before the change. */
-static constexpr code_sentence refused_codes[] = {
+static constexpr code_sentence REFUSED_CODES[] = {
     {FACMSG_PORT_OK, "Another port refused its settings."},
     {FACMSG_PORT_NO_LINK, "Another port refused its settings. Before that it had no link."},
     {FACMSG_PORT_SET_STATUS, "The port refused the speed, duplex and medium asked for; expected it to accept. No frame "
@@ -85,23 +85,23 @@ struct ending {
     uint32_t stopped_by = 0;
 };
 
-static std::string settings_of(const packet_test_record &asked)
+static std::string settings_of(const packet_test_record &settings)
 {
-    if (asked.any_speed != 0)
+    if (settings.any_speed != 0)
         return "any speed";
-    return fmt::format("speed {}, duplex {}, medium {}", name_of(speed_names, asked.speed), asked.duplex,
-                       name_of(medium_names, asked.medium));
+    return fmt::format("speed {}, duplex {}, medium {}", name_of(speed_names, settings.speed), settings.duplex,
+                       name_of(medium_names, settings.medium));
 }
 
 static ending ending_of(std::span<const uint32_t> words)
 {
     if (std::ranges::any_of(words, [](uint32_t word) { return FACMSG_RESULT_CODE(word) == FACMSG_PORT_SET_STATUS; }))
-        return {refused_codes, {FACMSG_PORT_OK, FACMSG_PORT_NO_LINK, FACMSG_PORT_NOT_STARTED}};
+        return {REFUSED_CODES, {FACMSG_PORT_OK, FACMSG_PORT_NO_LINK, FACMSG_PORT_NOT_STARTED}};
     const auto last = std::ranges::find_if(
         words.rbegin(), words.rend(), [](uint32_t word) { return FACMSG_RESULT_CODE(word) != FACMSG_PORT_NO_LINK; });
     if (last != words.rend() && FACMSG_RESULT_CODE(*last) == FACMSG_PORT_TRANSMIT)
-        return {stopped_codes, {FACMSG_PORT_OK}, FACMSG_RESULT_PORT(*last)};
-    return {counted_codes};
+        return {STOPPED_CODES, {FACMSG_PORT_OK}, FACMSG_RESULT_PORT(*last)};
+    return {COUNTED_CODES};
 }
 
 static port_outcome judge_port(uint32_t word, const ending &end)
@@ -132,16 +132,16 @@ static std::string find_nonsense(const packet_test_record &reply)
 
 outcome decode_packet(const request &sent, const std::vector<uint8_t> &payload)
 {
-    const auto asked = record_of<packet_test_record>(sent.payload);
+    const auto settings = record_of<packet_test_record>(sent.payload);
     const auto reply = record_of<packet_test_record>(payload);
     outcome unit{.title = fmt::format("{} test of unit {}: {}",
-                                      sent.type == FACMSG_PACKET_TEST ? "Packet" : "Test-box packet", asked.unit,
-                                      settings_of(asked)),
+                                      sent.type == FACMSG_PACKET_TEST ? "Packet" : "Test-box packet", settings.unit,
+                                      settings_of(settings)),
                  .result = reply.result,
                  .columns = {{"code", "code"}}};
-    unit.summary = find_obstacle(results, reply.result);
+    unit.summary = find_obstacle(RESULTS, reply.result);
     if (reply.result == FACMSG_PACKET_NOT_POSSIBLE)
-        unit.summary += fmt::format(" ({})", settings_of(asked));
+        unit.summary += fmt::format(" ({})", settings_of(settings));
     if (unit.summary.empty())
         unit.summary = find_nonsense(reply);
     if (!unit.summary.empty())

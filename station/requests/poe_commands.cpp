@@ -13,19 +13,19 @@
 namespace station
 {
 
-static const option options[] = {unit_option};
-static constexpr option classes_option{.name = "--classes",
+static const option OPTIONS[] = {unit_option};
+static constexpr option CLASSES_OPTION{.name = "--classes",
                                        .help =
                                            "classes that powered devices may have, as in 4,8; not judged if not given",
                                        .values = arity::text,
                                        .most = 254,
                                        .set = set_own_list};
-static const option with_classes[] = {unit_option, classes_option};
+static const option WITH_CLASSES[] = {unit_option, CLASSES_OPTION};
 
-constinit const std::span<const option> unit_options{options};
-constinit const std::span<const option> poe_options{with_classes};
+constinit const std::span<const option> unit_options{OPTIONS};
+constinit const std::span<const option> poe_options{WITH_CLASSES};
 
-static constexpr code_sentence results[] = {
+static constexpr code_sentence RESULTS[] = {
     {FACMSG_POE_PASS, ""},
     {FACMSG_POE_FAIL, ""},
     {FACMSG_POE_NOT_POSSIBLE, "the host lacks a driver function, or the switch has no port of this kind; "
@@ -36,15 +36,15 @@ static constexpr code_sentence results[] = {
  */
 static std::string find_doubt(uint32_t result, const uint8_t *ports, uint32_t port_count, int runs)
 {
-    std::string doubt = find_obstacle(results, result);
+    std::string doubt = find_obstacle(RESULTS, result);
     if (doubt.empty())
         doubt = find_wrong_count(port_count);
     return doubt.empty() ? find_wrong_port(ports_of_bytes(ports, port_count), runs) : doubt;
 }
 
-static constexpr const char *unexplained = "the service still reports a failure"; /* without a failed port */
+static constexpr const char *UNEXPLAINED = "the service still reports a failure"; /* without a failed port */
 
-static constexpr code_sentence state_codes[] = {
+static constexpr code_sentence STATE_CODES[] = {
     {0, ""},
     {FACMSG_POE_STATE_UNREADABLE, "The power state could not be read; expected state 1."},
     {FACMSG_POE_STATE_0, "Power state 0; expected state 1."},
@@ -54,7 +54,7 @@ static constexpr code_sentence state_codes[] = {
     {FACMSG_POE_STATE_4, "Power state 4; expected state 1."},
 };
 
-static constexpr code_sentence overload_codes[] = {
+static constexpr code_sentence OVERLOAD_CODES[] = {
     {0, ""},
     {FACMSG_POE_LIMIT_FAILED,
      "The power limit could not be set to 3 W, or not be restored, in the last of 3 attempts."},
@@ -63,13 +63,13 @@ static constexpr code_sentence overload_codes[] = {
                              "expected the load to trip it."},
 };
 
-static constexpr code_sentence power_off_codes[] = {
+static constexpr code_sentence POWER_OFF_CODES[] = {
     {0, ""},
     {FACMSG_POE_OFF_FAILED, "The output could not be switched off, or its power could not be read."},
     {FACMSG_POE_STILL_ON, "The port still gave power 1 s after it was switched off; expected none."},
 };
 
-static const char *const not_checked = "-";
+static const char *const NOT_CHECKED = "-";
 
 static void judge_cell(port_outcome &port, const char *name, code_table codes, uint32_t code, const char *column)
 {
@@ -80,7 +80,7 @@ static void judge_cell(port_outcome &port, const char *name, code_table codes, u
 /* Without a list of classes every one that could be read is good. */
 static void judge_class(port_outcome &port, uint32_t pd_class, const std::string &allowed)
 {
-    const std::vector<uint32_t> classes = parse_list(classes_option, allowed);
+    const std::vector<uint32_t> classes = parse_list(CLASSES_OPTION, allowed);
     port.cells.push_back({pd_class});
     if (pd_class == FACMSG_POE_CLASS_UNREADABLE)
         add_check(port, "class", verdict::fail, "The class of the powered device could not be read.");
@@ -95,16 +95,16 @@ static void judge_class(port_outcome &port, uint32_t pd_class, const std::string
 static port_outcome judge_entry(const poe_test_reply &reply, uint32_t k, uint32_t number, const std::string &classes)
 {
     port_outcome port{number};
-    judge_cell(port, "state", state_codes, reply.state_code[k], "state_code");
+    judge_cell(port, "state", STATE_CODES, reply.state_code[k], "state_code");
     if (reply.state_code[k] != 0) {
-        port.cells.insert(port.cells.end(), 2, {{}, not_checked});
+        port.cells.insert(port.cells.end(), 2, {{}, NOT_CHECKED});
         list_untested(port, "class");
         list_untested(port, "overload");
     } else {
         judge_class(port, reply.pd_class[k], classes);
-        judge_cell(port, "overload", overload_codes, reply.overload_code[k], "overload_code");
+        judge_cell(port, "overload", OVERLOAD_CODES, reply.overload_code[k], "overload_code");
     }
-    judge_cell(port, "power_off", power_off_codes, reply.power_off_code[k], "power_off_code");
+    judge_cell(port, "power_off", POWER_OFF_CODES, reply.power_off_code[k], "power_off_code");
     return port;
 }
 
@@ -139,11 +139,11 @@ outcome decode_poe(const request &sent, const std::vector<uint8_t> &payload)
     const std::string classes = own_value(sent, "--classes").value_or("");
     for (uint32_t k = 0; k < reply.port_count; k++)
         unit.ports.push_back(judge_entry(reply, k, ports[k], classes));
-    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
+    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, UNEXPLAINED);
     return unit;
 }
 
-static const option vop_fields[] = {
+static const option VOP_FIELDS[] = {
     unit_option,
     {.name = "--min",
      .help = "least VOP value that a port may have; not judged if not given",
@@ -156,9 +156,9 @@ static const option vop_fields[] = {
      .limited = "vop_value"},
 };
 
-constinit const std::span<const option> vop_options{vop_fields};
+constinit const std::span<const option> vop_options{VOP_FIELDS};
 
-static constexpr code_sentence vop_codes[] = {
+static constexpr code_sentence VOP_CODES[] = {
     {0, ""},
     {1, "A VOP query failed; expected three to succeed."},
 };
@@ -167,7 +167,7 @@ static constexpr code_sentence vop_codes[] = {
 struct value_limits {
     std::optional<std::string> least, most;
     explicit value_limits(const request &sent) : least(own_value(sent, "--min")), most(own_value(sent, "--max")) {}
-    bool given() const
+    bool any() const
     {
         return least || most;
     }
@@ -203,16 +203,16 @@ outcome decode_vop(const request &sent, const std::vector<uint8_t> &payload)
         return unit;
     const std::vector<uint32_t> ports = ports_of_bytes(reply.ports, reply.port_count);
     const value_limits limits(sent);
-    if (limits.given())
+    if (limits.any())
         unit.title += ": values of " + limits.text();
     for (uint32_t k = 0; k < reply.port_count; k++) {
         port_outcome &port =
             unit.ports.emplace_back(port_outcome{ports[k], {{reply.vop_status[k]}, {reply.vop_value[k]}}});
-        judge_code(port, "vop", vop_codes, reply.vop_status[k], "vop_status");
-        if (limits.given())
+        judge_code(port, "vop", VOP_CODES, reply.vop_status[k], "vop_status");
+        if (limits.any())
             judge_value(port, reply.vop_value[k], limits);
     }
-    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, unexplained);
+    judge_unit(unit, "result", reply.result == FACMSG_POE_PASS, UNEXPLAINED);
     return unit;
 }
 

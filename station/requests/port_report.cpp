@@ -14,20 +14,20 @@
 namespace station
 {
 
-static constexpr std::array<choice, 6> speeds{
+static constexpr std::array<choice, 6> SPEEDS{
     {{"10M", 1}, {"100M", 2}, {"1G", 3}, {"2.5G", 12}, {"5G", 13}, {"10G", 4}}};
 
-static constexpr std::array<choice, 2> media{{{"copper", FACMSG_MEDIUM_COPPER}, {"fiber", FACMSG_MEDIUM_FIBER}}};
+static constexpr std::array<choice, 2> MEDIA{{{"copper", FACMSG_MEDIUM_COPPER}, {"fiber", FACMSG_MEDIUM_FIBER}}};
 
-constinit const std::span<const choice> speed_names{speeds};
-constinit const std::span<const choice> medium_names{media};
+constinit const std::span<const choice> speed_names{SPEEDS};
+constinit const std::span<const choice> medium_names{MEDIA};
 
 /* "0, 1 or 8" */
-static std::string known_codes(code_table known)
+static std::string code_list(code_table table)
 {
     std::string text;
-    for (size_t i = 0; i < known.size(); i++)
-        text += fmt::format("{}{}", i == 0 ? "" : i + 1 == known.size() ? " or " : ", ", known[i].code);
+    for (size_t i = 0; i < table.size(); i++)
+        text += fmt::format("{}{}", i == 0 ? "" : i + 1 == table.size() ? " or " : ", ", table[i].code);
     return text;
 }
 
@@ -51,15 +51,15 @@ void list_untested(port_outcome &port, const char *name)
     port.checks.push_back({name, verdict::not_tested});
 }
 
-void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word, const char *column)
+void judge_code(port_outcome &port, const char *name, code_table table, uint32_t word, const char *column)
 {
     const uint32_t upper = word >> 16;
-    const auto row = std::ranges::find(known, word & 0xFFFF, &code_sentence::code);
-    const bool detailed = row != known.end() && std::strchr(row->sentence, '{') != nullptr;
-    if (row == known.end() || (upper != 0 && !detailed))
+    const auto row = std::ranges::find(table, word & 0xFFFF, &code_sentence::code);
+    const bool detailed = row != table.end() && std::strchr(row->sentence, '{') != nullptr;
+    if (row == table.end() || (upper != 0 && !detailed))
         add_check(port, name, verdict::no_verdict,
                   fmt::format("Code {} makes no sense here, so nothing can be said about this port; expected {}.", word,
-                              known_codes(known)));
+                              code_list(table)));
     else if (*row->sentence != '\0')
         add_check(port, name, verdict::fail, fmt::format(fmt::runtime(row->sentence), upper));
     else
@@ -71,7 +71,7 @@ std::string find_obstacle(code_table results, uint32_t result)
 {
     const auto row = std::ranges::find(results, result, &code_sentence::code);
     if (row == results.end())
-        return fmt::format("the reply's result is {}; expected {}", result, known_codes(results));
+        return fmt::format("the reply's result is {}; expected {}", result, code_list(results));
     return *row->sentence == '\0' ? "" : fmt::format("the test is not possible (result {}): {}", result, row->sentence);
 }
 

@@ -22,7 +22,7 @@ using code_table = std::span<const code_sentence>;
 /* Adds a check; unless it passed, it adds to the port's verdict and reason. */
 void add_check(port_outcome &port, const char *name, verdict of, const std::string &reason = "");
 /* Adds a check and what its code, which stands in the column, says of it. */
-void judge_code(port_outcome &port, const char *name, code_table known, uint32_t word, const char *column);
+void judge_code(port_outcome &port, const char *name, code_table table, uint32_t word, const char *column);
 /* Adds a check that failed by the station's own judgement, with which the service need not agree. */
 void fail_here(port_outcome &port, const char *name, const std::string &reason);
 /* Lists a check that was not made; why the port is not tested is said elsewhere. */

@@ -10,6 +10,7 @@
 #include <fmt/ranges.h>
 #include <span>
 
+#include "common/terminal.h"
 #include "common/words.h"
 #include "families.h"
 
@@ -36,7 +37,8 @@ std::optional<std::vector<uint8_t>> parse_hex(const std::string &text)
 
 std::string hex_dump(const std::vector<uint8_t> &bytes)
 {
-    constexpr size_t width = 16;
+    constexpr size_t WIDTH = 16, SHOWN_WIDTH = 6 + 3 * WIDTH;
+    const size_t width = common::stdout_columns() < SHOWN_WIDTH ? WIDTH / 2 : WIDTH;
     std::string text;
     std::string previous;
     bool skipping = false;
@@ -76,7 +78,7 @@ static void set_size(request &sent, const option &field, const std::string &valu
     sent.payload.resize(size);
 }
 
-static constexpr std::array<option, 3> options{{
+static constexpr std::array<option, 3> OPTIONS{{
     {.name = "TYPE", .help = "request type", .set = set_type},
     {.name = "HEX",
      .help = "payload, pairs of hexadecimal digits, blanks allowed",
@@ -85,7 +87,7 @@ static constexpr std::array<option, 3> options{{
     {.name = "--size", .help = "zeros up to this size, the reply's", .most = FACMSG_MAX_PAYLOAD, .set = set_size},
 }};
 
-constinit const std::span<const option> raw_options{options};
+constinit const std::span<const option> raw_options{OPTIONS};
 
 outcome decode_raw(const request &sent, const std::vector<uint8_t> &reply)
 {

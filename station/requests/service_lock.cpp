@@ -21,12 +21,12 @@
 namespace station
 {
 
-static constexpr const char *lock_path = "tmp/.facmsg-station.lock";
+static constexpr const char *LOCK_PATH = "tmp/.facmsg-station.lock";
 
 /* Whoever may connect to the service may hold the lock: root does not keep it from the host's user. */
 static int create_lock_file()
 {
-    const int fd = open(lock_path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    const int fd = open(LOCK_PATH, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     struct stat host;
     if (fd >= 0 && geteuid() == 0 && stat(FACMSG_SOCKET_PATH, &host) == 0 && fchown(fd, host.st_uid, host.st_gid) != 0)
         return fd; /* root alone can go on with it, as before */
@@ -36,19 +36,19 @@ static int create_lock_file()
 /* Without a service there is nothing to keep, and the request will say why there is none. */
 static bool is_service_there()
 {
-    struct stat found;
-    return stat(FACMSG_SOCKET_PATH, &found) == 0 && S_ISSOCK(found.st_mode) && access(FACMSG_SOCKET_PATH, W_OK) == 0;
+    struct stat status;
+    return stat(FACMSG_SOCKET_PATH, &status) == 0 && S_ISSOCK(status.st_mode) && access(FACMSG_SOCKET_PATH, W_OK) == 0;
 }
 
 static int open_lock_file()
 {
     for (;;) {
-        const int found = open(lock_path, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-        if (found >= 0 || errno != ENOENT)
-            return found;
-        const int made = create_lock_file();
-        if (made >= 0 || errno != EEXIST)
-            return made;
+        const int old_file = open(LOCK_PATH, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+        if (old_file >= 0 || errno != ENOENT)
+            return old_file;
+        const int new_file = create_lock_file();
+        if (new_file >= 0 || errno != EEXIST)
+            return new_file;
     }
 }
 
@@ -90,10 +90,10 @@ static no_reply held(const std::string &directory, const std::string &holder)
 }
 
 /* Waits for who holds the lock, or throws. */
-static void be_patient(const claim &wanted, const std::string &holder, notice &shown)
+static void be_patient(const claim &terms, const std::string &holder, notice &shown)
 {
-    if (!wanted.wait)
-        throw held(wanted.directory, holder);
+    if (!terms.wait)
+        throw held(terms.directory, holder);
     shown.show("waiting for " + holder);
     if (noted_signal() != 0)
         throw no_reply(noted_code(), "interrupted",
@@ -109,28 +109,28 @@ static void write_purpose(int fd, const std::string &purpose)
         return; /* the process is known all the same */
 }
 
-service_lock::service_lock(const claim &wanted, notice &shown) : service_lock()
+service_lock::service_lock(const claim &terms, notice &shown) : service_lock()
 {
-    take(wanted, shown);
+    take(terms, shown);
 }
 
-void service_lock::take(const claim &wanted, notice &shown)
+void service_lock::take(const claim &terms, notice &shown)
 {
     if (!is_service_there())
         return;
-    const short type = wanted.shared ? F_RDLCK : F_WRLCK;
+    const short type = terms.shared ? F_RDLCK : F_WRLCK;
     fd_ = open_lock_file();
     struct flock lock = whole_file(type);
     while (fd_ < 0 || fcntl(fd_, F_SETLK, &lock) != 0) {
         if (fd_ < 0 || (errno != EACCES && errno != EAGAIN))
             return shown.say(fmt::format("{} cannot be locked ({}), so nothing keeps other stations from this service",
-                                         lock_path, std::generic_category().message(errno)));
+                                         LOCK_PATH, std::generic_category().message(errno)));
         const std::string holder = holder_of(fd_, type);
         if (!holder.empty())
-            be_patient(wanted, holder, shown);
+            be_patient(terms, holder, shown);
     }
     shown.clear();
-    write_purpose(fd_, wanted.purpose);
+    write_purpose(fd_, terms.purpose);
 }
 
 service_lock::~service_lock()
@@ -141,7 +141,7 @@ service_lock::~service_lock()
 
 void refuse_if_held(const std::string &directory)
 {
-    const int fd = open((directory + "/" + lock_path).c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const int fd = open((directory + "/" + LOCK_PATH).c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return;
     const std::string holder = holder_of(fd, F_WRLCK);

@@ -14,11 +14,11 @@
 namespace station
 {
 
-static const option options[] = {unit_option, ports_option};
+static const option OPTIONS[] = {unit_option, ports_option};
 
-const std::span<const option> stress_options{options};
+const std::span<const option> stress_options{OPTIONS};
 
-static constexpr code_sentence stages[] = {
+static constexpr code_sentence STAGES[] = {
     {FACMSG_STAGE_PASSED, ""},
     {FACMSG_STAGE_SPEED, "a port refused its speed"},
     {FACMSG_STAGE_LINK, "the links did not come up and stay up for 8 s"},
@@ -30,19 +30,19 @@ static constexpr code_sentence stages[] = {
     {FACMSG_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
 };
 
-static const char *const unexplained = "no port is named as the cause";
-static const std::vector<column> counts{{"received", nullptr}, {"transmitted", nullptr}, {"fcs_errors", nullptr}};
+static const char *const UNEXPLAINED = "no port is named as the cause";
+static const std::vector<column> COUNTS{{"received", nullptr}, {"transmitted", nullptr}, {"fcs_errors", nullptr}};
 
-constexpr uint32_t counted_stage[] = {FACMSG_STAGE_STATISTICS};
+constexpr uint32_t COUNTED_STAGE[] = {FACMSG_STAGE_STATISTICS};
 /* This test counts before it restores the loopback, and a failure there takes the place of one of the counts. */
-constexpr uint32_t counted_stages[] = {FACMSG_STAGE_STATISTICS, FACMSG_STAGE_LOOPBACK_RESTORE};
+constexpr uint32_t COUNTED_STAGES[] = {FACMSG_STAGE_STATISTICS, FACMSG_STAGE_LOOPBACK_RESTORE};
 
-static const stress_kind flow{"Flow stress test", stages, counted_stage, unexplained, counts};
-static const stress_kind broadcast_flow{"Broadcast flow stress test", stages, counted_stages, unexplained, counts};
-static const stress_kind serpentine{"Serpentine stress test", stages, counted_stage,
+static const stress_kind FLOW{"Flow stress test", STAGES, COUNTED_STAGE, UNEXPLAINED, COUNTS};
+static const stress_kind BROADCAST_FLOW{"Broadcast flow stress test", STAGES, COUNTED_STAGES, UNEXPLAINED, COUNTS};
+static const stress_kind SERPENTINE{"Serpentine stress test", STAGES, COUNTED_STAGE,
                                     "no port is named as the cause, so the CPU received another number of frames from "
                                     "the last port than it sent into the first",
-                                    counts};
+                                    COUNTS};
 
 /* Whether a flag is one; if not, nothing can be said of the port. */
 static bool is_flag(port_outcome &row, const char *name, uint8_t flag)
@@ -90,7 +90,7 @@ outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
     const auto reply = record_of<ess_flow_reply>(payload);
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
     outcome unit = judge_stress(
-        sent, sent.type == FACMSG_ESS_FLOW ? flow : broadcast_flow, head, [&](port_outcome &row, uint32_t i) {
+        sent, sent.type == FACMSG_ESS_FLOW ? FLOW : BROADCAST_FLOW, head, [&](port_outcome &row, uint32_t i) {
             row.cells = {counted(reply.port_cnt_err[i], reply.in_pkts[i]),
                          counted(reply.port_cnt_err[i], reply.ex_pkts[i]),
                          counted(reply.port_fcs_err[i], reply.fcs[i])};
@@ -118,7 +118,7 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
     const auto reply = record_of<serpentine_flow_reply>(payload);
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
     frame_chain chain(reply.cpu_send_cnt, links_of(reply));
-    outcome unit = judge_stress(sent, serpentine, head, [&](port_outcome &row, uint32_t i) {
+    outcome unit = judge_stress(sent, SERPENTINE, head, [&](port_outcome &row, uint32_t i) {
         row.cells = {counted(reply.port_in_err[i], reply.in_pkts[i]), counted(reply.port_ex_err[i], reply.ex_pkts[i]),
                      counted(reply.port_fcs_err[i], reply.fcs[i])};
         judge_common(row, reply, i);
@@ -132,7 +132,7 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
 
 /* The PRBS run of the fiber ports. What a status word means is the driver's matter, so it is judged only against a word
  * that is known to be good. */
-static const option prbs_fields[] = {
+static const option PRBS_FIELDS[] = {
     unit_option,
     ports_option,
     {.name = "--good-status",
@@ -141,9 +141,9 @@ static const option prbs_fields[] = {
      .set = set_own_number},
 };
 
-const std::span<const option> prbs_options{prbs_fields};
+const std::span<const option> prbs_options{PRBS_FIELDS};
 
-static constexpr code_sentence prbs_stages[] = {
+static constexpr code_sentence PRBS_STAGES[] = {
     {0, ""},
     {FACMSG_PRBS_STAGE_SPEED, "a port refused its speed"},
     {FACMSG_PRBS_STAGE_LINK, "the links did not come up and stay up for 8 s"},
@@ -151,10 +151,10 @@ static constexpr code_sentence prbs_stages[] = {
     {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE, "a port's PHY loopback could not be restored"},
 };
 
-constexpr uint32_t prbs_judged_stages[] = {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE};
+constexpr uint32_t PRBS_JUDGED_STAGES[] = {FACMSG_PRBS_STAGE_LOOPBACK_RESTORE};
 
-static const stress_kind prbs{
-    "PRBS test", prbs_stages, prbs_judged_stages, "no port is named as the cause", {{"status", "status"}}};
+static const stress_kind PRBS{
+    "PRBS test", PRBS_STAGES, PRBS_JUDGED_STAGES, "no port is named as the cause", {{"status", "status"}}};
 
 outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
 {
@@ -162,7 +162,7 @@ outcome decode_prbs(const request &sent, const std::vector<uint8_t> &payload)
     const stress_head head{reply.result, reply.unit, reply.port_count, reply.fail_stage};
     const bool has_status = head.fail_stage == 0 || head.fail_stage == FACMSG_PRBS_STAGE_LOOPBACK_RESTORE;
     const auto good = own_value(sent, "--good-status");
-    outcome unit = judge_stress(sent, prbs, head, [&](port_outcome &row, uint32_t i) {
+    outcome unit = judge_stress(sent, PRBS, head, [&](port_outcome &row, uint32_t i) {
         const uint32_t status = reply.prbs_status[i];
         row.cells = {has_status ? cell{status, fmt::format("{:#010x}", status)} : cell{{}, "-"}};
         if (has_status && !good)

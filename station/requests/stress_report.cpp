@@ -19,7 +19,7 @@ const option ports_option{.name = "--ports",
                           .most = FACMSG_MAX_PORTS,
                           .set = set_own_list};
 
-static constexpr code_sentence results[] = {
+static constexpr code_sentence RESULTS[] = {
     {0, ""},
     {FACMSG_STRESS_NOT_SUPPORTED, "the host lacks a driver function; log-level 1 shows which"},
     {FACMSG_STRESS_NO_PORT, "the switch has no port of this kind"},
@@ -43,9 +43,9 @@ static void unmake_passes(port_outcome &row)
 {
     if (row.verdict == verdict::pass)
         row.verdict = verdict::not_tested;
-    for (check &made : row.checks)
-        if (made.verdict == verdict::pass)
-            made.verdict = verdict::not_tested;
+    for (check &entry : row.checks)
+        if (entry.verdict == verdict::pass)
+            entry.verdict = verdict::not_tested;
 }
 
 static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &head,
@@ -72,7 +72,7 @@ outcome judge_stress(const request &sent, const stress_kind &kind, const stress_
                  .result = head.result,
                  .columns = kind.columns,
                  .members = {{"fail_stage", head.fail_stage}}};
-    unit.summary = find_obstacle(results, head.result);
+    unit.summary = find_obstacle(RESULTS, head.result);
     if (unit.summary.empty())
         unit.summary = find_wrong_count(head.port_count);
     if (unit.summary.empty() && stage == nullptr)

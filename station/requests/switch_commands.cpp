@@ -11,7 +11,7 @@
 namespace station
 {
 
-static const option options[] = {
+static const option OPTIONS[] = {
     unit_option,
     {.name = "--speed",
      .help = "speed to set",
@@ -20,16 +20,16 @@ static const option options[] = {
      .choices = speed_names},
 };
 
-constinit const std::span<const option> switch_speed_options{options};
+constinit const std::span<const option> switch_speed_options{OPTIONS};
 
-static constexpr code_sentence results[] = {
+static constexpr code_sentence RESULTS[] = {
     {FACMSG_SWITCH_PASS, ""},
     {FACMSG_SWITCH_FAIL, ""},
     {FACMSG_SWITCH_NOT_POSSIBLE, "the host lacks a driver function (log-level 1 shows which), or the switch has no "
                                  "port of this kind"},
 };
 
-static constexpr code_sentence codes[] = {
+static constexpr code_sentence CODES[] = {
     {FACMSG_PORT_OK, ""},
     {FACMSG_PORT_MEDIUM, "The medium could not be read or set; expected it to change."},
     {FACMSG_PORT_SET_STATUS, "The port's status could not be read, or it refused the speed; expected it to accept."},
@@ -39,7 +39,7 @@ static constexpr code_sentence codes[] = {
 static outcome read_reply(const switch_test_record &reply, const std::string &title)
 {
     outcome unit{.title = title, .result = reply.result, .columns = {{"code", "code"}}};
-    unit.summary = find_obstacle(results, reply.result);
+    unit.summary = find_obstacle(RESULTS, reply.result);
     if (unit.summary.empty())
         unit.summary = find_wrong_count(reply.port_count);
     if (!unit.summary.empty())
@@ -47,7 +47,7 @@ static outcome read_reply(const switch_test_record &reply, const std::string &ti
     unit.summary = find_wrong_port(ports_of_words(reply.port_results, reply.port_count));
     for (const uint32_t word : std::span(reply.port_results, unit.summary.empty() ? reply.port_count : 0)) {
         const uint32_t code = FACMSG_RESULT_CODE(word);
-        judge_code(unit.ports.emplace_back(port_outcome{FACMSG_RESULT_PORT(word), {{code}}}), "switch", codes, code,
+        judge_code(unit.ports.emplace_back(port_outcome{FACMSG_RESULT_PORT(word), {{code}}}), "switch", CODES, code,
                    "code");
     }
     return unit;
@@ -63,10 +63,10 @@ static outcome decode_switch(const switch_test_record &reply, const std::string 
 
 outcome decode_switch_speed(const request &sent, const std::vector<uint8_t> &payload)
 {
-    const auto asked = record_of<switch_test_record>(sent.payload);
-    return decode_switch(
-        record_of<switch_test_record>(payload),
-        fmt::format("Speed of the 1G/10G ports of unit {} set to {}", asked.unit, name_of(speed_names, asked.setting)));
+    const auto settings = record_of<switch_test_record>(sent.payload);
+    return decode_switch(record_of<switch_test_record>(payload),
+                         fmt::format("Speed of the 1G/10G ports of unit {} set to {}", settings.unit,
+                                     name_of(speed_names, settings.setting)));
 }
 
 outcome decode_switch_medium(const request &sent, const std::vector<uint8_t> &payload)

@@ -24,22 +24,14 @@ expect_same "man page" "$in_man" "$subcommands"
 compopt() { :; } # there is no command line to set options of
 facmsg-station() { "${station[@]}" "$@"; }
 
-complete_line() { # WORD...: what may stand in place of the last one
-    COMP_WORDS=(facmsg-station "$@")
-    COMP_CWORD=$#
-    _facmsg_station
+offers() { # PROGRAM WORD...: what may stand in place of the last one
+    COMP_WORDS=("$@")
+    COMP_CWORD=$(($# - 1))
+    "_${1//-/_}"
     printf '%s\n' "${COMPREPLY[@]}"
 }
-expect_same "completion" "$(complete_line --directory x '')" "$(cut -d' ' -f1 <<<"$subcommands")"
-expect_same "completion of a name" "$(complete_line broad)" $'broadcast\nbroadcast-flow'
-expect_same "completion of fpga" "$(complete_line fpga '')" "$(sed -n 's/^fpga //p' <<<"$subcommands")"
-expect_same "completion of an option" "$(complete_line packet --any-speed --me)" --medium
-expect_same "completion of a plan's option" "$(complete_line plan x.toml --s)" \
-    $'--serial\n--skip\n--station\n--stop-on-fail'
-expect_same "completion of a speed" "$(complete_line packet --speed '')" $'10M\n100M\n1G\n2.5G\n5G\n10G'
-expect_same "completion of a medium" "$(complete_line packet --medium '')" $'copper\nfiber\n0\n1'
-expect_same "completion of steps" \
-    "$(complete_line plan "$source/station/plans/final-28.toml" --skip vop,packet-1)" vop,packet-1g
+expect_same "completion" "$(offers facmsg-station --directory x '')" "$(cut -d' ' -f1 <<<"$subcommands")"
+expect_same "completion of fpga" "$(offers facmsg-station fpga '')" "$(sed -n 's/^fpga //p' <<<"$subcommands")"
 
 options=$("${simhost[@]}" --help | grep -oE '^  (-h,)?--[a-z-]+' | grep -oE -- '--.*')
 in_man=$(sed -nE 's/^\.It Fl -([a-z-]+).*/--\1/p' "$source/docs/man/facmsg-simhost.1")
@@ -47,11 +39,19 @@ expect_same "man page of the switch" "$in_man" "$options"
 # shellcheck source=/dev/null
 . "$source/docs/completion/facmsg-simhost"
 facmsg-simhost() { "${simhost[@]}" "$@"; }
-complete_switch() { # WORD...
-    COMP_WORDS=(facmsg-simhost "$@")
-    COMP_CWORD=$#
-    _facmsg_simhost
-    printf '%s\n' "${COMPREPLY[@]}"
-}
-expect_same "completion of the switch" "$(complete_switch --pa)" --pace
-expect_same "completion of a board" "$(complete_switch --board faulty)" faulty-28
+
+while IFS=: read -r line completions; do
+    read -ra words <<<"$line"
+    [ "${line: -1}" != ' ' ] || words+=('')
+    # shellcheck disable=SC2086 # each word of the row is a line
+    expect_same "completion of $line" "$(offers "${words[@]}")" "$(printf '%s\n' $completions)"
+done <<END
+facmsg-station broad:broadcast broadcast-flow
+facmsg-station packet --any-speed --me:--medium
+facmsg-station plan x.toml --s:--serial --skip --station --stop-on-fail
+facmsg-station packet --speed :10M 100M 1G 2.5G 5G 10G
+facmsg-station packet --medium :copper fiber 0 1
+facmsg-station plan $source/station/plans/final-28.toml --skip vop,packet-1:vop,packet-1g
+facmsg-simhost --pa:--pace
+facmsg-simhost --board faulty:faulty-28
+END

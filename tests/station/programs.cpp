@@ -1,24 +1,24 @@
-/* SPDX-License-Identifier: MIT
- *
- * Starting, watching and ending the programs under test.
- */
+/* SPDX-License-Identifier: MIT */
 #include "programs.h"
 
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sstream>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 #include "common/file.h"
 
 /* The terminals of tests, whatever this one is. */
-static const int known_terminal = setenv("TERM", "xterm", 1);
+static const int TERMINAL_NAME = setenv("TERM", "xterm", 1);
 
 std::ostream &operator<<(std::ostream &stream, const finished &end)
 {
@@ -112,27 +112,64 @@ finished run(const words &arguments, uid_t user)
     return user != 0 ? run_as(user, arguments) : run_command(station(arguments), 0);
 }
 
-/* Reads until the other side is closed, and answers questions as they come. */
-static std::string talk_to(int terminal, const std::vector<exchange> &talk)
+running_station::running_station(const words &arguments)
+{
+    EXPECT_EQ(pipe2(out, O_CLOEXEC) + pipe2(err, O_CLOEXEC), 0);
+    pid = start(station(arguments), out[1], err[1]);
+    close(out[1]);
+    close(err[1]);
+}
+
+running_station::~running_station()
+{
+    close_outputs();
+}
+
+void running_station::close_outputs()
+{
+    close(std::exchange(out[0], -1));
+    close(std::exchange(err[0], -1));
+}
+
+std::string read_to(const int (&output)[2], const std::string &text)
 {
     std::string shown;
-    size_t seen = 0;
-    auto next = talk.begin();
-    char part[4096];
-    for (ssize_t size; (size = read(terminal, part, sizeof(part))) > 0;) {
-        shown.append(part, static_cast<size_t>(size));
-        for (size_t at; next != talk.end() && (at = shown.find(next->question, seen)) != std::string::npos; ++next) {
-            seen = at + next->question.size();
-            EXPECT_EQ(write(terminal, next->answer.data(), next->answer.size()), ssize_t(next->answer.size()));
-        }
-    }
-    EXPECT_TRUE(next == talk.end()) << "was not asked: " << next->question;
-    close(terminal);
+    for (char letter; shown.find(text) == shown.npos && read(output[0], &letter, 1) == 1;)
+        shown += letter;
     return shown;
 }
 
-static finished run_in_front(const words &arguments, const std::string &typed, const std::vector<exchange> &talk,
-                             unsigned short columns = 0)
+static void give(int terminal, const std::string &answer, pid_t pid)
+{
+    if (answer.starts_with(END_BY))
+        kill(pid, std::stoi(answer.substr(1)));
+    else
+        EXPECT_EQ(write(terminal, answer.data(), answer.size()), ssize_t(answer.size()));
+}
+
+/* Reads until the other side is closed, and answers questions as they come. */
+static std::string talk_to(int terminal, const std::vector<exchange> &talk, pid_t pid)
+{
+    std::string shown;
+    size_t past = 0;
+    auto next = talk.begin();
+    char part[4096];
+    pollfd output{terminal, POLLIN, 0};
+    for (ssize_t size; (size = read(terminal, part, sizeof(part))) > 0;) {
+        shown.append(part, static_cast<size_t>(size));
+        for (size_t at; next != talk.end() && (at = shown.find(next->question, past)) != std::string::npos; ++next) {
+            past = at + next->question.size();
+            give(terminal, next->answer, pid);
+        }
+        if (poll(&output, 1, 30'000) == 0)
+            kill(pid, SIGKILL); /* it waits for an answer that no one has */
+    }
+    EXPECT_TRUE(next == talk.end()) << "was not asked: " << next->question;
+    return shown;
+}
+
+finished run_on_terminal(const words &arguments, const std::string &typed_ahead, const std::vector<exchange> &talk,
+                         unsigned short columns)
 {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
     grantpt(terminal);
@@ -140,21 +177,12 @@ static finished run_in_front(const words &arguments, const std::string &typed, c
     const int screen = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
     const winsize size{0, columns, 0, 0};
     ioctl(terminal, TIOCSWINSZ, &size);
-    EXPECT_EQ(write(terminal, typed.data(), typed.size()), ssize_t(typed.size()));
-    const pid_t pid = start(station(arguments), screen, screen, 0, typed.empty() && talk.empty() ? -1 : screen);
+    give(terminal, typed_ahead, 0);
+    const pid_t pid = start(station(arguments), screen, screen, 0, typed_ahead.empty() && talk.empty() ? -1 : screen);
     close(screen);
-    const std::string shown = talk_to(terminal, talk);
-    return {wait_for(pid), shown, ""};
-}
-
-finished run_on_terminal(const words &arguments, const std::string &typed, unsigned short columns)
-{
-    return run_in_front(arguments, typed, {}, columns);
-}
-
-finished talk_on_terminal(const words &arguments, const std::vector<exchange> &talk, const std::string &typed_ahead)
-{
-    return run_in_front(arguments, typed_ahead, talk);
+    const std::string shown = talk_to(terminal, talk, pid);
+    close(terminal);
+    return {wait_for(pid), shown};
 }
 
 temporary_folder::temporary_folder()
@@ -181,9 +209,11 @@ static finished run_in(const temporary_folder &folder, words arguments)
     return run(arguments);
 }
 
-simulated_switch::simulated_switch(const std::string &board, const words &options)
+simulated_switch::simulated_switch(const std::string &board, const std::string &changes, const words &options)
 {
-    words arguments{"--board", board, "--directory", folder.path};
+    const std::string file = folder.path + "/board.toml";
+    std::ofstream(file) << "base = '" BOARDS "/" << board << ".toml'\nname = 'changed'\n" << changes;
+    words arguments{"--board", file, "--directory", folder.path};
     arguments.insert(arguments.end(), options.begin(), options.end());
     int console[2];
     EXPECT_EQ(pipe2(console, O_CLOEXEC), 0);
@@ -217,19 +247,36 @@ listener::listener(const temporary_folder &folder) : fd(::socket(AF_UNIX, SOCK_S
 
 listener::~listener()
 {
+    close(connection);
     close(fd);
+}
+
+std::string listener::take_request()
+{
+    close(std::exchange(connection, accept4(fd, nullptr, nullptr, SOCK_CLOEXEC)));
+    uint32_t header[2];
+    EXPECT_EQ(recv(connection, header, sizeof(header), MSG_WAITALL), ssize_t{sizeof(header)});
+    std::string payload(header[1], '\0');
+    EXPECT_EQ(recv(connection, payload.data(), payload.size(), MSG_WAITALL), ssize_t(payload.size()));
+    return payload;
+}
+
+void listener::answer(const std::string &reply) const
+{
+    EXPECT_EQ(send(connection, reply.data(), reply.size(), MSG_NOSIGNAL), ssize_t(reply.size()));
+}
+
+std::string reply_bytes(uint32_t type, const void *record, uint32_t size)
+{
+    const uint32_t header[2] = {type, size};
+    return std::string(reinterpret_cast<const char *>(header), sizeof(header)) +
+           std::string(static_cast<const char *>(record), size);
 }
 
 fake_service::fake_service(const responder &answer)
     : server([this, answer] {
-          const int connection = accept4(socket.fd, nullptr, nullptr, SOCK_CLOEXEC);
-          uint32_t header[2];
-          EXPECT_EQ(recv(connection, header, sizeof(header), MSG_WAITALL), ssize_t{sizeof(header)});
-          std::string payload(header[1], '\0');
-          EXPECT_EQ(recv(connection, payload.data(), payload.size(), MSG_WAITALL), ssize_t(payload.size()));
-          const std::string reply = answer(payload, connection);
-          send(connection, reply.data(), reply.size(), MSG_NOSIGNAL);
-          close(connection);
+          socket.answer(answer(socket.take_request()));
+          close(std::exchange(socket.connection, -1));
       })
 {
 }

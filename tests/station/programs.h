@@ -33,16 +33,29 @@ words station(const words &arguments);
 /* Runs a program, or the station, to its end. */
 finished run_command(const words &command, uid_t user = 0);
 finished run(const words &arguments, uid_t user = 0);
-/* The same with a terminal for both outputs, and for the input when something is typed; out is all that the terminal
- * showed. */
-finished run_on_terminal(const words &arguments, const std::string &typed = "", unsigned short columns = 0);
 
-/* On a terminal too: gives each answer when its question is shown. What is typed ahead is there before the start. */
+/* A station at work, with its outputs at the other end of pipes. */
+struct running_station {
+    int out[2], err[2]; /* the first is read; -1: closed */
+    pid_t pid;
+    running_station(const words &arguments);
+    ~running_station();
+    void close_outputs();
+    running_station(const running_station &) = delete;
+};
+/* Reads an output up to a text, or to the end. */
+std::string read_to(const int (&output)[2], const std::string &text);
+inline const std::string THE_END(1, '\0');
+
+/* Gives each answer when its question is shown; an answer of END_BY and a signal's number ends the program with it. */
 struct exchange {
     std::string question, answer;
 };
-finished talk_on_terminal(const words &arguments, const std::vector<exchange> &talk,
-                          const std::string &typed_ahead = "");
+constexpr char END_BY = '\x01';
+/* Runs the station with a terminal for its outputs, and for its input when something is typed: ahead, before the start,
+ * or as an answer. Its out is all that the terminal showed. */
+finished run_on_terminal(const words &arguments, const std::string &typed_ahead = "",
+                         const std::vector<exchange> &talk = {}, unsigned short columns = 0);
 
 struct temporary_folder {
     std::string path;
@@ -52,44 +65,50 @@ struct temporary_folder {
     std::string socket() const;
 };
 
-/* facmsg-simhost, ready for requests. */
+/* facmsg-simhost with a board, and changes to its file, ready for requests. */
 struct simulated_switch {
     temporary_folder folder;
     pid_t pid;
     int console_fd;
-    simulated_switch(const std::string &board, const words &options = {});
+    simulated_switch(const std::string &board, const std::string &changes = "", const words &options = {});
     ~simulated_switch();
     finished run(const words &arguments) const; /* the station in the switch's folder */
 };
 
 /* A listening socket at the service's place. It is gone, but its file is not, when this ends. */
 struct listener {
-    int fd;
+    int fd, connection = -1;
     listener(const temporary_folder &folder);
     ~listener();
     listener(const listener &) = delete;
+    std::string take_request(); /* the payload; closes the connection of the one before */
+    void answer(const std::string &reply) const;
 };
 
+/* A service that takes a request, and answers it, when a test says so. */
+struct slow_service {
+    temporary_folder folder;
+    listener socket{folder};
+};
+
+std::string reply_bytes(uint32_t type, const void *record, uint32_t size);
+
 /* Makes the bytes of a reply from the request's payload. */
-using responder = std::function<std::string(const std::string &payload, int connection)>;
+using responder = std::function<std::string(const std::string &payload)>;
 
 /* The request's payload as a record, changed by a test and sent back. */
 template <class Record> responder reply_of(uint32_t type, const std::function<void(Record &)> &change)
 {
-    return [=](const std::string &payload, int) {
+    return [=](const std::string &payload) {
         Record record;
         std::memcpy(&record, payload.data(), sizeof(record));
         change(record);
-        const uint32_t header[2] = {type, sizeof(record)};
-        return std::string(reinterpret_cast<const char *>(header), sizeof(header)) +
-               std::string(reinterpret_cast<const char *>(&record), sizeof(record));
+        return reply_bytes(type, &record, sizeof(record));
     };
 }
 
 /* Takes one request and answers it; further connections find nobody. */
-struct fake_service {
-    temporary_folder folder;
-    listener socket{folder};
+struct fake_service : slow_service {
     std::thread server;
     fake_service(const responder &answer);
     ~fake_service();

@@ -2,134 +2,31 @@
  *
  * What the station says: transcripts against boards with and without faults, and replies that no board sends.
  */
-#include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <optional>
-#include <span>
-#include <sstream>
 
 #include "facmsg_protocol.h"
 #include "programs.h"
-
-/* Of neighbouring port rows that differ in the number alone only the first is left. */
-static std::string condensed(const std::string &text)
-{
-    std::istringstream lines(text);
-    std::string shown, previous;
-    for (std::string line; std::getline(lines, line);) {
-        const size_t digit = line.find_first_not_of(' ');
-        const size_t after = line.find("  ", digit);
-        const bool is_row = digit != line.npos && after != line.npos && isdigit(line[digit]);
-        const std::string rest = is_row ? line.substr(after) : "";
-        if (!is_row || rest != previous)
-            shown += line + "\n";
-        previous = rest;
-    }
-    return shown;
-}
-
-/* A part of a transcript from one mark at the beginning of a line to the next: its first line, and the others. */
-struct section {
-    std::string head, lines;
-};
-
-static std::vector<section> sections_of(std::istream &text, const std::string &mark)
-{
-    std::vector<section> sections{{}};
-    for (std::string line; std::getline(text, line);)
-        if (line.starts_with(mark))
-            sections.push_back({line.substr(mark.size()), ""});
-        else if (!line.starts_with("#"))
-            sections.back().lines += line + "\n";
-    return sections;
-}
-
-static void expect_same(const std::string &shown, std::string expected)
-{
-    const std::string gap = "…\n";
-    expected.erase(expected.find_last_not_of('\n') + 1);
-    expected += expected.empty() ? "" : "\n";
-    const size_t at = expected.find(gap);
-    if (at == expected.npos)
-        EXPECT_EQ(shown, expected);
-    else
-        EXPECT_TRUE(shown.starts_with(expected.substr(0, at)) && shown.ends_with(expected.substr(at + gap.size())))
-            << shown << "\nexpected:\n"
-            << expected;
-}
-
-/* A command line as a shell takes it, in the folder of a host. */
-static void play(const section &command, const std::string &folder)
-{
-    std::string script = "BOARDS='" BOARDS "'; cd '" + folder + "';";
-    for (const std::string &word : station({"--directory", folder}))
-        script += " '" + word + "'";
-    const size_t blank = command.head.find(' ');
-    const finished end = run_command({"sh", "-c", script + command.head.substr(blank)});
-    std::string shown = condensed(end.out) + end.err;
-    for (size_t at; (at = shown.find(folder)) != shown.npos;)
-        shown.replace(at, folder.size(), "DIR");
-    SCOPED_TRACE(command.head);
-    expect_same(shown, command.lines);
-    EXPECT_EQ(end.code, blank == 0 ? 0 : std::stoi(command.head)) << end;
-}
-
-static void play_entry(const section &entry)
-{
-    std::istringstream head(entry.head), lines(entry.lines);
-    std::string board;
-    words options;
-    head >> board;
-    for (std::string word; head >> word;)
-        options.push_back(word);
-    const std::vector<section> commands = sections_of(lines, "$");
-    const temporary_folder files;
-    std::ofstream(files.path + "/board.toml") << "base = \"" BOARDS "/" << board << ".toml\"\nname = \"changed\"\n"
-                                              << commands[0].lines;
-    std::optional<simulated_switch> host;
-    if (board != "none")
-        host.emplace(files.path + "/board.toml", options);
-    const std::string folder = host ? host->folder.path : files.path;
-    std::ofstream data(folder + "/in");
-    for (int i = 0; i < 204; i++)
-        data << static_cast<char>(i * 7);
-    data.close();
-    for (const section &command : std::span(commands).subspan(1))
-        play(command, folder);
-}
+#include "transcripts.h"
 
 TEST(requests, transcripts)
 {
-    std::ifstream file(TRANSCRIPTS);
-    const std::vector<section> entries = sections_of(file, "== ");
-    EXPECT_GT(entries.size(), 20U);
-    for (const section &entry : std::span(entries).subspan(1)) {
-        SCOPED_TRACE(entry.head);
-        play_entry(entry);
-    }
+    play_transcripts(TRANSCRIPTS);
 }
 
-TEST(requests, upgrade_asks)
-{
-    const finished asked = run_on_terminal({"poe-upgrade"}, "n\n");
-    EXPECT_EQ(asked.code, 3);
-    EXPECT_NE(asked.out.find("not confirmed; nothing was sent"), std::string::npos) << asked.out;
-}
-
-/* A reply that no board sends, and what is to be said to it. */
+/* A reply that no board sends, and what is said to it. */
 template <class Record> struct odd_reply {
     words arguments;
     void (*change)(Record &);
     int code;
-    const char *said;
+    const char *sentence;
 };
 template <class Record> static void expect(std::initializer_list<odd_reply<Record>> cases)
 {
-    for (const auto &[arguments, change, code, said] : cases) {
+    for (const auto &[arguments, change, code, sentence] : cases) {
         const finished end = fake_service(reply_of<Record>(0, change)).run(arguments);
         EXPECT_EQ(end.code, code) << end;
-        EXPECT_NE((end.out + end.err).find(said), std::string::npos) << said << "\n" << end;
+        EXPECT_NE((end.out + end.err).find(sentence), std::string::npos) << sentence << "\n" << end;
     }
 }
 
@@ -145,11 +42,11 @@ static std::string letters_of(const finished &end)
     return letters;
 }
 
-/* Ports 1 to 28 that all passed. */
-static packet_test_record &all_passed(packet_test_record &reply)
+/* Ports from 1 that all passed. */
+static auto &all_passed(auto &reply, uint32_t port_count = 28)
 {
-    reply.port_count = 28;
-    for (uint32_t i = 0; i < 28; i++)
+    reply.port_count = port_count;
+    for (uint32_t i = 0; i < port_count; i++)
         reply.port_results[i] = FACMSG_PORT_RESULT(i + 1, FACMSG_PORT_OK);
     return reply;
 }
@@ -162,17 +59,10 @@ static poe_test_reply &two_ports(poe_test_reply &reply)
     return reply;
 }
 
-static broadcast_test_record &one_port(broadcast_test_record &reply)
+/* Two ports, or as many, and a test that stopped at the counts. */
+static auto &stopped(auto &reply, uint32_t port_count = 2)
 {
-    reply.port_count = 1;
-    reply.port_results[0] = FACMSG_PORT_RESULT(1, FACMSG_PORT_OK);
-    return reply;
-}
-
-/* Two ports, and a test that stopped at the counts. */
-static ess_flow_reply &stopped(ess_flow_reply &reply)
-{
-    reply.port_count = 2;
+    reply.port_count = port_count;
     reply.fail_stage = FACMSG_STAGE_STATISTICS;
     return reply;
 }
@@ -186,11 +76,8 @@ TEST(requests, replies_that_no_board_sends)
         {{"packet"}, [](auto &r) { all_passed(r).port_count = 29; }, 3, "entry 29 of the reply names port 0; expected"},
         {{"packet"}, [](auto &r) { all_passed(r).port_results[3] = 3 << 16; }, 3, "entry 4 of the reply names port 3;"},
         {{"packet"}, [](auto &r) { r.unit = 9; }, 3, "not belong to this request: its --unit word is 9; expected 0\n"},
-        {{"packet"}, [](auto &r) { all_passed(r).port_results[6] = 7 << 16 | 4; }, 3, "7: Code 4 makes no sense here"},
-        {{"packet"},
-         [](auto &r) { all_passed(r).port_results[6] = 7 << 16 | 3; },
-         3,
-         "contradicts itself: its result is 0"},
+        {{"packet"}, [](auto &r) { all_passed(r).port_results[6] |= 4; }, 3, "7: Code 4 makes no sense here"},
+        {{"packet"}, [](auto &r) { all_passed(r).port_results[6] |= 3; }, 3, "contradicts itself: its result is 0"},
     });
     expect<poe_test_reply>({
         {{"poe"}, [](auto &r) { two_ports(r); }, 0, " 256  PASS           ok      0"},
@@ -207,39 +94,52 @@ TEST(requests, replies_that_no_board_sends)
         {{"broadcast"},
          [](auto &r) { r.result = r.port_results[1] = 1, r.port_count = 2; },
          1,
-         "link 1 (1 another link value"},
-        {{"broadcast"}, [](auto &r) { one_port(r).port_results[0] |= 7; }, 1, "7           -"},
-        {{"broadcast"},
-         [](auto &r) { *one_port(r).fcs_counts = 1ull << 40; },
-         1,
-         "1099511627776 FCS errors; expected 0."},
+         "(1 another link value"},
+        {{"broadcast"}, [](auto &r) { all_passed(r, 1).port_results[0] |= 7; }, 1, "7           -"},
+        {{"broadcast"}, [](auto &r) { *all_passed(r, 1).fcs_counts = 1ull << 40; }, 1, "1099511627776 FCS errors;"},
     });
     expect<ess_flow_reply>({
         {{"flow"}, [](auto &r) { r.result = 3; }, 3, "(result 3): the service ran out of memory"},
         {{"flow"}, [](auto &r) { r.port_count = 1, r.fail_stage = 12; }, 3, "the reply's fail stage 12 is unknown"},
-        {{"flow", "--ports", "7"},
-         [](auto &r) { stopped(r).port_cnt_err[1] = 1; },
-         1,
-         "2  FAIL        Received 0 frames and"},
+        {{"flow", "--ports", "7"}, [](auto &r) { stopped(r).port_cnt_err[1] = 1; }, 1, "2  FAIL        Received 0 fr"},
         {{"flow"}, [](auto &r) { r.port_count = r.port_down[0] = 1; }, 3, "its fail stage is 0 (passed), but"},
         {{"flow"}, [](auto &r) { stopped(r).port_fcs_err[1] = 7; }, 3, "position 2: A flag is 7"},
     });
     expect<serpentine_flow_reply>({
-        {{"serpentine"}, [](auto &r) { r.port_count = 1, r.fail_stage = 9; }, 1, "so the CPU received another"},
+        {{"serpentine"}, [](auto &r) { stopped(r, 1); }, 1, "so the CPU received another"},
         {{"serpentine"},
-         [](auto &r) { r.port_count = r.port_ex_err[0] = 1, r.fail_stage = 9, r.cpu_send_cnt = r.ex_pkts[0] = 20000; },
+         [](auto &r) { *stopped(r, 1).port_ex_err = 1; },
          3,
-         "position 1: The reply marks the count of 20000 frames as wrong"},
+         "1: The reply marks the count of 0 frames"},
     });
-    expect<prbs_test_reply>(
-        {{{"prbs"}, [](auto &r) { r.port_count = 1, r.fail_stage = 7; }, 1, "stage 7: a port's PHY"}});
+    expect<prbs_test_reply>({{{"prbs"}, [](auto &r) { stopped(r).fail_stage = 7; }, 1, "stage 7: a port's PHY"}});
     expect<fpga_record>({
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)"},
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16"},
     });
-    const responder half = [](const std::string &, int) { return std::string(8, '\0'); };
+    const responder half = [](const std::string &) { return std::string(8, '\0'); };
     EXPECT_NE(fake_service(half).run({"packet"}).err.find("did not answer with the expected 1052 bytes"),
               std::string::npos);
+}
+
+TEST(requests, stages_have_their_sentences)
+{
+    const std::pair<uint32_t, const char *> stages[] = {
+        {4, "a port refused its speed"},
+        {6, "the test's VLANs could not be set up"},
+        {7, "the CPU could not send the test's frames"},
+        {8, "the test's VLANs could not be removed"},
+        {10, "a port's PHY loopback could not be set"},
+        {11, "a port's PHY loopback could not be restored"},
+    };
+    for (const auto &[stage, sentence] : stages) {
+        const responder reply = reply_of<ess_flow_reply>(0, [&](auto &record) { stopped(record).fail_stage = stage; });
+        const finished end = fake_service(reply).run({"flow", "--json"});
+        const std::string summary = "stopped at stage " + std::to_string(stage) + ": " + sentence + "; 2 ports ";
+        EXPECT_NE(end.out.find(summary), std::string::npos) << end;
+        EXPECT_EQ(letters_of(end), "TT");
+        EXPECT_EQ(end.code, 1);
+    }
 }
 
 /* The codes of a failed test, the verdicts on its ports, and what else is said. */
@@ -248,7 +148,7 @@ TEST(requests, packet_codes_mean_what_the_end_of_the_test_makes_of_them)
     const struct {
         std::vector<uint32_t> codes;
         int exit_code;
-        const char *verdicts, *said;
+        const char *verdicts, *sentence;
     } cases[] = {
         {{0, 1, 3}, 1, "PFF", "3 ports tested: 1 passed, 2 failed"},
         {{0, 0}, 1, "PP", "2 passed, 0 failed; the service still reports a failure: a port's status"},
@@ -260,17 +160,16 @@ TEST(requests, packet_codes_mean_what_the_end_of_the_test_makes_of_them)
         {{3, 2}, 3, "VF", "port 1: Code 3 makes no sense here"},
         {{2, 0}, 3, "VP", "port 1: Code 2 makes no sense here"},
     };
-    for (const auto &[codes, exit_code, verdicts, said] : cases) {
-        const fake_service service(reply_of<packet_test_record>(0, [&](packet_test_record &reply) {
-            reply.result = FACMSG_PACKET_FAIL;
-            reply.port_count = static_cast<uint32_t>(codes.size());
-            for (uint32_t i = 0; i < reply.port_count; i++)
-                reply.port_results[i] = FACMSG_PORT_RESULT(i + 1, codes[i]);
-        }));
-        const finished end = service.run({"packet", "--json"});
+    for (const auto &[codes, exit_code, verdicts, sentence] : cases) {
+        const responder reply = reply_of<packet_test_record>(0, [&](packet_test_record &record) {
+            all_passed(record, static_cast<uint32_t>(codes.size())).result = FACMSG_PACKET_FAIL;
+            for (size_t i = 0; i < codes.size(); i++)
+                record.port_results[i] |= codes[i];
+        });
+        const finished end = fake_service(reply).run({"packet", "--json"});
         EXPECT_EQ(end.code, exit_code) << end;
         EXPECT_EQ(letters_of(end), verdicts);
-        EXPECT_NE(end.out.find(said), std::string::npos) << said << "\n" << end;
+        EXPECT_NE(end.out.find(sentence), std::string::npos) << sentence << "\n" << end;
     }
 }
 
@@ -283,8 +182,7 @@ struct counters {
 static responder chain_reply(const std::vector<counters> &ports)
 {
     return reply_of<serpentine_flow_reply>(0, [=](serpentine_flow_reply &reply) {
-        reply.port_count = static_cast<uint32_t>(ports.size());
-        reply.fail_stage = FACMSG_STAGE_STATISTICS;
+        stopped(reply, static_cast<uint32_t>(ports.size()));
         uint64_t expected = reply.cpu_send_cnt = 20000;
         for (size_t i = 0; i < ports.size(); i++) {
             const auto [transmitted, received, damaged] = ports[i];
@@ -301,31 +199,31 @@ static responder chain_reply(const std::vector<counters> &ports)
 
 TEST(requests, serpentine_blames_the_port_that_is_at_fault)
 {
-    constexpr uint32_t all = 20000, some = 19990;
+    constexpr uint32_t ALL = 20000, SOME = 19990;
     const std::pair<std::vector<counters>, std::string> cases[] = {
-        {{{all, all}, {all, all}}, "PP"}, /* only the CPU got too few */
+        {{{ALL, ALL}, {ALL, ALL}}, "PP"}, /* only the CPU got too few */
         /* counters that stand still */
-        {{{all, 0}, {all, all}, {all, all}}, "FPP"},
-        {{{all, all}, {all, all}, {all, 0}}, "PPF"},
-        {{{all, all}, {0, all}, {all, all}}, "PFP"},
-        {{{all, all}, {0, 0}, {all, all}, {all, all}}, "PFPP"},
-        {{{all, all}, {0, 0}, {0, 0}, {all, all}}, "PFFP"},
-        {{{all, all}, {0, 0}, {0, 0}, {some, some}, {some, some}}, "PFJJP"},
-        {{{all, all}, {some, some}, {some, some}, {0, 0}, {0, 0}, {some, some}}, "PFPFFP"},
-        {{{all, 0}, {all, 0}, {all, all}}, "FFP"},
-        {{{all, 0}, {0, all}, {all, all}}, "FFP"},
-        {{{all, 0, 3}, {all, all}, {all, all}}, "FJP"},
+        {{{ALL, 0}, {ALL, ALL}, {ALL, ALL}}, "FPP"},
+        {{{ALL, ALL}, {ALL, ALL}, {ALL, 0}}, "PPF"},
+        {{{ALL, ALL}, {0, ALL}, {ALL, ALL}}, "PFP"},
+        {{{ALL, ALL}, {0, 0}, {ALL, ALL}, {ALL, ALL}}, "PFPP"},
+        {{{ALL, ALL}, {0, 0}, {0, 0}, {ALL, ALL}}, "PFFP"},
+        {{{ALL, ALL}, {0, 0}, {0, 0}, {SOME, SOME}, {SOME, SOME}}, "PFJJP"},
+        {{{ALL, ALL}, {SOME, SOME}, {SOME, SOME}, {0, 0}, {0, 0}, {SOME, SOME}}, "PFPFFP"},
+        {{{ALL, 0}, {ALL, 0}, {ALL, ALL}}, "FFP"},
+        {{{ALL, 0}, {0, ALL}, {ALL, ALL}}, "FFP"},
+        {{{ALL, 0, 3}, {ALL, ALL}, {ALL, ALL}}, "FJP"},
         /* frames lost, or doubled, at a port and between two */
-        {{{all, all}, {all, some}, {some, some}}, "PFP"},
-        {{{all, all}, {some, some}, {some, some}}, "PFP"},
-        {{{all, all}, {all, all + 5}, {all + 5, all + 5}}, "PFP"},
-        {{{all, some}, {some, some}, {some - 5, some - 5}}, "FPF"},
-        {{{all, some}, {some - 5, some - 5}, {some - 5, some - 5}}, "FFP"},
-        {{{all, 0}, {some, some}, {some, some}}, "FJP"}, /* lost before or after the port that does not count */
+        {{{ALL, ALL}, {ALL, SOME}, {SOME, SOME}}, "PFP"},
+        {{{ALL, ALL}, {SOME, SOME}, {SOME, SOME}}, "PFP"},
+        {{{ALL, ALL}, {ALL, ALL + 5}, {ALL + 5, ALL + 5}}, "PFP"},
+        {{{ALL, SOME}, {SOME, SOME}, {SOME - 5, SOME - 5}}, "FPF"},
+        {{{ALL, SOME}, {SOME - 5, SOME - 5}, {SOME - 5, SOME - 5}}, "FFP"},
+        {{{ALL, 0}, {SOME, SOME}, {SOME, SOME}}, "FJP"}, /* before or after the port that does not count */
         /* damaged frames, and a port that only counts them */
-        {{{all, all, 20}, {all - 20, all - 20}, {all - 20, all - 20}}, "FPP"},
-        {{{all, all, 20}, {all - 30, all - 30}, {all - 30, all - 30}}, "FFP"},
-        {{{all, all, 20}, {all, all}, {all, all}}, "FJP"},
+        {{{ALL, ALL, 20}, {ALL - 20, ALL - 20}, {ALL - 20, ALL - 20}}, "FPP"},
+        {{{ALL, ALL, 20}, {ALL - 30, ALL - 30}, {ALL - 30, ALL - 30}}, "FFP"},
+        {{{ALL, ALL, 20}, {ALL, ALL}, {ALL, ALL}}, "FJP"},
     };
     for (const auto &[ports, verdicts] : cases) {
         const finished end = fake_service(chain_reply(ports)).run({"serpentine", "--json"});

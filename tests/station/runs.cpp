@@ -1,8 +1,5 @@
-/* SPDX-License-Identifier: MIT
- *
- * A bench for runs of plans.
- */
-#include "bench.h"
+/* SPDX-License-Identifier: MIT */
+#include "runs.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,9 +10,7 @@ using nlohmann::json;
 
 std::string plan_with(const std::string &steps)
 {
-    return "name = 'test'\nversion = '1'\nproduct = 'switch'\nserial = {pattern = 'SW[0-9]{4}'}\n"
-           "panel = [{name = 'RJ45', ports = '1-24'}, {name = 'SFP+', ports = '25-28'}]\nstep = [" +
-           steps + "]\n";
+    return PLAN_HEAD + "step = [" + steps + "]\n";
 }
 
 words plan_line(const std::string &folder, const std::string &plan, const words &options)

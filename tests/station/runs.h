@@ -1,15 +1,19 @@
 /* SPDX-License-Identifier: MIT
  *
- * A bench for runs of plans: a folder for the plan and its results, and the journal of a run in short.
+ * Runs of plans: a folder for the plan and its results, and the journal of a run in short.
  */
-#ifndef TESTS_PLAN_BENCH_H
-#define TESTS_PLAN_BENCH_H
+#ifndef TESTS_STATION_RUNS_H
+#define TESTS_STATION_RUNS_H
 
 #include <nlohmann/json.hpp>
 
 #include "programs.h"
 
-/* A plan of a unit with 28 ports. Its steps are inline tables: "{request = 'poe', retries = 1}, {request = 'vop'}". */
+/* The beginning of a plan of a unit with 28 ports, and the whole. The steps are inline tables: "{request = 'poe',
+ * retries = 1}, {request = 'vop'}". */
+inline const std::string PLAN_HEAD =
+    "name = 'test'\nversion = '1'\nproduct = 'switch'\nserial = {pattern = 'SW[0-9]{4}'}\n"
+    "panel = [{name = 'RJ45', ports = '1-24'}, {name = 'SFP+', ports = '25-28'}]\n";
 std::string plan_with(const std::string &steps);
 
 /* The command line that runs a plan, which is written into the folder, with its results there too unless the options
