@@ -32,7 +32,7 @@ TEST(fpga, keeps_what_proper_requests_write_and_refuses_others)
     EXPECT_EQ(std::vector(bytes.begin() + 20, bytes.begin() + 36),
               (std::vector<uint8_t>{0, 14, 0, 0, 0, 0x0E, 0, 2, 0, 0, 1, 2, 3, 4, 0, 0}));
     EXPECT_EQ(device.refused(), 0u);
-    for (const size_t at : {0, 11, 12, 16, 18, 20, 27}) { /* addresses, type, operation, mark, length, words */
+    for (const size_t at : {0u, 11u, 12u, 16u, 18u, 20u, 27u}) { /* addresses, type, operation, mark, length, words */
         auto wrong = request(1, 0x10, 2, {9, 9, 9, 9, 9, 9, 9, 9});
         wrong[at] ^= 0x20;
         EXPECT_FALSE(device.handle(frame(wrong)));
