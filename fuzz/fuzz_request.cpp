@@ -47,7 +47,7 @@ static void serve(int fd, const uint8_t *bytes, size_t size)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
 {
     int ends[2];
-    if (size > 2 * FACMSG_BUFFER_SIZE || socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
+    if (size > size_t{2} * FACMSG_BUFFER_SIZE || socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0)
         return -1;
     small_host_reset(size == 0 ? 0 : bytes[size - 1]);
     memset(facmsg_server_buf, 0, FACMSG_BUFFER_SIZE);

@@ -56,9 +56,10 @@ constexpr speed_row speed_of(uint32_t code)
  * since the other bit of its pair marks high-power ports. */
 constexpr uint32_t ability_bit(uint32_t speed, uint32_t duplex)
 {
-    if (speed_of(speed).code == 0 || duplex < 1 || duplex > 2)
+    const uint32_t code = speed_of(speed).code;
+    if (code == 0 || duplex < 1 || duplex > 2)
         return 0;
-    return UINT32_C(1) << (2 * (speed - 1) + (speed == SPEED_5G ? 0 : duplex - 1));
+    return UINT32_C(1) << (2 * (code - 1) + (speed == SPEED_5G ? 0 : duplex - 1));
 }
 
 /* Whether an ability word allows a mode. Duplex code 0 leaves the duplex to the port. */
