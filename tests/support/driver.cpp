@@ -65,8 +65,7 @@ static void take(driver_call &call, void *record)
 /* Values, and records of values of one size. */
 template <class Value> static void take(driver_call &call, Value *values)
 {
-    constexpr size_t size = alignof(Value);
-    constexpr size_t count = sizeof(Value) / size;
+    constexpr size_t size = alignof(Value), count = sizeof(Value) / size;
     const std::string_view slot = call.slot;
     if (slot != "set_status" && slot != "begin_end_prbs")
         return put(call, {0, nullptr, values, size, count});

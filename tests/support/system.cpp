@@ -14,7 +14,8 @@
 namespace world
 {
 
-std::function<void(const std::string &)> &on_event = *new std::function<void(const std::string &)>();
+std::function<void(const std::string &)> &on_event =
+    *new std::function<void(const std::string &)>([](const std::string &) {});
 std::atomic<uint64_t> clock_us = 1000000;
 std::atomic<int> calls_to_failure;
 std::atomic<int> live_allocations;
@@ -42,8 +43,7 @@ static bool fails(const char *function)
 static int wait(uint64_t us)
 {
     world::clock_us += us;
-    if (world::on_event)
-        world::on_event("wait " + (us % 1000000 == 0 ? std::to_string(us / 1000000) + "s" : std::to_string(us) + "us"));
+    world::on_event("wait " + (us % 1000000 == 0 ? std::to_string(us / 1000000) + "s" : std::to_string(us) + "us"));
     return 0;
 }
 
@@ -82,10 +82,9 @@ static std::string plain_line(std::string line)
     return size;
 }
 
-log_capture::log_capture(int level, receiver to) : on_line(std::move(to))
+log_capture::log_capture(int level, receiver to)
+    : on_line(to ? std::move(to) : [this](const std::string &line) { caught += line + "\n"; })
 {
-    if (!on_line)
-        on_line = [this](const std::string &line) { caught += line + "\n"; };
     const std::lock_guard lock(log_mutex);
     capture = this;
     std::atomic_ref(facmsg_dbg).store(level);
@@ -163,8 +162,7 @@ void __wrap_free(void *memory)
 
 int __wrap_system(const char *command)
 {
-    if (world::on_event)
-        world::on_event(std::string("system(") + command + ")");
+    world::on_event(std::string("system(") + command + ")");
     return 0;
 }
 
@@ -172,8 +170,7 @@ int __wrap_unlink(const char *path)
 {
     if (path[0] != '/')
         return unlink(path);
-    if (world::on_event)
-        world::on_event(std::string("unlink(") + path + ")");
+    world::on_event(std::string("unlink(") + path + ")");
     return 0;
 }
 

@@ -40,7 +40,7 @@ namespace world
 
 /* What a driver call does and returns; at first it writes zeros and succeeds. */
 extern std::function<int(const driver_call &)> &on_call;
-/* If set, told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker
+/* Told of every wait ("wait 2s"; it returns at once and moves the clock on) and every change of the marker
  * file, which is never touched. */
 extern std::function<void(const std::string &)> &on_event;
 

@@ -87,7 +87,7 @@ TEST(receive, loses_nothing_when_threads_race_for_a_row)
         if (child == 0)
             _exit(race_for_rows(round == 0 ? 2000 : 2) ? 0 : 1);
         int status = -1;
-        ASSERT_EQ(waitpid(child, &status, 0), child);
+        waitpid(child, &status, 0);
         ASSERT_EQ(status, 0) << "round " << round;
     }
 }

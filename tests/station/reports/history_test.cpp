@@ -92,7 +92,7 @@ TEST(history, counts_the_runs_that_say_something_of_a_unit)
             folder.add(row[i].substr(0, 1), row[i].substr(2));
         const auto runs = reports::read_history(folder.path);
         const std::string counts =
-            fmt::format("{} {} {} {} ", runs.judged_units, runs.passed_first, runs.passed_last, runs.seconds.size());
+            fmt::format("{} {} {} {} ", runs.judged_units, runs.first_passes, runs.final_passes, runs.seconds.size());
         EXPECT_EQ(counts, row[0].substr(0, counts.size()));
         EXPECT_NE(reports::history_text(runs).find("\n" + row[0].substr(counts.size())), std::string::npos) << row[0];
         EXPECT_EQ(nlohmann::json::parse(reports::history_json(runs)).contains("first_pass"), runs.judged_units > 0);
