@@ -11,7 +11,7 @@
 namespace common
 {
 
-std::string shown(const toml::node &node)
+std::string literal(const toml::node &node)
 {
     if (const auto *text = node.as_string())
         return fmt::format("\"{}\"", text->get());
@@ -80,7 +80,7 @@ std::optional<int64_t> toml_reader::number(std::string_view key, number_range ra
         return std::nullopt;
     const auto *value = node->as_integer();
     if (value == nullptr || value->get() < range.lowest || value->get() > range.highest)
-        fail_at(*node, fmt::format("{} is {}, expected a whole number from {} to {}", key, shown(*node), range.lowest,
+        fail_at(*node, fmt::format("{} is {}, expected a whole number from {} to {}", key, literal(*node), range.lowest,
                                    range.highest));
     return value->get();
 }
@@ -96,7 +96,7 @@ bool toml_reader::flag(std::string_view key, bool fallback) const
     if (node == nullptr)
         return fallback;
     if (!node->is_boolean())
-        fail_at(*node, fmt::format("{} is {}, expected true or false", key, shown(*node)));
+        fail_at(*node, fmt::format("{} is {}, expected true or false", key, literal(*node)));
     return node->as_boolean()->get();
 }
 
@@ -106,7 +106,7 @@ std::optional<std::string> toml_reader::text(std::string_view key) const
     if (node == nullptr)
         return std::nullopt;
     if (!node->is_string())
-        fail_at(*node, fmt::format("{} is {}, expected a string", key, shown(*node)));
+        fail_at(*node, fmt::format("{} is {}, expected a string", key, literal(*node)));
     return node->as_string()->get();
 }
 
@@ -115,9 +115,9 @@ std::string toml_reader::name_from(const toml::node &node, std::string_view key,
 {
     const auto *text = node.as_string();
     if (text == nullptr)
-        fail_at(node, fmt::format("{} is {}, expected one of {}", key, shown(node), joined(names)));
+        fail_at(node, fmt::format("{} is {}, expected one of {}", key, literal(node), joined(names)));
     if (std::find(names.begin(), names.end(), text->get()) == names.end())
-        fail_at(node, fmt::format("{} is {}{}", key, shown(node), expected_one_of(text->get(), names)));
+        fail_at(node, fmt::format("{} is {}{}", key, literal(node), expected_one_of(text->get(), names)));
     return text->get();
 }
 
@@ -131,7 +131,7 @@ const toml::array *toml_reader::array(std::string_view key, std::string_view exp
 {
     const auto *node = table_.get(key);
     if (node != nullptr && !node->is_array())
-        fail_at(*node, fmt::format("{} is {}, expected {}", key, shown(*node), expected));
+        fail_at(*node, fmt::format("{} is {}, expected {}", key, literal(*node), expected));
     return node != nullptr ? node->as_array() : nullptr;
 }
 
@@ -149,7 +149,7 @@ uint32_t toml_reader::port_from(const toml::node &node, uint32_t highest) const
 {
     const auto *number = node.as_integer();
     if (number == nullptr || number->get() < 1 || number->get() > highest)
-        fail_at(node, fmt::format("found {}, expected a port between 1 and {}", shown(node), highest));
+        fail_at(node, fmt::format("found {}, expected a port between 1 and {}", literal(node), highest));
     return static_cast<uint32_t>(number->get());
 }
 
@@ -163,7 +163,7 @@ std::vector<uint32_t> toml_reader::ports(std::string_view key, uint32_t highest)
     const auto list = node->is_string() ? parse_list(node->as_string()->get(), 1, highest) : std::nullopt;
     if (!list)
         fail_at(*node, fmt::format("{} is {}, expected ports between 1 and {} such as 7 or \"1-4,7\"", key,
-                                   shown(*node), highest));
+                                   literal(*node), highest));
     return *list;
 }
 
@@ -182,7 +182,7 @@ void toml_reader::for_table(std::string_view key, const std::function<void(const
     if (node == nullptr)
         return;
     if (!node->is_table())
-        fail_at(*node, fmt::format("{} is {}, expected a [{}] table", key, shown(*node), key));
+        fail_at(*node, fmt::format("{} is {}, expected a [{}] table", key, literal(*node), key));
     use(*node->as_table());
 }
 
@@ -192,7 +192,7 @@ void toml_reader::for_each_table(std::string_view key, const std::function<void(
     if (const auto *entries = array(key, expected)) {
         for (const auto &entry : *entries) {
             if (!entry.is_table())
-                fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), expected));
+                fail_at(entry, fmt::format("{} holds {}, expected {}", key, literal(entry), expected));
             use(*entry.as_table());
         }
     }
@@ -206,7 +206,7 @@ void toml_reader::for_each_pair(std::string_view key, uint32_t highest,
         for (const auto &entry : *entries) {
             const auto *pair = entry.as_array();
             if (pair == nullptr || pair->size() != 2)
-                fail_at(entry, fmt::format("{} holds {}, expected {}", key, shown(entry), PAIRS));
+                fail_at(entry, fmt::format("{} holds {}, expected {}", key, literal(entry), PAIRS));
             use(port_from((*pair)[0], highest), port_from((*pair)[1], highest));
         }
     }

@@ -26,7 +26,7 @@ toml::table read_toml(const std::string &path, std::string_view expected);
 toml::table parse_toml(std::string_view text, const std::string &path);
 
 /* A value as the file shows it. */
-std::string shown(const toml::node &node);
+std::string literal(const toml::node &node);
 
 /* The lowest and highest number that a key takes. */
 struct number_range {

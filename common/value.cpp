@@ -54,10 +54,10 @@ double value::number() const
 
 std::string value::text() const
 {
-    return is_text() ? std::get<std::string>(content_) : is_empty() ? "" : shown();
+    return is_text() ? std::get<std::string>(content_) : is_empty() ? "" : json_text();
 }
 
-std::string value::shown() const
+std::string value::json_text() const
 {
     return json().dump();
 }

@@ -37,7 +37,7 @@ class value
     /* A text as it is, a number as JSON writes it, true or false; empty for nothing. */
     std::string text() const;
     /* As JSON writes it: a text in quotes, null for nothing. */
-    std::string shown() const;
+    std::string json_text() const;
 
     std::partial_ordering operator<=>(const value &other) const;
     bool operator==(const value &other) const;

@@ -72,7 +72,7 @@ static CLI::App *add_subcommand(CLI::App &app, const command &row)
     return parent->add_subcommand(name.substr(blank + 1), row.help);
 }
 
-static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_subcommand &subcommand, invocation &call)
+static void add_requests(CLI::App &app, std::deque<request> &requests, subcommand_choice &subcommand, invocation &call)
 {
     for (const command &row : commands()) {
         request &sent = requests.emplace_back(empty_request(row));
@@ -91,7 +91,7 @@ static void add_requests(CLI::App &app, std::deque<request> &requests, chosen_su
     }
 }
 
-static void add_tools(CLI::App &app, chosen_subcommand &subcommand, invocation &call)
+static void add_tools(CLI::App &app, subcommand_choice &subcommand, invocation &call)
 {
     for (const tool &entry : tools()) {
         CLI::App *sub = app.add_subcommand(entry.name, entry.help);
@@ -134,7 +134,7 @@ static std::string help_of(CLI::App &app)
     return text;
 }
 
-static void parse(CLI::App &app, int argc, char **argv, const chosen_subcommand &subcommand, invocation &call)
+static void parse(CLI::App &app, int argc, char **argv, const subcommand_choice &subcommand, invocation &call)
 {
     try {
         app.parse(argc, argv);
@@ -181,7 +181,7 @@ invocation read_command_line(int argc, char **argv)
     for (const char *word : std::span(argv, static_cast<size_t>(argc)))
         call.chosen.command_line += (call.chosen.command_line.empty() ? "" : " ") + quoted(word);
     std::deque<request> requests;
-    chosen_subcommand subcommand;
+    subcommand_choice subcommand;
     add_requests(app, requests, subcommand, call);
     add_tools(app, subcommand, call);
     try {

@@ -49,7 +49,7 @@ std::span<const tool> tools();
 invocation read_command_line(int argc, char **argv);
 
 /* The subcommand that was given; all null while there is none. */
-struct chosen_subcommand {
+struct subcommand_choice {
     const CLI::App *sub = nullptr;
     const char *name = nullptr;
     const command *row = nullptr; /* null for a tool */
@@ -57,10 +57,10 @@ struct chosen_subcommand {
 
 /* What to say to a command line that cannot be read, all in misuse.cpp. The first argument that nothing took: a
  * subcommand's name, an option's, or one argument too many. */
-std::string explain_extra(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand);
+std::string explain_extra(const std::string &word, const CLI::App &app, const subcommand_choice &subcommand);
 
 /* What the parser says of an option, with the values that it takes. */
-std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &subcommand);
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const subcommand_choice &subcommand);
 
 /* That a subcommand is missing, or one of its own. */
 std::string explain_nothing(const CLI::App &app);

@@ -74,7 +74,7 @@ static names option_names(const CLI::App &app, const CLI::App *sub)
     return list;
 }
 
-static std::string explain_option(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand)
+static std::string explain_option(const std::string &word, const CLI::App &app, const subcommand_choice &subcommand)
 {
     constexpr size_t most_named = 3;
     const std::string name = word.substr(0, word.find('='));
@@ -89,7 +89,7 @@ static std::string explain_option(const std::string &word, const CLI::App &app, 
                        subcommand.name ? fmt::format(", not to {}", subcommand.name) : "; no subcommand given");
 }
 
-std::string explain_extra(const std::string &word, const CLI::App &app, const chosen_subcommand &subcommand)
+std::string explain_extra(const std::string &word, const CLI::App &app, const subcommand_choice &subcommand)
 {
     if (word.starts_with("-"))
         return explain_option(word, app, subcommand);
@@ -102,7 +102,7 @@ std::string explain_extra(const std::string &word, const CLI::App &app, const ch
 
 /* The option that an error is about, by the name in front of its text: the parser's exceptions tell it nowhere else. */
 static const CLI::Option *option_at_fault(const CLI::ParseError &error, const CLI::App &app,
-                                          const chosen_subcommand &subcommand)
+                                          const subcommand_choice &subcommand)
 {
     const std::string text = error.what();
     const std::string name = text.substr(0, text.find_first_of(": "));
@@ -114,7 +114,7 @@ static const CLI::Option *option_at_fault(const CLI::ParseError &error, const CL
 }
 
 /* What the subcommand's row says of the option; null for one that it does not have. */
-static const option *row_of(const std::string &name, const chosen_subcommand &subcommand)
+static const option *row_of(const std::string &name, const subcommand_choice &subcommand)
 {
     for (const auto &options :
          {subcommand.row ? subcommand.row->options : std::span<const option>{}, waiting_options()})
@@ -124,7 +124,7 @@ static const option *row_of(const std::string &name, const chosen_subcommand &su
     return nullptr;
 }
 
-std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const chosen_subcommand &subcommand)
+std::string explain_error(const CLI::ParseError &error, const CLI::App &app, const subcommand_choice &subcommand)
 {
     const bool is_count = dynamic_cast<const CLI::ArgumentMismatch *>(&error) != nullptr ||
                           dynamic_cast<const CLI::RequiredError *>(&error) != nullptr ||

@@ -92,7 +92,7 @@ void progress::working(const std::string &done)
 void progress::waiting()
 {
     begun_ = false;
-    notice_.show(waiting_for_service);
+    notice_.show(SERVICE_BUSY);
 }
 
 notice &progress::others()
@@ -113,7 +113,7 @@ static void say_error(const std::string &subcommand, const std::string &sentence
 static patience patience_for(const request &sent)
 {
     patience allowed{};
-    if (const auto value = own_value(sent, busy_timeout_option.name))
+    if (const auto value = own_value(sent, BUSY_TIMEOUT_OPTION.name))
         allowed.for_service = in_ms(*value);
     if (const auto value = own_value(sent, "--timeout"))
         allowed.for_reply = in_ms(*value);
@@ -123,13 +123,13 @@ static patience patience_for(const request &sent)
 /* Nothing else is at the service meanwhile. */
 static outcome carry_out(const invocation &call)
 {
-    progress shown(*call.row, !call.chosen.no_progress);
+    progress display(*call.row, !call.chosen.no_progress);
     watch_signals(signal_policy::note);
     const service_lock alone({call.chosen.directory, fmt::format("request {}", call.row->name), may_share(*call.row),
                               own_value(call.sent, "--wait").has_value()},
-                             shown.others());
+                             display.others());
     return carry_out(*call.row, call.sent, call.chosen.directory, patience_for(call.sent),
-                     {[&](const std::string &done) { shown.working(done); }, [&] { shown.waiting(); }});
+                     {[&](const std::string &done) { display.working(done); }, [&] { display.waiting(); }});
 }
 
 /* Asks before a request that is not to be sent by mistake. */

@@ -31,7 +31,7 @@ static std::vector<size_t> widths_of(const outcome &unit)
         const char *heading = unit.columns[i].heading;
         size_t width = heading == nullptr ? 0 : std::strlen(heading);
         for (const port_outcome &port : unit.ports)
-            width = heading == nullptr ? 0 : std::max(width, port.cells[i].shown.size());
+            width = heading == nullptr ? 0 : std::max(width, port.cells[i].display.size());
         widths.push_back(width);
     }
     return widths;
@@ -48,7 +48,7 @@ static std::string port_list(const outcome &unit, bool colour, size_t columns)
         for (size_t i = 0; i < unit.columns.size(); i++)
             if (unit.columns[i].heading != nullptr)
                 values +=
-                    fmt::format("{}{} {}", values.empty() ? "" : ", ", unit.columns[i].heading, port.cells[i].shown);
+                    fmt::format("{}{} {}", values.empty() ? "" : ", ", unit.columns[i].heading, port.cells[i].display);
         for (const std::string &line : {values, port.reason})
             if (!line.empty())
                 text += std::string(indent, ' ') + common::wrapped(line, indent, columns) + "\n";
@@ -78,7 +78,7 @@ static std::string port_table(const outcome &unit, bool colour, size_t columns)
         text += fmt::format("{:>{}}  {}", port.port, first_width, verdict_word(port.verdict, alone ? 0 : 10, colour));
         for (size_t i = 0; i < widths.size(); i++)
             if (widths[i] > 0)
-                text += fmt::format("  {:>{}}", port.cells[i].shown, widths[i]);
+                text += fmt::format("  {:>{}}", port.cells[i].display, widths[i]);
         const size_t indent = below ? first_width + 2 : reason_column;
         if (!port.reason.empty())
             text += (below ? "\n" + std::string(indent, ' ') : "  ") + common::wrapped(port.reason, indent, columns);

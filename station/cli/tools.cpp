@@ -61,7 +61,7 @@ static tool_run add_plan(CLI::App &sub)
     add_flag(sub, "--stop-on-fail", job->stop_on_fail, "skip all steps after one that fails");
     add_flag(sub, "--no-input", job->no_input, "ask for nothing");
     add_seconds(sub, GRACE_OPTION, job->grace_s);
-    add_seconds(sub, busy_timeout_option, job->busy_timeout_s);
+    add_seconds(sub, BUSY_TIMEOUT_OPTION, job->busy_timeout_s);
     add_flag(sub, "--wait", job->wait, "wait for another station that is at this service");
     return [job](const settings &chosen) {
         job->json = chosen.json;

@@ -61,7 +61,7 @@ void console::begin(size_t number, int64_t attempt)
 void console::wait()
 {
     start_ = std::chrono::steady_clock::now();
-    others_.show(station::waiting_for_service);
+    others_.show(station::SERVICE_BUSY);
 }
 
 /* A step's part of the bar: what is not known counts little, but is there. */

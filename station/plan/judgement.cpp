@@ -56,7 +56,7 @@ static std::string expectation(const value_limit &bounds)
     for (const auto &[words, bound] :
          {std::pair{"at least ", &bounds.least}, {"at most ", &bounds.most}, {"", &bounds.equal}})
         if (!bound->is_empty())
-            text += fmt::format("{}{}{}", text.empty() ? "" : " and ", words, bound->shown());
+            text += fmt::format("{}{}{}", text.empty() ? "" : " and ", words, bound->json_text());
     return text;
 }
 
@@ -70,9 +70,9 @@ static check check_limit(const value_limit &bounds, const value &measured, verdi
     } else if (measured.is_empty() || !within(bounds, measured)) {
         const std::string unit = bounds.unit.empty() ? "" : " " + bounds.unit;
         result.verdict = verdict::fail;
-        result.sentence =
-            fmt::format("{} {}; expected {}.", bounds.value,
-                        measured.is_empty() ? "has no value" : "is " + measured.shown() + unit, expectation(bounds));
+        result.sentence = fmt::format("{} {}; expected {}.", bounds.value,
+                                      measured.is_empty() ? "has no value" : "is " + measured.json_text() + unit,
+                                      expectation(bounds));
     }
     return result;
 }

@@ -20,7 +20,7 @@ static std::string joined(const std::vector<value> &list)
 {
     std::string text;
     for (const value &entry : list)
-        text += (text.empty() ? "" : ",") + entry.shown();
+        text += (text.empty() ? "" : ",") + entry.json_text();
     return text;
 }
 
@@ -72,7 +72,7 @@ static value_limit read_limit(const std::string &file, const std::string &name, 
             *into = bound_from(*node);
             const bool ordered = into != &bounds.equal;
             if (into->is_empty() || (ordered && !into->is_number()))
-                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, common::shown(*node),
+                reader.fail(key, fmt::format("{} is {}, expected a number{}", key, common::literal(*node),
                                              ordered ? "" : " or a text"));
         }
     if (!bounds.least.is_empty() && !bounds.most.is_empty() && bounds.least > bounds.most)
@@ -93,7 +93,7 @@ void read_limits(const std::string &file, const toml::table &table, step &into)
     for (const auto &[key, node] : table) {
         if (!node.is_table())
             reader.fail_at(node, fmt::format("{} is {}, expected limits such as {{ min = 1, max = 5 }}", key.str(),
-                                             common::shown(node)));
+                                             common::literal(node)));
         into.limits.push_back(read_limit(file, std::string(key.str()), *node.as_table()));
     }
 }

@@ -95,7 +95,7 @@ void runner::show_working(const std::string &id, const step &task, const std::st
 void runner::show_waiting(const std::string &id)
 {
     if (!waiting_)
-        journal_.log(id, station::waiting_for_service);
+        journal_.log(id, station::SERVICE_BUSY);
     waiting_ = true;
     console_.wait();
 }

@@ -75,7 +75,7 @@ static void set_option(const common::toml_reader &reader, const option &field, c
     const auto value = option_text(field, node);
     const std::string name = station::member_name(field.name);
     if (!value)
-        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, common::shown(node),
+        reader.fail_at(node, fmt::format("{} is {}, expected {}", name, common::literal(node),
                                          field.values == arity::flag  ? "true or false"
                                          : field.values == arity::any ? "a text"
                                                                       : "a number or a text"));

@@ -136,9 +136,9 @@ static void add_units(history &runs, std::vector<past_run> all)
             continue;
         const bool passed = decisive.front()->passed;
         runs.judged_units++;
-        runs.passed_first += passed ? 1 : 0;
-        runs.passed_first_by_retry += passed && decisive.front()->needed_retry ? 1 : 0;
-        runs.passed_last += decisive.back()->passed ? 1 : 0;
+        runs.first_passes += passed ? 1 : 0;
+        runs.first_passes_by_retry += passed && decisive.front()->needed_retry ? 1 : 0;
+        runs.final_passes += decisive.back()->passed ? 1 : 0;
     }
 }
 

@@ -64,9 +64,9 @@ struct history {
     std::array<size_t, common::RUN_RESULTS> by_result = {}; /* indexed by common::run_result */
     size_t partial = 0;                                     /* runs */
     size_t judged_units = 0;                                /* with a run that came to a verdict */
-    size_t passed_first = 0;                                /* whose first such run passed */
-    size_t passed_first_by_retry = 0;                       /* of these, only because a step was tried again */
-    size_t passed_last = 0;                                 /* whose last such run passed */
+    size_t first_passes = 0;                                /* whose first such run passed */
+    size_t first_passes_by_retry = 0;                       /* of these, only because a step was tried again */
+    size_t final_passes = 0;                                /* whose last such run passed */
     std::vector<failure_reason> reasons = {};               /* the most frequent first */
     std::vector<failing_port> ports = {};                   /* the most frequent first */
     std::vector<double> seconds = {};      /* of whole runs that ended PASS or FAIL, in ascending order */

@@ -45,11 +45,11 @@ static std::string yield_text(const history &runs)
         return fmt::format("{:<17} {:5.1f} %  {} of {}", name, percent(passed, runs.judged_units), passed,
                            counted(runs.judged_units, "unit"));
     };
-    std::string first = line("First-pass yield", runs.passed_first);
-    if (runs.passed_first_by_retry > 0)
-        first += fmt::format(", {} only by trying a step again", runs.passed_first_by_retry);
+    std::string first = line("First-pass yield", runs.first_passes);
+    if (runs.first_passes_by_retry > 0)
+        first += fmt::format(", {} only by trying a step again", runs.first_passes_by_retry);
     return first + fmt::format("\n{:17} first run of each unit that came to a verdict\n", "") +
-           line("After all runs", runs.passed_last) + "\n";
+           line("After all runs", runs.final_passes) + "\n";
 }
 
 static std::string partial_text(const history &runs)
@@ -164,9 +164,9 @@ std::string history_json(const history &runs)
     for (size_t i = 0; i < runs.by_result.size(); i++)
         object["results"][word_of(static_cast<common::run_result>(i))] = runs.by_result[i];
     if (runs.judged_units > 0) {
-        object["first_pass"] = yield_json(runs.passed_first, runs.judged_units);
-        object["first_pass"]["by_retry"] = runs.passed_first_by_retry;
-        object["after_all_runs"] = yield_json(runs.passed_last, runs.judged_units);
+        object["first_pass"] = yield_json(runs.first_passes, runs.judged_units);
+        object["first_pass"]["by_retry"] = runs.first_passes_by_retry;
+        object["after_all_runs"] = yield_json(runs.final_passes, runs.judged_units);
     }
     if (!runs.seconds.empty())
         object["seconds"] = {

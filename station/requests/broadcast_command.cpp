@@ -13,7 +13,7 @@ namespace station
 {
 
 static const option OPTIONS[] = {
-    unit_option,
+    UNIT_OPTION,
     {.name = "--fcs-limit",
      .help = "FCS errors that a port may have, 0 if not given",
      .set = set_own_number,
@@ -21,7 +21,7 @@ static const option OPTIONS[] = {
      .judges_unasked = true},
 };
 
-constinit const std::span<const option> broadcast_options{OPTIONS};
+constinit const std::span<const option> BROADCAST_OPTIONS{OPTIONS};
 
 static constexpr code_sentence RESULTS[] = {
     {FACMSG_BROADCAST_PASS, ""},

@@ -184,12 +184,12 @@ static void check_echo(const command &row, const request &sent, const std::vecto
 }
 
 outcome carry_out(const command &row, const request &task, const std::string &directory, const patience &allowed,
-                  const audience &shown)
+                  const audience &listener)
 {
     patience left = allowed;
     const sender send = [&](const request &part, const std::string &done) {
         const socket_file before;
-        const exchanged result = exchange(part, left, {[&] { shown.working(done); }, shown.waiting});
+        const exchanged result = exchange(part, left, {[&] { listener.working(done); }, listener.waiting});
         if (result.end == exchange_end::failed) {
             const reason why = why_no_reply(part, directory, before, result);
             throw no_reply(exit_code::no_verdict, why.symptom, why.sentence);

@@ -33,7 +33,7 @@ struct audience {
 /* To be called in the service's directory, which is shown as `directory`. allowed is for all parts of a transfer
  * together. Throws no_reply. */
 outcome carry_out(const command &row, const request &task, const std::string &directory, const patience &allowed,
-                  const audience &shown);
+                  const audience &listener);
 
 /* The outcome of a reply that is all zeros, without sending anything: shows which values there are to judge, and throws
  * usage_error when the options do not fit together. */

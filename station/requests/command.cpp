@@ -34,10 +34,8 @@ std::string allowed_values(const option &field)
     std::string names;
     for (const choice &entry : field.choices)
         names += fmt::format("{}{}", names.empty() ? "" : ", ", entry.name);
-    const auto shown = [&](int64_t number) {
-        return field.hex ? fmt::format("{:#x}", number) : std::to_string(number);
-    };
-    return fmt::format("{}{}{} to {}{}", names, names.empty() ? "" : " or ", shown(field.least), shown(field.most),
+    const auto text = [&](int64_t number) { return field.hex ? fmt::format("{:#x}", number) : std::to_string(number); };
+    return fmt::format("{}{}{} to {}{}", names, names.empty() ? "" : " or ", text(field.least), text(field.most),
                        field.multiple > 1 ? fmt::format(", a multiple of {}", field.multiple) : "");
 }
 

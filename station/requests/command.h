@@ -144,7 +144,7 @@ template <class Record> Record record_of(const std::vector<uint8_t> &payload)
 
 /* Of requests and plans alike. A PoE test with failing ports may last 18 minutes, most requests a tenth of that. */
 inline constexpr int64_t busy_timeout_s = 600;
-inline constexpr option busy_timeout_option{
+inline constexpr option BUSY_TIMEOUT_OPTION{
     .name = "--busy-timeout",
     .help = "seconds to wait for a service that is at work for somebody else, 600 if not given",
     .least = 1,
@@ -152,7 +152,7 @@ inline constexpr option busy_timeout_option{
     .set = set_own_number};
 
 /* The unit word lies at the same place in every record that has one. */
-inline constexpr option unit_option{.name = "--unit", .help = "switch unit", .offset = 4};
+inline constexpr option UNIT_OPTION{.name = "--unit", .help = "switch unit", .offset = 4};
 
 } // namespace station
 

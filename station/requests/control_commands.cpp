@@ -18,7 +18,7 @@ static constexpr std::array<option, 1> LEVEL_FIELDS{{
      .most = std::numeric_limits<int32_t>::max()},
 }};
 
-constinit const std::span<const option> level_options{LEVEL_FIELDS};
+constinit const std::span<const option> LEVEL_OPTIONS{LEVEL_FIELDS};
 
 /* status is 0 for done and -1 for a driver that cannot; done and refused are the sentences for them. */
 static outcome judge_status(int32_t status, const std::string &done, const std::string &refused)
@@ -61,7 +61,7 @@ static const option UPGRADE_FIELDS[] = {
     {.name = "--yes", .help = "do not ask before it starts", .values = arity::flag, .set = set_own},
 };
 
-constinit const std::span<const option> poe_upgrade_options{UPGRADE_FIELDS};
+constinit const std::span<const option> POE_UPGRADE_OPTIONS{UPGRADE_FIELDS};
 
 static outcome judge_result(uint32_t result, const std::string &done, const char *failed)
 {

@@ -81,7 +81,7 @@ client_call::client_call(const request &sent) : job_(std::make_shared<transfer>(
         std::vector<uint8_t> &payload = job->sent.payload;
         job->status = facmsg_client_send(job->sent.type, static_cast<uint32_t>(payload.size()), payload.data(), 1);
         job->done = true;
-        pthread_kill(waiter, wake_up);
+        pthread_kill(waiter, WAKE_UP);
     });
 }
 
@@ -165,7 +165,7 @@ static std::optional<exchange_end> end_of_patience(const course &run, const pati
     return std::nullopt;
 }
 
-exchanged exchange(const request &sent, const patience &allowed, const onlooker &shown)
+exchanged exchange(const request &sent, const patience &allowed, const onlooker &listener)
 {
     constexpr milliseconds tick_interval{200};
     constexpr milliseconds first_interval{20}; /* a request is begun sooner than anybody reads */
@@ -173,7 +173,7 @@ exchanged exchange(const request &sent, const patience &allowed, const onlooker 
     client_call call(sent);
     for (bool first = true; !call.done(); first = false) {
         run.look(call);
-        (run.behind_others() ? shown.waiting : shown.working)();
+        (run.behind_others() ? listener.waiting : listener.working)();
         /* Looked at before a last wait: after a pause of this process the reply may be there already. */
         const auto end = end_of_patience(run, allowed);
         wait_for_wake_up(first ? first_interval : tick_interval);
@@ -182,7 +182,7 @@ exchanged exchange(const request &sent, const patience &allowed, const onlooker 
     }
     if (call.replied()) {
         run.look(call);
-        shown.working();
+        listener.working();
     }
     return {call.replied() ? exchange_end::replied : exchange_end::failed,
             call.was_connected(),

@@ -41,7 +41,7 @@ struct exchanged {
 
 /* Sends the request and waits for the reply. The waiting may end before the reply, the service's work does not. Signals
  * have to be watched (interruption.h). */
-exchanged exchange(const request &sent, const patience &allowed, const onlooker &shown);
+exchanged exchange(const request &sent, const patience &allowed, const onlooker &listener);
 
 } // namespace station
 

@@ -101,8 +101,8 @@ static const option READ_OPTIONS[] = {
     PRODUCT_OPTION,
 };
 
-constinit const std::span<const option> fpga_write_options{WRITE_OPTIONS};
-constinit const std::span<const option> fpga_read_options{READ_OPTIONS};
+constinit const std::span<const option> FPGA_WRITE_OPTIONS{WRITE_OPTIONS};
+constinit const std::span<const option> FPGA_READ_OPTIONS{READ_OPTIONS};
 
 static void check_range(uint32_t start, size_t size)
 {

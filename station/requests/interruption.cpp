@@ -30,9 +30,9 @@ static std::atomic<clock::rep> noted_time = 0;
     _exit(128 + number);
 }
 
-static void take_signals(sigset_t taken, pthread_t woken)
+static void take_signals(sigset_t signals, pthread_t woken)
 {
-    for (int number = 0; sigwait(&taken, &number) == 0;) {
+    for (int number = 0; sigwait(&signals, &number) == 0;) {
         const auto now = clock::now();
         if (leave_at_once || (noted != 0 && now >= noted_at() + ONE_INTERRUPTION))
             leave(number);
@@ -40,7 +40,7 @@ static void take_signals(sigset_t taken, pthread_t woken)
             continue;
         noted_time = now.time_since_epoch().count();
         noted = number;
-        pthread_kill(woken, wake_up);
+        pthread_kill(woken, WAKE_UP);
     }
 }
 
@@ -58,16 +58,16 @@ void watch_signals(signal_policy policy)
     if (watched)
         return;
     watched = true;
-    sigset_t taken;
-    sigemptyset(&taken);
-    sigaddset(&taken, wake_up); /* blocked too: it may come when nobody waits for it */
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, WAKE_UP); /* blocked too: it may come when nobody waits for it */
     for (const int number : {SIGINT, SIGQUIT, SIGTERM})
-        sigaddset(&taken, number);
+        sigaddset(&signals, number);
     if (!is_ignored(SIGHUP))
-        sigaddset(&taken, SIGHUP);
-    pthread_sigmask(SIG_BLOCK, &taken, nullptr);
-    sigdelset(&taken, wake_up);
-    std::thread(take_signals, taken, pthread_self()).detach();
+        sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    sigdelset(&signals, WAKE_UP);
+    std::thread(take_signals, signals, pthread_self()).detach();
 }
 
 open_line::open_line()
@@ -102,7 +102,7 @@ void wait_for_wake_up(std::chrono::milliseconds most)
                          static_cast<long>(std::chrono::nanoseconds(most - whole_s).count())};
     sigset_t waited;
     sigemptyset(&waited);
-    sigaddset(&waited, wake_up);
+    sigaddset(&waited, WAKE_UP);
     sigtimedwait(&waited, nullptr, &limit);
 }
 

@@ -19,7 +19,7 @@ enum class signal_policy {
 };
 
 /* Blocked in the thread that watches, and sent to it when a signal was noted. */
-constexpr int wake_up = SIGUSR1;
+constexpr int WAKE_UP = SIGUSR1;
 
 /* What the signals do from now on. A program that they end has the exit code 128 and the signal's number. A SIGHUP that
  * was ignored when the program started stays ignored. To be called before other threads are started, and by the thread

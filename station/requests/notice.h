@@ -13,7 +13,7 @@ namespace station
 {
 
 /* Said, and logged, while a request lies at the service and is not begun. */
-constexpr const char *waiting_for_service = "waiting for the service: it is still at work for somebody else";
+constexpr const char *SERVICE_BUSY = "waiting for the service: it is still at work for somebody else";
 
 class notice
 {

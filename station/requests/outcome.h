@@ -23,7 +23,7 @@ using common::verdict;
 /* A word about a port beside its verdict. */
 struct cell {
     common::value value;
-    std::string shown = value.shown();
+    std::string display = value.json_text();
 };
 
 struct column {

@@ -17,7 +17,7 @@ namespace station
 {
 
 static const option OPTIONS[] = {
-    unit_option,
+    UNIT_OPTION,
     {.name = "--any-speed",
      .help = "test ports of any speed, at the speed they have",
      .values = arity::flag,
@@ -27,7 +27,7 @@ static const option OPTIONS[] = {
      .offset = offsetof(packet_test_record, speed),
      .initial = 3,
      .most = 255,
-     .choices = speed_names,
+     .choices = SPEED_NAMES,
      .not_beside = "--any-speed"},
     {.name = "--duplex",
      .help = "duplex code",
@@ -40,11 +40,11 @@ static const option OPTIONS[] = {
      .offset = offsetof(packet_test_record, medium),
      .initial = FACMSG_MEDIUM_COPPER,
      .most = FACMSG_MEDIUM_FIBER,
-     .choices = medium_names,
+     .choices = MEDIUM_NAMES,
      .not_beside = "--any-speed"},
 };
 
-constinit const std::span<const option> packet_options{OPTIONS};
+constinit const std::span<const option> PACKET_OPTIONS{OPTIONS};
 
 static constexpr code_sentence RESULTS[] = {
     {FACMSG_PACKET_PASS, ""},
@@ -89,8 +89,8 @@ static std::string settings_of(const packet_test_record &settings)
 {
     if (settings.any_speed != 0)
         return "any speed";
-    return fmt::format("speed {}, duplex {}, medium {}", name_of(speed_names, settings.speed), settings.duplex,
-                       name_of(medium_names, settings.medium));
+    return fmt::format("speed {}, duplex {}, medium {}", name_of(SPEED_NAMES, settings.speed), settings.duplex,
+                       name_of(MEDIUM_NAMES, settings.medium));
 }
 
 static ending ending_of(std::span<const uint32_t> words)

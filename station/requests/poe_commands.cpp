@@ -13,17 +13,17 @@
 namespace station
 {
 
-static const option OPTIONS[] = {unit_option};
+static const option OPTIONS[] = {UNIT_OPTION};
 static constexpr option CLASSES_OPTION{.name = "--classes",
                                        .help =
                                            "classes that powered devices may have, as in 4,8; not judged if not given",
                                        .values = arity::text,
                                        .most = 254,
                                        .set = set_own_list};
-static const option WITH_CLASSES[] = {unit_option, CLASSES_OPTION};
+static const option WITH_CLASSES[] = {UNIT_OPTION, CLASSES_OPTION};
 
-constinit const std::span<const option> unit_options{OPTIONS};
-constinit const std::span<const option> poe_options{WITH_CLASSES};
+constinit const std::span<const option> UNIT_OPTIONS{OPTIONS};
+constinit const std::span<const option> POE_OPTIONS{WITH_CLASSES};
 
 static constexpr code_sentence RESULTS[] = {
     {FACMSG_POE_PASS, ""},
@@ -144,7 +144,7 @@ outcome decode_poe(const request &sent, const std::vector<uint8_t> &payload)
 }
 
 static const option VOP_FIELDS[] = {
-    unit_option,
+    UNIT_OPTION,
     {.name = "--min",
      .help = "least VOP value that a port may have; not judged if not given",
      .set = set_own_number,
@@ -156,7 +156,7 @@ static const option VOP_FIELDS[] = {
      .limited = "vop_value"},
 };
 
-constinit const std::span<const option> vop_options{VOP_FIELDS};
+constinit const std::span<const option> VOP_OPTIONS{VOP_FIELDS};
 
 static constexpr code_sentence VOP_CODES[] = {
     {0, ""},

@@ -19,8 +19,8 @@ static constexpr std::array<choice, 6> SPEEDS{
 
 static constexpr std::array<choice, 2> MEDIA{{{"copper", FACMSG_MEDIUM_COPPER}, {"fiber", FACMSG_MEDIUM_FIBER}}};
 
-constinit const std::span<const choice> speed_names{SPEEDS};
-constinit const std::span<const choice> medium_names{MEDIA};
+constinit const std::span<const choice> SPEED_NAMES{SPEEDS};
+constinit const std::span<const choice> MEDIUM_NAMES{MEDIA};
 
 /* "0, 1 or 8" */
 static std::string code_list(code_table table)

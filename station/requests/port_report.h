@@ -44,8 +44,8 @@ std::vector<uint32_t> ports_of_bytes(const uint8_t *bytes, uint32_t count);
 void judge_unit(outcome &unit, const std::string &word, bool reported_pass, const std::string &unexplained);
 
 /* Names of speed codes, and of the media. */
-extern const std::span<const choice> speed_names;
-extern const std::span<const choice> medium_names;
+extern const std::span<const choice> SPEED_NAMES;
+extern const std::span<const choice> MEDIUM_NAMES;
 
 } // namespace station
 

@@ -87,7 +87,7 @@ static constexpr std::array<option, 3> OPTIONS{{
     {.name = "--size", .help = "zeros up to this size, the reply's", .most = FACMSG_MAX_PAYLOAD, .set = set_size},
 }};
 
-constinit const std::span<const option> raw_options{OPTIONS};
+constinit const std::span<const option> RAW_OPTIONS{OPTIONS};
 
 outcome decode_raw(const request &sent, const std::vector<uint8_t> &reply)
 {

@@ -90,11 +90,11 @@ static no_reply held(const std::string &directory, const std::string &holder)
 }
 
 /* Waits for who holds the lock, or throws. */
-static void be_patient(const claim &terms, const std::string &holder, notice &shown)
+static void be_patient(const claim &terms, const std::string &holder, notice &message)
 {
     if (!terms.wait)
         throw held(terms.directory, holder);
-    shown.show("waiting for " + holder);
+    message.show("waiting for " + holder);
     if (noted_signal() != 0)
         throw no_reply(noted_code(), "interrupted",
                        fmt::format("interrupted while waiting for {}; nothing was sent", holder));
@@ -109,12 +109,12 @@ static void write_purpose(int fd, const std::string &purpose)
         return; /* the process is known all the same */
 }
 
-service_lock::service_lock(const claim &terms, notice &shown) : service_lock()
+service_lock::service_lock(const claim &terms, notice &message) : service_lock()
 {
-    take(terms, shown);
+    take(terms, message);
 }
 
-void service_lock::take(const claim &terms, notice &shown)
+void service_lock::take(const claim &terms, notice &message)
 {
     if (!is_service_there())
         return;
@@ -123,13 +123,13 @@ void service_lock::take(const claim &terms, notice &shown)
     struct flock lock = whole_file(type);
     while (fd_ < 0 || fcntl(fd_, F_SETLK, &lock) != 0) {
         if (fd_ < 0 || (errno != EACCES && errno != EAGAIN))
-            return shown.say(fmt::format("{} cannot be locked ({}), so nothing keeps other stations from this service",
+            return message.say(fmt::format("{} cannot be locked ({}), so nothing keeps other stations from this service",
                                          LOCK_PATH, std::generic_category().message(errno)));
         const std::string holder = holder_of(fd_, type);
         if (!holder.empty())
-            be_patient(terms, holder, shown);
+            be_patient(terms, holder, message);
     }
-    shown.clear();
+    message.clear();
     write_purpose(fd_, terms.purpose);
 }
 

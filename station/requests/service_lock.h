@@ -27,14 +27,14 @@ class service_lock
     /* To be called in the service's directory, with signals watched (interruption.h). Throws no_reply when somebody
      * else holds the lock, or when a signal ends the waiting. A folder in which no lock can be made is told, and keeps
      * nobody from working. */
-    service_lock(const claim &terms, notice &shown);
+    service_lock(const claim &terms, notice &message);
     ~service_lock();
     service_lock(const service_lock &) = delete;
     service_lock &operator=(const service_lock &) = delete;
 
   private:
     service_lock() = default;
-    void take(const claim &terms, notice &shown);
+    void take(const claim &terms, notice &message);
 
     int fd_ = -1; /* -1: there is none */
 };

@@ -14,9 +14,9 @@
 namespace station
 {
 
-static const option OPTIONS[] = {unit_option, ports_option};
+static const option OPTIONS[] = {UNIT_OPTION, PORTS_OPTION};
 
-const std::span<const option> stress_options{OPTIONS};
+const std::span<const option> STRESS_OPTIONS{OPTIONS};
 
 static constexpr code_sentence STAGES[] = {
     {FACMSG_STAGE_PASSED, ""},
@@ -79,10 +79,10 @@ static void add_speeds(outcome &unit, const speed_choice &codes)
     unit.members.push_back(
         {"speed_codes",
          std::vector<member>{{"copper", codes.copper}, {"extended_copper", codes.ex_copper}, {"fiber", codes.fiber}}});
-    unit.title += fmt::format(": copper {}", name_of(speed_names, codes.copper));
+    unit.title += fmt::format(": copper {}", name_of(SPEED_NAMES, codes.copper));
     if (codes.ex_copper != 255)
-        unit.title += fmt::format(", extended copper {}", name_of(speed_names, codes.ex_copper));
-    unit.title += fmt::format(", fiber {}", name_of(speed_names, codes.fiber));
+        unit.title += fmt::format(", extended copper {}", name_of(SPEED_NAMES, codes.ex_copper));
+    unit.title += fmt::format(", fiber {}", name_of(SPEED_NAMES, codes.fiber));
 }
 
 outcome decode_flow(const request &sent, const std::vector<uint8_t> &payload)
@@ -133,15 +133,15 @@ outcome decode_serpentine(const request &sent, const std::vector<uint8_t> &paylo
 /* The PRBS run of the fiber ports. What a status word means is the driver's matter, so it is judged only against a word
  * that is known to be good. */
 static const option PRBS_FIELDS[] = {
-    unit_option,
-    ports_option,
+    UNIT_OPTION,
+    PORTS_OPTION,
     {.name = "--good-status",
      .help = "status word of a good port, hexadecimal; without it nothing is judged",
      .hex = true,
      .set = set_own_number},
 };
 
-const std::span<const option> prbs_options{PRBS_FIELDS};
+const std::span<const option> PRBS_OPTIONS{PRBS_FIELDS};
 
 static constexpr code_sentence PRBS_STAGES[] = {
     {0, ""},

@@ -12,7 +12,7 @@
 namespace station
 {
 
-const option ports_option{.name = "--ports",
+const option PORTS_OPTION{.name = "--ports",
                           .help = "names of the ports that the reply lists by position, as in 1-24,27",
                           .values = arity::text,
                           .least = 1,
@@ -66,7 +66,7 @@ static void add_rows(outcome &unit, const stress_kind &kind, const stress_head &
 outcome judge_stress(const request &sent, const stress_kind &kind, const stress_head &head,
                      const std::function<void(port_outcome &row, uint32_t position)> &judge_entry)
 {
-    const std::vector<uint32_t> names = parse_list(ports_option, own_value(sent, "--ports").value_or(""));
+    const std::vector<uint32_t> names = parse_list(PORTS_OPTION, own_value(sent, "--ports").value_or(""));
     const char *stage = sentence_of(kind.stages, head.fail_stage);
     outcome unit{.title = fmt::format("{} of unit {}", kind.title, head.unit),
                  .result = head.result,

@@ -29,7 +29,7 @@ struct stress_head {
 };
 
 /* Names the ports of the reply, which has positions only: an ascending list as in 1-24,27. */
-extern const option ports_option;
+extern const option PORTS_OPTION;
 
 /* Judges a reply. judge_entry fills the row of the port at a position, counted from 0. */
 outcome judge_stress(const request &sent, const stress_kind &kind, const stress_head &head,

@@ -12,15 +12,15 @@ namespace station
 {
 
 static const option OPTIONS[] = {
-    unit_option,
+    UNIT_OPTION,
     {.name = "--speed",
      .help = "speed to set",
      .offset = offsetof(switch_test_record, setting),
      .initial = 4,
-     .choices = speed_names},
+     .choices = SPEED_NAMES},
 };
 
-constinit const std::span<const option> switch_speed_options{OPTIONS};
+constinit const std::span<const option> SWITCH_SPEED_OPTIONS{OPTIONS};
 
 static constexpr code_sentence RESULTS[] = {
     {FACMSG_SWITCH_PASS, ""},
@@ -66,7 +66,7 @@ outcome decode_switch_speed(const request &sent, const std::vector<uint8_t> &pay
     const auto settings = record_of<switch_test_record>(sent.payload);
     return decode_switch(record_of<switch_test_record>(payload),
                          fmt::format("Speed of the 1G/10G ports of unit {} set to {}", settings.unit,
-                                     name_of(speed_names, settings.setting)));
+                                     name_of(SPEED_NAMES, settings.setting)));
 }
 
 outcome decode_switch_medium(const request &sent, const std::vector<uint8_t> &payload)
@@ -75,7 +75,7 @@ outcome decode_switch_medium(const request &sent, const std::vector<uint8_t> &pa
     outcome unit = decode_switch(reply, fmt::format("Medium of the combo ports of unit {} changed over",
                                                     record_of<switch_test_record>(sent.payload).unit));
     if (unit.verdict == verdict::pass)
-        unit.summary += fmt::format("; the last one's medium is now {}", name_of(medium_names, reply.setting));
+        unit.summary += fmt::format("; the last one's medium is now {}", name_of(MEDIUM_NAMES, reply.setting));
     return unit;
 }
 
