@@ -132,10 +132,11 @@ TEST(requests, stages_have_their_sentences)
         {10, "a port's PHY loopback could not be set"},
         {11, "a port's PHY loopback could not be restored"},
     };
-    for (const auto &[stage, sentence] : stages) {
-        const responder reply = reply_of<ess_flow_reply>(0, [&](auto &record) { stopped(record).fail_stage = stage; });
+    for (const auto &c : stages) {
+        const responder reply =
+            reply_of<ess_flow_reply>(0, [&](auto &record) { stopped(record).fail_stage = c.first; });
         const finished end = fake_service(reply).run({"flow", "--json"});
-        const std::string summary = "stopped at stage " + std::to_string(stage) + ": " + sentence + "; 2 ports ";
+        const std::string summary = "stopped at stage " + std::to_string(c.first) + ": " + c.second + "; 2 ports ";
         EXPECT_NE(end.out.find(summary), std::string::npos) << end;
         EXPECT_EQ(letters_of(end), "TT");
         EXPECT_EQ(end.code, 1);
@@ -160,16 +161,16 @@ TEST(requests, packet_codes_mean_what_the_end_of_the_test_makes_of_them)
         {{3, 2}, 3, "VF", "port 1: Code 3 makes no sense here"},
         {{2, 0}, 3, "VP", "port 1: Code 2 makes no sense here"},
     };
-    for (const auto &[codes, exit_code, verdicts, sentence] : cases) {
+    for (const auto &c : cases) {
         const responder reply = reply_of<packet_test_record>(0, [&](packet_test_record &record) {
-            all_passed(record, static_cast<uint32_t>(codes.size())).result = FACMSG_PACKET_FAIL;
-            for (size_t i = 0; i < codes.size(); i++)
-                record.port_results[i] |= codes[i];
+            all_passed(record, static_cast<uint32_t>(c.codes.size())).result = FACMSG_PACKET_FAIL;
+            for (size_t i = 0; i < c.codes.size(); i++)
+                record.port_results[i] |= c.codes[i];
         });
         const finished end = fake_service(reply).run({"packet", "--json"});
-        EXPECT_EQ(end.code, exit_code) << end;
-        EXPECT_EQ(letters_of(end), verdicts);
-        EXPECT_NE(end.out.find(sentence), std::string::npos) << sentence << "\n" << end;
+        EXPECT_EQ(end.code, c.exit_code) << end;
+        EXPECT_EQ(letters_of(end), c.verdicts);
+        EXPECT_NE(end.out.find(c.sentence), std::string::npos) << c.sentence << "\n" << end;
     }
 }
 

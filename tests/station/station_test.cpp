@@ -51,14 +51,14 @@ TEST(unreachable, a_host_that_ends_is_told_as_that)
 
 TEST(interruption, and_a_timeout_leave_the_service_to_its_work)
 {
+    const std::string ends[] = {NAME + "packet: no reply within 1 s" + GOES_ON, NAME + "packet: interrupted" + GOES_ON};
     for (const int number : {0, SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
         slow_service service;
         const running_station station({"packet", "--directory", service.folder.path, "--timeout", number ? "60" : "1"});
         service.socket.take_request();
         kill(station.pid, number);
         EXPECT_EQ(wait_for(station.pid), number ? 128 + number : 3);
-        EXPECT_EQ(read_to(station.err, THE_END),
-                  NAME + "packet: " + (number ? "interrupted" : "no reply within 1 s") + GOES_ON);
+        EXPECT_EQ(read_to(station.err, THE_END), ends[number != 0]);
     }
 }
 
