@@ -44,6 +44,6 @@ static void flood(benchmark::State &state)
     state.SetItemsProcessed(static_cast<int64_t>(frames_moved(*board, ports) - before));
 }
 
-BENCHMARK(flood)->Arg(2)->Arg(28)->Arg(256)->Unit(benchmark::kMillisecond);
+BENCHMARK(flood)->Arg(2)->Arg(28)->Arg(52)->Arg(256)->Unit(benchmark::kMillisecond);
 
 BENCHMARK_MAIN();

@@ -5,7 +5,8 @@ foreach(room service packet port_tests poe_tests stress_tests)
 endforeach()
 target_include_directories(facmsg_objects PUBLIC include PRIVATE . include/internal)
 target_compile_options(facmsg_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
-    -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong -g)
+    -fvisibility=hidden -fvisibility-inlines-hidden -fstack-protector-strong -ffunction-sections -fdata-sections -g
+    $<$<CONFIG:Release>:-Os>) # what runs often is small, and nothing else has to be fast
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(facmsg_objects PRIVATE -frecord-gcc-switches) # a test reads how each object was compiled
 endif()
@@ -24,7 +25,7 @@ add_library(facmsg::facmsg ALIAS facmsg)
 target_include_directories(facmsg PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_options(facmsg PRIVATE
-    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/facmsg.map -Wl,-z,relro,-z,now -Wl,-z,noexecstack -Wl,--as-needed -Wl,--gc-sections)
 if(NOT FACMSG_SANITIZE)
     target_link_options(facmsg PRIVATE -Wl,-z,defs)
 endif()

@@ -42,7 +42,7 @@ FACMSG_API extern struct vexa_diag_drv facmsg_vexa_diag_drv;
 
 /* To be called for every frame that the CPU receives, with the receiving port's phy id in *info and the frame from its
  * destination MAC on. Counts test frames per port and keeps the latest FPGA reply; ignores everything else, and also
- * null pointers and frames too short to have a type. Does not keep the pointers, allocate, lock or log.
+ * a null info and frames too short to have a type. Does not keep the pointers, allocate, lock or log.
  * May be called from any number of threads at once. */
 FACMSG_API void vexa_recv_packet(const struct pack_info *info, const uint8_t *frame, uint32_t length);
 

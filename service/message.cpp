@@ -23,7 +23,7 @@ static uint64_t frame_size(uint32_t payload_size)
 static uint8_t *new_frame(uint32_t type, uint32_t payload_size, const void *payload, const char *op)
 {
     const uint64_t size = frame_size(payload_size);
-    const auto frame = static_cast<uint8_t *>(size <= PTRDIFF_MAX ? calloc(1, static_cast<size_t>(size)) : nullptr);
+    const auto frame = static_cast<uint8_t *>(size <= PTRDIFF_MAX ? malloc(static_cast<size_t>(size)) : nullptr);
     if (frame == nullptr) {
         log_as(op, LOG_ERROR, "Allocate memory fail.\n");
         return nullptr;

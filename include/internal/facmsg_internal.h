@@ -33,11 +33,12 @@ inline bool log_enabled(int32_t level)
 
 using drv = vexa_diag_drv;
 
-/* The function in a slot, or null. A host thread may be registering meanwhile, hence the atomic load. */
-template <class F> F slot(F drv::*member)
+/* The function in a slot, or null. A host thread may be registering meanwhile, hence the atomic load; who calls the
+ * function is to see what was written before it was registered. */
+template <class F> F slot(F drv::*member, int order = __ATOMIC_ACQUIRE)
 {
     F function;
-    __atomic_load(&(facmsg_vexa_diag_drv.*member), &function, __ATOMIC_ACQUIRE);
+    __atomic_load(&(facmsg_vexa_diag_drv.*member), &function, order);
     return function;
 }
 
@@ -51,13 +52,13 @@ template <class... P, class... A> int call(int (*drv::*member)(P...), A... argum
 /* Whether the host provides all of these. */
 template <class... F> bool slots_filled(F... members)
 {
-    return (... && (slot(members) != nullptr));
+    return (... && (slot(members, __ATOMIC_RELAXED) != nullptr));
 }
 
 /* A slot as the log shows it with %p. */
 template <class F> void *slot_address(F drv::*member)
 {
-    return reinterpret_cast<void *>(slot(member));
+    return reinterpret_cast<void *>(slot(member, __ATOMIC_RELAXED));
 }
 
 /* ---- Requests ---- */
