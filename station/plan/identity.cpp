@@ -76,7 +76,7 @@ std::string folder_name(const std::string &serial)
         if (!std::isalnum(static_cast<unsigned char>(letter)) && letter != '-' && letter != '.')
             letter = '_';
     if (safe.empty() || safe.front() == '.')
-        safe.insert(0, "_");
+        safe.insert(safe.begin(), '_');
     return fmt::format("{:%Y%m%dT%H%M%SZ}-{}", fmt::gmtime(std::chrono::system_clock::now()), safe);
 }
 
