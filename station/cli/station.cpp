@@ -140,9 +140,9 @@ static void confirm(const invocation &call)
     if (!isatty(STDIN_FILENO))
         throw usage_error(fmt::format("--yes: needed for {} when nobody can be asked", call.row->name));
     watch_signals(signal_policy::leave);
-    std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
     std::string answer;
-    const open_line line;
+    const open_line line; /* before anybody can see it, and interrupt */
+    std::fputs(fmt::format("{} [y/N] ", call.row->question).c_str(), stderr);
     if (!std::getline(std::cin, answer))
         std::fputs("\n", stderr);
     if (answer != "y" && answer != "yes")

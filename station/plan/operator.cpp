@@ -77,9 +77,9 @@ std::optional<std::string> ask(const std::string &question)
     const std::string text =
         common::wrapped(common::printable(question), 0, common::terminal_of(STDERR_FILENO).width - 1);
     tcflush(STDIN_FILENO, TCIFLUSH);
+    const station::open_line question_line;
     std::fputs((text + " ").c_str(), stderr);
     std::fflush(stderr);
-    const station::open_line question_line;
     const auto line = read_line();
     if (!line)
         std::fputs("\n", stderr);

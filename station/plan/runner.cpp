@@ -1,6 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 #include "runner.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 #include "operator.h"
@@ -74,11 +75,12 @@ verdict runner::conclude(const std::string &id, const step &task, int64_t attemp
     again_ = failed && attempt < task.attempts && !interrupted();
     end_attempt(journal_, id, plan_, task, unit, result, again_);
     const bool error = result.verdict == verdict::no_verdict;
+    const bool unexplained =
+        failed && std::ranges::find(result.checks, verdict::fail, &common::check::verdict) == result.checks.end();
     error_ = error_ || error;
     judged_ = judged_ || (failed && !again_) || result.verdict == verdict::pass;
     failed_ = failed_ || (failed && !again_);
-    console_.end(again_ ? verdict::retried : result.verdict,
-                 error || (failed && result.checks.empty()) ? result.summary : "", result.checks);
+    console_.end(again_ ? verdict::retried : result.verdict, error || unexplained ? result.summary : "", result.checks);
     return result.verdict;
 }
 

@@ -83,8 +83,11 @@ outcome decode_fc_report(const request &, const std::vector<uint8_t> &payload)
 {
     const auto reply = record_of<switch_test_record>(payload);
     outcome unit = read_reply(reply, "");
-    if (!unit.summary.empty())
+    unit.columns.clear();
+    if (!unit.summary.empty()) {
+        unit.members = {{"fc_ports", std::vector<common::value>()}}; /* a plan may have a limit on them */
         return unit;
+    }
     unit.verdict = verdict::unjudged;
     const std::vector<uint32_t> ports = ports_of_words(reply.port_results, reply.port_count);
     unit.summary = fmt::format("FC/Ethernet ports: {}; the last one {} speed code 7, 8 or 9", fmt::join(ports, ", "),
@@ -92,7 +95,6 @@ outcome decode_fc_report(const request &, const std::vector<uint8_t> &payload)
     unit.members = {{"fc_ports", std::vector<common::value>(ports.begin(), ports.end())},
                     {"last_offers_speed_7_8_or_9", reply.setting == 0}};
     unit.ports.clear();
-    unit.columns.clear();
     return unit;
 }
 

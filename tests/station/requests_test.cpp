@@ -4,6 +4,7 @@
  */
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include "facmsg_protocol.h"
 #include "programs.h"
@@ -89,12 +90,14 @@ TEST(requests, replies_that_no_board_sends)
         {{"poe"}, [](auto &r) { two_ports(r).result = 1; }, 1, "the service still reports a failure"},
         {{"box-hpoe"}, [](auto &) {}, 3, "no high-power port, so nothing was tested"},
     });
-    expect<poe_mcu_ver_reply>({{{"poe-version"}, [](auto &r) { r.result = 2; }, 3, "the host lacks the function"}});
+    expect<poe_mcu_ver_reply>({{{"poe-version"}, [](auto &r) { r.result = 2; }, 3, "the host lacks the function"},
+                               {{"poe-version"}, [](auto &r) { r.result = 3; }, 3, "is 3; expected 0, 1 or 2"}});
+    expect<debug_level_record>({{{"log-level", "0"}, [](auto &r) { r.status = 1; }, 3, "is 1; expected 0 or -1"}});
     expect<broadcast_test_record>({
         {{"broadcast"},
-         [](auto &r) { r.result = r.port_results[1] = 1, r.port_count = 2; },
+         [](auto &r) { r.result = r.port_results[1] = 1, r.port_results[2] = 7, r.port_count = 3; },
          1,
-         "(1 another link value"},
+         "link 1 (1 another link value than 0) (the\n      status of 1 could"},
         {{"broadcast"}, [](auto &r) { all_passed(r, 1).port_results[0] |= 7; }, 1, "7           -"},
         {{"broadcast"}, [](auto &r) { *all_passed(r, 1).fcs_counts = 1ull << 40; }, 1, "1099511627776 FCS errors;"},
     });
@@ -117,9 +120,11 @@ TEST(requests, replies_that_no_board_sends)
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)"},
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16"},
     });
-    const responder half = [](const std::string &) { return std::string(8, '\0'); };
-    EXPECT_NE(fake_service(half).run({"packet"}).err.find("did not answer with the expected 1052 bytes"),
-              std::string::npos);
+    for (const auto &c : {std::pair{0, "service took the request but did not answer with the expected 1052 bytes"},
+                          {1'500'000, "closed the connection while the request was at work, 1 s after it began, or"}}) {
+        const responder half = [=](const std::string &) { return usleep(c.first), std::string(8, '\0'); };
+        EXPECT_NE(fake_service(half).run({"packet"}).err.find(c.second), std::string::npos);
+    }
 }
 
 TEST(requests, stages_have_their_sentences)

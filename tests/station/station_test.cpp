@@ -28,7 +28,7 @@ TEST(unreachable, only_its_user_may_connect)
 /* It says nothing about the request or the unit. */
 TEST(unreachable, a_host_that_ends_is_told_as_that)
 {
-    for (const bool begun : {true, false}) {
+    for (const auto &[begun, anew] : {std::pair{true, false}, {false, false}, {true, true}}) {
         const temporary_folder folder;
         auto host = std::make_optional<listener>(folder);
         const running_station station({"factory-mode", "--directory", folder.path});
@@ -39,12 +39,16 @@ TEST(unreachable, a_host_that_ends_is_told_as_that)
         } else {
             shown = read_to(station.err, "f"); /* it waits */
         }
+        std::optional<listener> next;
+        if (anew && std::filesystem::remove(folder.socket()))
+            next.emplace(folder);
         host.reset();
         EXPECT_EQ(wait_for(station.pid), 3);
         shown += read_to(station.err, THE_END);
         const std::string sentence =
             (begun ? "the host ended while the request was at work" : "the host ended before it began the request") +
-            std::string("; nobody listens on tmp/.factory_ssa_socket in directory '") + folder.path + "' any more\n";
+            (anew ? "; it has been started anew since\n"
+                  : "; nobody listens on tmp/.factory_ssa_socket in directory '" + folder.path + "' any more\n");
         EXPECT_TRUE(shown.ends_with(sentence)) << shown;
     }
 }
@@ -95,7 +99,26 @@ TEST(terminal, progress_and_colour_only_where_they_can_be_seen)
 
 TEST(terminal, upgrade_waits_for_a_yes)
 {
-    const finished end = run_on_terminal({"poe-upgrade"}, "n\n");
-    EXPECT_EQ(end.code, 3);
-    EXPECT_NE(end.out.find("not confirmed; nothing was sent"), std::string::npos) << end;
+    const temporary_folder folder;
+    const std::tuple<std::string, int, const char *> cases[] = {
+        {"n\n", 3, " n\r\nfacmsg-station: poe-upgrade: not confirmed; nothing was sent"},
+        {"\x04", 3, " \r\nfacmsg-station: poe-upgrade: not confirmed; nothing was sent"},
+        {"yes\n", 3, "there is no socket"},
+        {END_BY + std::to_string(SIGINT), 130, "[y/N] \r\n"}};
+    for (const auto &[answer, code, sentence] : cases) {
+        const finished end = run_on_terminal({"--directory", folder.path, "poe-upgrade"}, "", {{"[y/N] ", answer}});
+        EXPECT_EQ(end.code, code) << end;
+        EXPECT_NE(end.out.find(sentence), std::string::npos) << end;
+    }
+}
+
+TEST(terminal, shows_how_long_others_are_waited_for)
+{
+    const slow_service busy;
+    const finished end = run_on_terminal({"--directory", busy.folder.path, "packet"}, "",
+                                         {{"packet: waiting, 1 s\r", END_BY + std::to_string(SIGINT)}});
+    EXPECT_EQ(end.code, 130);
+    EXPECT_NE(end.out.find("\r\033[Kfacmsg-station: packet: interrupted; the service had not begun the request yet,"
+                           "\r\n    and will do it once it is free\r\n"),
+              std::string::npos);
 }

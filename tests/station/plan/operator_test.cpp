@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sstream>
+#include <unistd.h>
 
 #include "runs.h"
 
@@ -31,11 +32,17 @@ TEST(plan_operator, is_asked_for_labels_and_no_answer_from_before_counts)
 
 TEST(plan_operator, reads_on_a_narrow_terminal)
 {
-    const simulated_switch healthy("healthy-28");
-    const words line = steps_line(healthy.folder.path, "{request = 'factory-mode'}");
-    const finished run = run_on_terminal(line, "", {{"[........] 1/1 factory-mode  0 s\r", ""}}, 40);
-    for (const words &narrow :
-         {words{"plan", PLANS "/assisted.toml", "--dry-run"}, words{"--help"}, words{"fpga", "write", "--help"}}) {
+    const simulated_switch faulty("healthy-28", "faults = [{kind = 'poe_wrong_class', ports = '13', class = 2}]");
+    const words table{"--directory", faulty.folder.path, "poe", "--classes", "4"};
+    const std::string port = "class 2, overload ok,\r\n      off ok\r\n      Class 2 of the powered";
+    EXPECT_NE(run_on_terminal(table, "", {}, 40).out.find(port), std::string::npos);
+    const fake_service slow([](const std::string &) { return usleep(1'600'000), reply_bytes(10, "\0\0\0", 4); });
+    const words line = steps_line(slow.folder.path, "{request = 'factory-mode'}");
+    const finished run = run_on_terminal(
+        line, "", {{"[........] 1/1 factory-mode  0 s\r", ""}, {"[#######.] 1/1 factory-mode  1 s\r", ""}}, 40);
+    EXPECT_EQ(run.code, 0) << run;
+    for (const words &narrow : {words{"plan", PLANS "/assisted.toml", "--dry-run"}, words{"--help"}, words{"list"},
+                                words{"fpga", "write", "--help"}}) {
         std::istringstream text(run_on_terminal(narrow, "", {}, 40).out);
         for (std::string row; std::getline(text, row);)
             EXPECT_LE(row.size(), 41u) << row; /* with its carriage return */
@@ -104,6 +111,22 @@ TEST(plan_operator, does_sees_and_measures)
     }
 }
 
+TEST(plan_operator, answers_by_texts_and_numbers)
+{
+    const temporary_folder folder;
+    const words line = steps_line(folder.path, "{name = 'a', ask = 'Label', limits = {value = {equal = 'B 7'}}}, "
+                                               "{name = 'b', ask = 'Load', unit = 'Ohm', retries = 1}");
+    const finished end = run_on_terminal(line, "",
+                                         {{"step 1 of 2, a: Label: ", "\n"},
+                                          {"found '', expected a text", ""},
+                                          {"Label: ", " B 7\t\n"},
+                                          {"Load in Ohm: ", "12 pieces\n"},
+                                          {"Load in Ohm: ", "inf\n"},
+                                          {"Load in Ohm: ", "12\n"}});
+    EXPECT_EQ(end.code, 0) << end;
+    EXPECT_EQ(only_story(folder.path), "a#1 COMPLETE\nb#1 step-unknown:unit COMPLETE\nCOMPLETE PASS");
+}
+
 TEST(plan_operator, is_interrupted_in_a_question_and_a_pause_with_their_record)
 {
     const std::tuple<const char *, const char *, const char *> cases[] = {
@@ -123,6 +146,8 @@ TEST(plan_operator, is_interrupted_in_a_question_and_a_pause_with_their_record)
 TEST(plan_operator, ends_the_run_with_the_input)
 {
     const temporary_folder folder;
+    const words unlabelled = plan_line(folder.path, plan_with("{request = 'factory-mode'}"));
+    EXPECT_EQ(run_on_terminal(unlabelled, "", {{"serial number (", "\x04"}, {": found the end of", ""}}).code, 2);
     const words line = steps_line(folder.path, "{name = 'a', ask = 'Green?'}, {name = 'b', ask = 'Red?'}");
     const finished end = run_on_terminal(line, "", {{"Green? [y/n] ", "\x04"}});
     EXPECT_EQ(end.code, 3) << end;
