@@ -51,8 +51,8 @@ TEST(driver, delivers_the_same_at_every_pace)
 {
     expect_frames_at(0);
     const auto start = std::chrono::steady_clock::now();
-    expect_frames_at(2);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200)) << "400 ms of board time";
+    expect_frames_at(0.5);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(800)) << "400 ms of board time";
 }
 
 TEST(driver, leaves_dropped_slots_empty)

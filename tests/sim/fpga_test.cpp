@@ -39,7 +39,15 @@ TEST(fpga, keeps_what_proper_requests_write_and_refuses_others)
     }
     EXPECT_FALSE(device.handle(frame(std::vector<uint8_t>(27))));
     EXPECT_FALSE(device.handle(frame(request(1, 0x10, 20, std::vector<uint8_t>(80))))) << "cut off at 64 bytes";
-    EXPECT_EQ(device.refused(), 9u);
+    EXPECT_FALSE(device.handle(frame(request(0, 0x10, 1, {9})))) << "a read carries no data";
+    auto longest = request(0, 0x0E, 371 & 0xFF, {});
+    longest.resize(28);
+    longest[26] = 371 >> 8;
+    const auto most = device.handle(frame(longest))->bytes();
+    EXPECT_EQ((std::array<size_t, 3>{most.size(), most.at(20), most.at(21)}), (std::array<size_t, 3>{1512, 5, 0xD2}));
+    longest[27]++;
+    EXPECT_FALSE(device.handle(frame(longest))) << "the answer would be too long for a frame";
+    EXPECT_EQ(device.refused(), 11u);
     EXPECT_EQ(device.handle(frame(request(0, 0x0E, 2, {})))->bytes(), bytes) << "and nothing was written";
     EXPECT_FALSE(fpga(true).handle(frame(request(0, 0, 1, {}))));
 }

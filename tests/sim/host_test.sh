@@ -11,9 +11,9 @@ switch=
 trap '[ -z "$switch" ] || kill "$switch"; rm -rf "$folder"' EXIT
 export WIRESHARK_CONFIG_DIR=$folder # nobody's own preferences
 
-refused() { # MESSAGE [OPTION]...: ends with $expected
+refused() { # MESSAGE [OPTION]...: ends with $expected, in $where
     local status=0
-    timeout 10 "${simhost[@]}" --quiet --directory "$folder" "${@:2}" >"$folder/out" 2>"$folder/log" || status=$?
+    timeout 10 "${simhost[@]}" --quiet --directory "${where:-$folder}" "${@:2}" >"$folder/out" 2>"$folder/log" || status=$?
     diff <(echo "facmsg-simhost: $1, ${expected:-2}") <(echo "$(<"$folder/log"), $status")
 }
 for pace in 0 0.009 1001 -1 1x nan; do
@@ -28,7 +28,24 @@ refused "--drop-slot: found 'set_statu', did you mean set_status?" --drop-slot v
 refused "unknown option '--bord', did you mean --board?" --bord healthy-2
 refused "found 'x', expected options only; see --help" x
 refused "--boards-dir: found '$folder', expected a folder with boards" --boards-dir "$folder"
-refused "$folder/x.toml: no such file, expected a board file" --board "$folder/x.toml"
+refused "/dev/null: is no regular file, expected a board file" --board /dev/null
+refused "$folder: is a directory, expected a board file" --board "$folder"
+for pace in 0.01 1000 max; do
+    refused "$folder/x.toml: no such file, expected a board file" --board "$folder/x.toml" --pace "$pace"
+done
+refused "--pcap: found nothing, expected a file that can be written" --pcap=
+where=/dev/null refused "--directory: found '/dev/null' (Not a directory), expected a folder, or where one can be made"
+
+export FACMSG_BOARDS=$folder/boards
+mkdir "$FACMSG_BOARDS"
+printf 'description = "two\\tports\\u007f"\nports = [{ ports = "1,2", copper_speeds = ["1G"] }]\n' >"$FACMSG_BOARDS/plain.toml"
+echo 'ports = 7' >"$FACMSG_BOARDS/odd.toml"
+diff - <("${simhost[@]}" --list-boards) <<END
+odd                $FACMSG_BOARDS/odd.toml:1:9: ports is 7, expected [[ports]] tables
+plain              two\tports\x7f
+END
+refused "--board: found 'plian', which is no .toml file and not in $FACMSG_BOARDS, did you mean plain?" --board plian
+unset FACMSG_BOARDS
 refused "--pcap: found '$folder' (Is a directory), expected a file that can be written" --pcap "$folder"
 
 start_switch() { # OPTION...: returns once it serves requests
@@ -68,7 +85,8 @@ cables = "1-4"
 ports = [{ ports = "1-4", copper_speeds = ["10M", "100M", "1G"], flags = ["any_speed", "auto_duplex"] }]
 faults = [{ kind = "fcs_errors", ports = 1, every = 10 }, { kind = "stuck_counter", ports = 3 }]
 END
-"${simhost[@]}" --quiet --board "$folder/flow.toml" --directory "$folder" --run-flow | tail -n 1 >"$folder/flow"
+"${simhost[@]}" --quiet --board "$folder/flow.toml" --directory "$folder" --run-flow >"$folder/flow"
+[ "$(wc -l <"$folder/flow")" = 2 ] # the ready line and the reply
 grep -qF '"port_count": 4, "settings": [{"fail_stage": 9, "speed_codes": [1, 255, 3], "port_down": [], "port_fcs_err": [1], "port_cnt_err": [3, 4]}, ' "$folder/flow"
 
 command -v tshark >/dev/null || { echo "SKIPPED: tshark, which reads the captures, is not installed"; exit 77; }

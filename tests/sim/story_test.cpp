@@ -150,6 +150,8 @@ struct stage {
             live.wait(time_us{take_number(left)} * 1000);
         if (verb == "send")
             send(left);
+        for (auto times = verb == "repeat" ? take_number(left) : 0; times > 0; times--)
+            play(words(left.str().substr(static_cast<size_t>(left.tellg()))));
         while (verb == "loop" && !is_empty(left))
             EXPECT_EQ(table.port_phy_loopback(0, take_number(left), 0), 0);
         if (verb == "now" || verb == "dropped")
@@ -164,8 +166,10 @@ struct stage {
         std::vector<uint8_t> bytes(128);
         std::ranges::copy(take_bytes(left), bytes.begin());
         if (!is_empty(left)) {
+            const auto tag = take_number(left);
             bytes[12] = 0x81;
-            bytes[15] = static_cast<uint8_t>(take_number(left));
+            bytes[14] = static_cast<uint8_t>(tag >> 8);
+            bytes[15] = static_cast<uint8_t>(tag);
         }
         for (uint32_t i = 0; i < count; i++)
             switched.transmit(out, bytes);
