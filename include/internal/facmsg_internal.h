@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdio>
 
 #include "facmsg.h"
 
@@ -20,11 +19,14 @@ inline bool log_enabled(int32_t level)
     return std::atomic_ref(facmsg_dbg).load(std::memory_order_relaxed) > level;
 }
 
+/* printf itself, which a host may supply, also where the C library's headers would put a checked one in its place. */
+extern "C" [[gnu::format(printf, 1, 2)]] int print_log(const char *format, ...) __asm__("printf");
+
 /* One line of the log, in the name of the operation op. Costs one comparison when the level is off. */
-#define log_as(op, level, text, ...)                                                                         \
-    do {                                                                                                     \
-        if (log_enabled(level))                                                                              \
-            printf("[FACTORY <%s>:<%s->%d>] " text, op, __FILE_NAME__, __LINE__ __VA_OPT__(, ) __VA_ARGS__); \
+#define log_as(op, level, text, ...)                                                                            \
+    do {                                                                                                        \
+        if (log_enabled(level))                                                                                 \
+            print_log("[FACTORY <%s>:<%s->%d>] " text, op, __FILE_NAME__, __LINE__ __VA_OPT__(, ) __VA_ARGS__); \
     } while (0)
 #define log_error(text, ...) log_as(__func__, LOG_ERROR, text __VA_OPT__(, ) __VA_ARGS__)
 #define log_trace(text, ...) log_as(__func__, LOG_TRACE, text __VA_OPT__(, ) __VA_ARGS__)

@@ -107,18 +107,14 @@ std::string log_capture::text() const
 
 extern "C" {
 
-/* The second stands for it in a build that checks the sizes of buffers. */
-#define PRINTS(name, at, ...)                                                                  \
-    [[gnu::format(printf, at, at + 1)]] int __wrap_##name(__VA_ARGS__ const char *format, ...) \
-    {                                                                                          \
-        va_list arguments;                                                                     \
-        va_start(arguments, format);                                                           \
-        const int size = print(format, arguments);                                             \
-        va_end(arguments);                                                                     \
-        return size;                                                                           \
-    }
-PRINTS(printf, 1)
-PRINTS(__printf_chk, 2, int, )
+[[gnu::format(printf, 1, 2)]] int __wrap_printf(const char *format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const int size = print(format, arguments);
+    va_end(arguments);
+    return size;
+}
 
 unsigned __wrap_sleep(unsigned seconds)
 {

@@ -5,7 +5,7 @@ if(NOT TARGET facmsg_world)
     target_include_directories(facmsg_world PRIVATE ${CMAKE_SOURCE_DIR}/include)
 endif()
 set(wrapped)
-foreach(function printf __printf_chk sleep usleep gettimeofday malloc calloc free system unlink
+foreach(function printf sleep usleep gettimeofday malloc calloc free system unlink
         socket bind listen accept4 pthread_create)
     list(APPEND wrapped -Wl,--wrap=${function})
 endforeach()
