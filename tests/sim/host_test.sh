@@ -33,7 +33,7 @@ refused "$folder: is a directory, expected a board file" --board "$folder"
 for pace in 0.01 1000 max; do
     refused "$folder/x.toml: no such file, expected a board file" --board "$folder/x.toml" --pace "$pace"
 done
-refused "--pcap: found nothing, expected a file that can be written" --pcap=
+refused "--pcap: found nothing, expected a file that can be written" --pcap ''
 where=/dev/null refused "--directory: found '/dev/null' (Not a directory), expected a folder, or where one can be made"
 
 boards=$folder/boards
