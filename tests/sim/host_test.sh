@@ -33,19 +33,18 @@ refused "$folder: is a directory, expected a board file" --board "$folder"
 for pace in 0.01 1000 max; do
     refused "$folder/x.toml: no such file, expected a board file" --board "$folder/x.toml" --pace "$pace"
 done
-refused "--pcap: found nothing, expected a file that can be written" --pcap=
+refused "--pcap: found nothing, expected a file that can be written" --pcap ''
 where=/dev/null refused "--directory: found '/dev/null' (Not a directory), expected a folder, or where one can be made"
 
-export FACMSG_BOARDS=$folder/boards
-mkdir "$FACMSG_BOARDS"
-printf 'description = "two\\tports\\u007f"\nports = [{ ports = "1,2", copper_speeds = ["1G"] }]\n' >"$FACMSG_BOARDS/plain.toml"
-echo 'ports = 7' >"$FACMSG_BOARDS/odd.toml"
-diff - <("${simhost[@]}" --list-boards) <<END
-odd                $FACMSG_BOARDS/odd.toml:1:9: ports is 7, expected [[ports]] tables
+boards=$folder/boards
+mkdir "$boards"
+printf 'description = "two\\tports\\u007f"\nports = [{ ports = "1,2", copper_speeds = ["1G"] }]\n' >"$boards/plain.toml"
+echo 'ports = 7' >"$boards/odd.toml"
+diff - <(FACMSG_BOARDS=$boards "${simhost[@]}" --list-boards) <<END
+odd                $boards/odd.toml:1:9: ports is 7, expected [[ports]] tables
 plain              two\tports\x7f
 END
-refused "--board: found 'plian', which is no .toml file and not in $FACMSG_BOARDS, did you mean plain?" --board plian
-unset FACMSG_BOARDS
+FACMSG_BOARDS=$boards refused "--board: found 'plian', which is no .toml file and not in $boards, did you mean plain?" --board plian
 refused "--pcap: found '$folder' (Is a directory), expected a file that can be written" --pcap "$folder"
 
 start_switch() { # OPTION...: returns once it serves requests
@@ -66,12 +65,16 @@ stop_switch() { # the capture is whole once the switch has ended well
 
 start_switch --pace 100 --drop-slot vlan --pcap /dev/full
 "${station[@]}" --directory "$folder" factory-mode >/dev/null
-diff - <(sed -n '2,5p; 7p' "$folder/log") <<'END'
+"${station[@]}" --directory "$folder" poe-debug 2 >/dev/null
+"${station[@]}" --directory "$folder" port-debug 3 >/dev/null
+diff - <(sed -n '2,5p; 7,9p' "$folder/log") <<'END'
 ports: 2, cables and plugs: 1
 wires: line rate / 10000, at least 1 Mbit/s
 pace: 100 board seconds per second
 dropped slot: vlan
 factory mode: 1
+poe debug level: 2
+port debug level: 3
 END
 expected=3 refused "$folder: another host serves here already" --board healthy-2
 "${station[@]}" --directory "$folder" packet --any-speed >/dev/null # and the first goes on
