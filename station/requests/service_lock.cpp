@@ -123,8 +123,9 @@ void service_lock::take(const claim &terms, notice &message)
     struct flock lock = whole_file(type);
     while (fd_ < 0 || fcntl(fd_, F_SETLK, &lock) != 0) {
         if (fd_ < 0 || (errno != EACCES && errno != EAGAIN))
-            return message.say(fmt::format("{} cannot be locked ({}), so nothing keeps other stations from this service",
-                                         LOCK_PATH, std::generic_category().message(errno)));
+            return message.say(
+                fmt::format("{} cannot be locked ({}), so nothing keeps other stations from this service", LOCK_PATH,
+                            std::generic_category().message(errno)));
         const std::string holder = holder_of(fd_, type);
         if (!holder.empty())
             be_patient(terms, holder, message);
