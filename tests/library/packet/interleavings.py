@@ -46,6 +46,7 @@ def steps(state, who, claims_are_compared):
         own = claims[at] == port and claims_are_compared
         yield to("add", 0, at, frames) if own else to("claim", at + 1, None, frames)
     elif do == "enter":
+        assert at < SLOTS
         slot = (port + at) % SLOTS
         free = index[slot] is None
         yield to("count", 0, row, frames, index=changed(index, slot, row)) if free else to(do, at + 1, row, frames)
