@@ -4,7 +4,6 @@
  * calls NAME TIMES. What one call costs is the difference of two runs, divided by that of their TIMES. Without
  * arguments it lists the names.
  */
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +13,7 @@
 
 #include "facmsg_internal.h"
 #include "packet/transmit.h"
+#include "receive_floor.h"
 #include "stress_tests/stress.h"
 
 /* The library's clock: each reading is a minute after the last, so that a sender that waits for time sends one burst.
@@ -26,29 +26,6 @@ extern "C" int gettimeofday(timeval *now, void *)
 }
 
 /* ---- Frames received ---- */
-
-static constexpr uint32_t PORTS = 256;
-static constexpr uint32_t FRAME_LENGTH = 128;
-
-using hook = void (*)(const pack_info *info, const uint8_t *frame, uint32_t length);
-
-struct alignas(64) padded_count {
-    std::atomic<uint32_t> frames;
-};
-static padded_count direct_counts[PORTS];
-static uint32_t other_frames;
-
-[[gnu::noinline]] static void compare_two_bytes(const pack_info *, const uint8_t *frame, uint32_t)
-{
-    if (frame[12] == 0xF0 && frame[13] == 0xF0)
-        other_frames++;
-}
-
-[[gnu::noinline]] static void count_directly(const pack_info *info, const uint8_t *frame, uint32_t)
-{
-    if (frame[12] == 0xF0 && frame[13] == 0xF0)
-        direct_counts[info->phy_id % PORTS].frames.fetch_add(1, std::memory_order_relaxed);
-}
 
 /* Frames of a type from 256 ports in turn, beginning with `first`. */
 [[gnu::noinline]] static void receive(hook receiver, uint32_t type, uint32_t first, uint32_t times)
