@@ -120,8 +120,9 @@ TEST(requests, replies_that_no_board_sends)
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.result = 3; }, 3, "refused (log-level 1 shows which); 0 of 8 by"},
         {{"fpga", "read", "10", "8"}, [](auto &r) { r.addr = 0; }, 3, "its ADDRESS word is 0; expected 16"},
     });
-    for (const auto &c : {std::pair{0, "service took the request but did not answer with the expected 1052 bytes"},
-                          {1'500'000, "closed the connection while the request was at work, 1 s after it began, or"}}) {
+    for (const auto &c :
+         {std::pair{0u, "service took the request but did not answer with the expected 1052 bytes"},
+          {1'500'000u, "closed the connection while the request was at work, 1 s after it began, or"}}) {
         const responder half = [=](const std::string &) { return usleep(c.first), std::string(8, '\0'); };
         EXPECT_NE(fake_service(half).run({"packet"}).err.find(c.second), std::string::npos);
     }
